@@ -1,0 +1,112 @@
+// The walk over a class and its bases, generated from what CORVIX_IDENTITY declares. Not called directly.
+#pragma once
+
+#include "core/baselib/identity/StypeInfo.h"
+
+#include <type_traits>
+
+namespace corvix {
+
+class QueryVisitor;
+
+namespace identity {
+
+template <class... Base>
+struct Bases {};
+
+template <class Class>
+class InfoOf final : public stype_info {
+ public:
+  InfoOf() noexcept : stype_info(Class::kClassWords) {}
+  const char* className() const noexcept override { return Class::className(); }
+  const wchar_t* classNameW() const noexcept override { return Class::classNameW(); }
+};
+
+// One instance a module, complete on the first call even while other statics are still being made.
+template <class Class>
+const stype_info& infoOf() noexcept {
+  static const InfoOf<Class> info;
+  return info;
+}
+
+// A virtual base is one from which there is no static way down.
+template <class Base, class Class, class = void>
+struct IsVirtualBase : std::true_type {};
+template <class Base, class Class>
+struct IsVirtualBase<Base, Class, std::void_t<decltype(static_cast<Class*>(static_cast<Base*>(nullptr)))>>
+    : std::false_type {};
+
+template <class Class, class... Base>
+constexpr bool basesAreInOrder(Bases<Base...>) noexcept {
+  bool sawVirtual = false;
+  bool inOrder = true;
+  ((inOrder = inOrder && (IsVirtualBase<Base, Class>::value || !sawVirtual),
+    sawVirtual = sawVirtual || IsVirtualBase<Base, Class>::value),
+   ...);
+  return inOrder && (std::is_base_of<Base, Class>::value && ...);
+}
+
+// The plain search: compares words only, in the order of the walk.
+template <class Class>
+void* find(Class* self, const stype_info& wanted) noexcept;
+
+template <class Class, class... Base>
+void* findInBases([[maybe_unused]] Class* self, [[maybe_unused]] const stype_info& wanted, Bases<Base...>) noexcept {
+  void* found = nullptr;
+  static_cast<void>(((found = find<Base>(self, wanted)) || ...));
+  return found;
+}
+
+template <class Class>
+inline void* find(Class* self, const stype_info& wanted) noexcept {
+  return wanted.words() == Class::kClassWords ? static_cast<void*>(self)
+                                              : findInBases(self, wanted, typename Class::IdentityBases{});
+}
+
+enum class Walk {
+  Missed,     // every class entered below here was left
+  Found,      // ends at once, nothing is left
+  FoundNull,  // the class matched but there is no object: everything open is left
+};
+
+// Keeps this header free of QueryVisitor's definition, which needs an identity itself.
+CORVIX_API void enterClass(QueryVisitor& visitor, const stype_info& info, void* object);
+CORVIX_API void leaveClass(QueryVisitor& visitor);
+
+template <class Class>
+Walk walk(Class* self, const stype_info& wanted, QueryVisitor& visitor, void*& result);
+
+template <class Class, class... Base>
+Walk walkBases([[maybe_unused]] Class* self, [[maybe_unused]] const stype_info& wanted,
+               [[maybe_unused]] QueryVisitor& visitor, [[maybe_unused]] void*& result, Bases<Base...>) {
+  Walk outcome = Walk::Missed;
+  static_cast<void>((((outcome = walk<Base>(self, wanted, visitor, result)) != Walk::Missed) || ...));
+  return outcome;
+}
+
+template <class Class>
+Walk walk(Class* self, const stype_info& wanted, QueryVisitor& visitor, void*& result) {
+  enterClass(visitor, Class::classInfo(), self);
+  Walk outcome = Walk::FoundNull;
+  if (wanted.words() != Class::kClassWords) {
+    outcome = walkBases(self, wanted, visitor, result, typename Class::IdentityBases{});
+  } else if (self) {
+    result = self;
+    outcome = Walk::Found;
+  }
+  if (outcome != Walk::Found) leaveClass(visitor);
+  return outcome;
+}
+
+template <class Class>
+void* query(Class* self, const stype_info& wanted, QueryVisitor* visitor) {
+  static_assert(basesAreInOrder<Class>(typename Class::IdentityBases{}),
+                "CORVIX_IDENTITY names something that is no base, or a virtual base before a plain one");
+  if (!visitor) return find(self, wanted);
+  void* result = nullptr;
+  walk(self, wanted, *visitor, result);
+  return result;
+}
+
+}  // namespace identity
+}  // namespace corvix

@@ -1,0 +1,145 @@
+#include "core/baselib/objects/GlobalData.h"
+
+#include "core/baselib/objects/GlobalData_p.h"
+#include "core/baselib/system/CriticalSection.h"
+#include "core/baselib/text/NameTable.h"
+
+#include <atomic>
+
+namespace corvix {
+
+namespace {
+
+struct Item {
+  void* value;
+  BGlobalData::Destructor destructor;
+
+  void destroy() const {
+    if (value && destructor) destructor(value);
+  }
+};
+
+// How often destroyAll looks for values that destructors have set meanwhile.
+constexpr int kDestroyPasses = 8;
+
+// A key is an identifier's text with the name right behind it. It is never put together: the text never
+// changes, so neither does the hash over it, which is kept for the identifiers used last.
+class Key {
+ public:
+  Key(const stype_info& owner, const char* name) noexcept
+      : owner_(owner.text()), name_(name), nameLength_(std::strlen(name)) {
+    hash_ = text::stringHash(name, nameLength_, ownerHash(owner), stype_info::kTextLength);
+  }
+
+  u32 hash() const noexcept { return hash_; }
+  u32 length() const noexcept { return static_cast<u32>(stype_info::kTextLength + nameLength_); }
+
+  bool is(const char* key) const noexcept {
+    return std::memcmp(key + stype_info::kTextLength, name_, nameLength_) == 0 &&
+           std::memcmp(key, owner_, stype_info::kTextLength) == 0;
+  }
+
+  void write(char* key) const noexcept {
+    std::memcpy(key, owner_, stype_info::kTextLength);
+    std::memcpy(key + stype_info::kTextLength, name_, nameLength_);
+  }
+
+ private:
+  struct KnownOwner {
+    ClassWords words;
+    u32 hash;
+  };
+
+  static u32 ownerHash(const stype_info& owner) noexcept {
+    static KnownOwner known[64];  // guarded by the registry's lock
+    KnownOwner& slot = known[owner.words().word1 & 63];
+    if (slot.words != owner.words() || !slot.hash)
+      slot = {owner.words(), text::stringHash(owner.text(), stype_info::kTextLength)};
+    return slot.hash;
+  }
+
+  const char* owner_;
+  const char* name_;
+  std::size_t nameLength_;
+  u32 hash_;
+};
+
+struct Registry {
+  SCriticalSection section;
+  text::NameTable<char, Item> items;
+  std::atomic<u32> changes{1};
+
+  Item* find(const Key& key) const noexcept {
+    return items.find(key.hash(), key.length(), [&key](const char* other) { return key.is(other); });
+  }
+
+  void add(const Key& key, Item item) {
+    items.add(key.hash(), key.length(), item, [&key](char* to) { key.write(to); });
+  }
+
+  void changed() noexcept {
+    if (changes.fetch_add(1, std::memory_order_acq_rel) + 1 == 0) changes.fetch_add(1, std::memory_order_acq_rel);
+  }
+};
+
+// Lives until the process ends: objects that go late still look here for their listeners.
+Registry& registry() noexcept {
+  alignas(Registry) static unsigned char storage[sizeof(Registry)];
+  static Registry* const made = new (storage) Registry;
+  return *made;
+}
+
+}  // namespace
+
+u32 globalDataChanges() noexcept { return registry().changes.load(std::memory_order_acquire); }
+
+u32 globalDataBuckets() noexcept { return registry().items.bucketCount(); }
+
+void* BGlobalData::getItem(const stype_info& owner, const char* name) noexcept {
+  Registry& all = registry();
+  SCriticalSection::Lock lock(all.section);
+  const Key key(owner, name);
+  const Item* const item = all.find(key);
+  return item ? item->value : nullptr;
+}
+
+void BGlobalData::setItem(const stype_info& owner, const char* name, void* value, Destructor destructor) {
+  Registry& all = registry();
+  SCriticalSection::Lock lock(all.section);
+  const Key key(owner, name);
+  if (const Item* const item = all.find(key)) {
+    item->destroy();
+    // The destructor may have called back: what it did to this very entry is overwritten, and if it
+    // emptied the registry the value is entered anew.
+    if (Item* const again = all.find(key)) {
+      *again = {value, destructor};
+    } else {
+      all.add(key, {value, destructor});
+    }
+  } else {
+    all.add(key, {value, destructor});
+  }
+  all.changed();
+}
+
+void BGlobalData::destroyAll() {
+  Registry& all = registry();
+  SCriticalSection::Lock lock(all.section);
+  if (all.items.isWalked()) return;  // called by a destructor: the walk under way does the work
+  // A destructor may set values; those get their destructors in a further pass.
+  bool found = true;
+  for (int pass = 0; found && pass < kDestroyPasses; ++pass) {
+    found = false;
+    all.items.forEach([&found](std::string_view, Item& item) {
+      if (!item.value || !item.destructor) return;
+      found = true;
+      const Item done = item;
+      done.destroy();
+      if (item.value == done.value && item.destructor == done.destructor) item = {nullptr, nullptr};
+    });
+  }
+  all.items.clear();
+  all.changed();
+}
+
+}  // namespace corvix

@@ -1,0 +1,45 @@
+// Files, searches and modules of the kernel, owned.
+#pragma once
+
+#include "core/baselib/Api.h"
+#include "core/baselib/system/OwningHandle.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <windows.h>
+
+namespace corvix {
+
+struct CloseFile {
+  using Handle = HANDLE;
+  static Handle none() noexcept { return INVALID_HANDLE_VALUE; }
+  static void close(Handle handle) noexcept { CloseHandle(handle); }
+};
+using FileHandle = OwningHandle<CloseFile>;
+
+struct CloseSearch {
+  using Handle = HANDLE;
+  static Handle none() noexcept { return INVALID_HANDLE_VALUE; }
+  static void close(Handle handle) noexcept { FindClose(handle); }
+};
+using SearchHandle = OwningHandle<CloseSearch>;
+
+struct CloseModule {
+  using Handle = HMODULE;
+  static Handle none() noexcept { return nullptr; }
+  static void close(Handle handle) noexcept { FreeLibrary(handle); }
+};
+using ModuleHandle = OwningHandle<CloseModule>;
+
+// Nothing when it cannot be read or is larger than `mostBytes`.
+std::optional<std::vector<unsigned char>> readWholeFile(const wchar_t* path, u64 mostBytes);
+
+// The path of a module's file, of any length; empty if the system does not tell.
+std::wstring modulePath(HMODULE module);
+
+// The folder of a path, without the last separator.
+std::wstring folderOf(const std::wstring& path);
+
+}  // namespace corvix
