@@ -1,0 +1,171 @@
+#include "tools/xmlbinc/CommandLine.h"
+
+#include "tools/xmlbinc/BlockReader.h"
+#include "tools/xmlbinc/BlockWriter.h"
+#include "tools/xmlbinc/DescriptorCheck.h"
+#include "tools/xmlbinc/Files.h"
+#include "tools/xmlbinc/InputError.h"
+#include "tools/xmlbinc/Limits.h"
+#include "tools/xmlbinc/SourceText.h"
+#include "tools/xmlbinc/XmlReader.h"
+#include "tools/xmlbinc/XmlWriter.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <exception>
+#include <istream>
+#include <iterator>
+#include <new>
+#include <ostream>
+
+namespace corvix::xmlbinc {
+
+namespace {
+
+constexpr const char* kStandardStream = "-";
+
+struct Options {
+  std::string input;
+  std::string output;
+  bool decompile = false;
+  bool check = false;
+  bool warningsAsErrors = false;
+};
+
+class Program {
+ public:
+  Program(const Options& options, const Streams& streams) : options_(options), streams_(streams) {}
+
+  ExitCode compile() {
+    SourceText source;
+    try {
+      source.load(read(kMaxXmlBytes));
+      const Tree tree = readXml(source);
+      // Whatever compiles can be turned back, so what cannot is refused now.
+      writeXml(tree);
+      if (options_.check && !report(checkDescriptor(tree), source) && options_.warningsAsErrors) return failed();
+      if (!options_.output.empty()) write(writeBlock(tree));
+      return kDone;
+    } catch (const InputError& error) {
+      streams_.err << place(source, error.offset()) << error.what() << '\n';
+      return failed();
+    }
+  }
+
+  ExitCode decompile() {
+    try {
+      const std::string bytes = read(kMaxBlockBytes);
+      const Block block = readBlock(bytes);
+      const std::string xml = writeXml(block.tree);
+      if (block.size < bytes.size()) {
+        streams_.err << place(block.size) << "warning: " << bytes.size() - block.size
+                     << " bytes behind the root are left out\n";
+      }
+      write(xml);
+      return kDone;
+    } catch (const InputError& error) {
+      streams_.err << place(error.offset()) << error.what() << '\n';
+      return kBadInput;
+    }
+  }
+
+ private:
+  ExitCode failed() const {
+    if (!options_.output.empty() && options_.output != kStandardStream) removeStaleBlock(options_.output);
+    return kBadInput;
+  }
+
+  std::string read(std::size_t limit) const {
+    if (options_.input != kStandardStream) return readFile(options_.input, limit);
+    return {std::istreambuf_iterator<char>(streams_.in), std::istreambuf_iterator<char>()};
+  }
+
+  void write(const std::string& bytes) const {
+    if (options_.output != kStandardStream) return writeFile(options_.output, bytes);
+    streams_.out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    if (!streams_.out.flush()) throw std::runtime_error("standard output cannot be written");
+  }
+
+  /// True if there are no warnings.
+  bool report(const std::vector<Warning>& warnings, const SourceText& source) const {
+    for (const Warning& warning : warnings) {
+      streams_.err << place(source, warning.offset) << "warning: " << warning.message << '\n';
+    }
+    if (!warnings.empty() && options_.warningsAsErrors) {
+      streams_.err << shownInput() << ": warnings count as errors: " << warnings.size() << '\n';
+    }
+    return warnings.empty();
+  }
+
+  std::string place(const SourceText& source, std::size_t offset) const {
+    const Position position = source.locate(offset);
+    return shownInput() + ':' + std::to_string(position.line) + ':' + std::to_string(position.column) + ": ";
+  }
+
+  std::string place(std::size_t offset) const { return shownInput() + ": byte " + std::to_string(offset) + ": "; }
+
+  std::string shownInput() const {
+    return options_.input == kStandardStream ? "<standard input>" : options_.input;
+  }
+
+  const Options& options_;
+  const Streams& streams_;
+};
+
+void describe(CLI::App& app, Options& options) {
+  // A path that begins with a slash is a path.
+  app.allow_windows_style_options(false);
+  app.add_option("INPUT", options.input, "The file to read; - for standard input")->required()->type_name("FILE");
+  auto* output =
+      app.add_option("-o,--output", options.output, "The file to write; - for standard output")->type_name("FILE");
+  auto* decompile = app.add_flag("-d,--decompile", options.decompile, "Turn a block back into XML");
+  decompile->needs(output);
+  auto* check = app.add_flag("--check", options.check,
+                             "Warn of what a plug-in descriptor should not have; without -o, nothing is written");
+  check->excludes(decompile);
+  app.add_flag("--warnings-as-errors", options.warningsAsErrors,
+               "With --check: fail, and write nothing, on a warning")
+      ->needs(check);
+  app.set_version_flag("--version", "xmlbinc " XMLBINC_VERSION);
+  app.footer(
+      "Examples:\n"
+      "  xmlbinc plugin.xml -o plugin.bin            compile\n"
+      "  xmlbinc --check plugin.xml                  only look for mistakes\n"
+      "  xmlbinc --check plugin.xml -o plugin.bin    look for mistakes and compile\n"
+      "  xmlbinc -d plugin.bin -o -                  show a block as XML\n"
+      "\n"
+      "Exit codes: 0 done, 1 bad input (said on standard error; no output is left), 2 bad usage.");
+}
+
+ExitCode runChecked(std::vector<std::string> arguments, const Streams& streams) {
+  Options options;
+  CLI::App app("Compiles XML, such as plug-in descriptors, to binary blocks and back.", "xmlbinc");
+  describe(app, options);
+  try {
+    std::reverse(arguments.begin(), arguments.end());  // as the parser takes them
+    app.parse(arguments);
+    if (options.output.empty() && !options.check) throw CLI::RequiredError("-o OUTPUT or --check");
+    if (options.output != kStandardStream && sameFile(options.input, options.output)) {
+      throw CLI::ValidationError("the output would overwrite the input");
+    }
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error, streams.out, streams.err) == 0 ? kDone : kBadUsage;
+  }
+  Program program(options, streams);
+  return options.decompile ? program.decompile() : program.compile();
+}
+
+}  // namespace
+
+int run(std::vector<std::string> arguments, const Streams& streams) {
+  try {
+    return runChecked(std::move(arguments), streams);
+  } catch (const std::bad_alloc&) {
+    streams.err << "xmlbinc: out of memory\n";
+  } catch (const std::exception& error) {
+    streams.err << "xmlbinc: " << error.what() << '\n';
+  }
+  return kBadInput;
+}
+
+}  // namespace corvix::xmlbinc
