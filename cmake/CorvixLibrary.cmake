@@ -1,0 +1,72 @@
+# corvix.dll. Its sources are compiled once, as objects: the tests that look inside link those directly.
+set(CORVIX_PUBLIC_HEADERS
+    core/baselib/Api.h
+    core/baselib/identity/Identity.h
+    core/baselib/identity/IdentityWalk.h
+    core/baselib/identity/RttiSupport.h
+    core/baselib/identity/StypeInfo.h
+    core/baselib/memory/Heap.h
+    core/baselib/memory/HeapAllocated.h
+    core/baselib/objects/Collection.h
+    core/baselib/objects/GlobalData.h
+    core/baselib/objects/GlobalSender.h
+    core/baselib/objects/NotifySender.h
+    core/baselib/objects/Ref.h
+    core/baselib/objects/SmartObject.h
+    core/baselib/objects/Transportable.h
+    core/baselib/system/CriticalSection.h
+    core/baselib/text/StringHash.h
+    core/baselib/text/WideString.h
+    core/xml/XmlNode.h
+    core/xml/XmlbinReader.h
+    shell/ClassFactory.h
+    shell/Plugin.h
+    shell/PluginManager.h
+    shell/Shell.h)
+
+add_library(corvix-objects OBJECT
+    core/baselib/identity/ParseClassWords.cpp
+    core/baselib/identity/StypeInfo.cpp
+    core/baselib/memory/Heap.cpp
+    core/baselib/objects/GlobalData.cpp
+    core/baselib/objects/GlobalSender.cpp
+    core/baselib/objects/NotifySender.cpp
+    core/baselib/objects/SmartObject.cpp
+    core/baselib/system/CriticalSection.cpp
+    core/baselib/system/KernelFile.cpp
+    core/baselib/text/StringHash.cpp
+    core/xml/XmlNode.cpp
+    core/xml/XmlbinReader.cpp
+    shell/Attributes.cpp
+    shell/KClassFactoryLocal.cpp
+    shell/KPluginManager.cpp
+    shell/KShell.cpp
+    shell/LibraryModule.cpp
+    shell/PluginModule.cpp
+    shell/modules/ModuleFile.cpp
+    shell/modules/PeImage.cpp)
+target_compile_definitions(corvix-objects PUBLIC CORVIX_BUILDING PRIVATE UNICODE _UNICODE WIN32_LEAN_AND_MEAN NOMINMAX _WIN32_WINNT=0x0601)
+target_include_directories(corvix-objects PUBLIC "${PROJECT_SOURCE_DIR}")
+target_link_libraries(corvix-objects PRIVATE corvix-warnings)
+
+if(MSVC)
+    target_sources(corvix-objects PRIVATE shell/modules/GuardedCall_msvc.cpp)
+else()
+    target_sources(corvix-objects PRIVATE shell/modules/GuardedCall_i686.cpp)
+endif()
+
+# A constructor there looks at what a former construction of the same static object left.
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    set_source_files_properties(core/baselib/identity/StypeInfo.cpp PROPERTIES COMPILE_OPTIONS "-fno-lifetime-dse;-Wno-uninitialized;-Wno-maybe-uninitialized")
+endif()
+
+corvix_add_descriptor(corvix-descriptor resources/plugin.xml)
+
+add_library(corvix SHARED shell/LibraryEntry.cpp)
+target_link_libraries(corvix PRIVATE corvix-objects corvix-warnings corvix-descriptor)
+target_compile_definitions(corvix PRIVATE WIN32_LEAN_AND_MEAN NOMINMAX)
+target_sources(corvix PUBLIC FILE_SET HEADERS BASE_DIRS "${PROJECT_SOURCE_DIR}" FILES ${CORVIX_PUBLIC_HEADERS})
+target_compile_features(corvix PUBLIC cxx_std_17)
+set_target_properties(corvix PROPERTIES PREFIX "")
+add_library(Corvix::corvix ALIAS corvix)
+corvix_copy_runtime(corvix)

@@ -1,0 +1,42 @@
+# corvix_add_plugin(NAME SOURCE... [DESCRIPTOR plugin.xml])
+#
+# A plug-in module NAME.dll from its sources and its descriptor (by default plugin.xml beside the calling
+# CMakeLists.txt), which is checked, compiled and put into the module. It is built into the folder "plugins"
+# beside the programs unless its LIBRARY_OUTPUT_DIRECTORY says otherwise.
+
+# A library target that brings a descriptor, as the resource PLUGININFO, into what links it.
+function(corvix_add_descriptor target xml)
+    get_filename_component(xml "${xml}" ABSOLUTE)
+    set(folder "${CMAKE_CURRENT_BINARY_DIR}/${target}.descriptor")
+    file(MAKE_DIRECTORY "${folder}")
+    if(TARGET xmlbinc)
+        set(compiler xmlbinc)
+    else()
+        set(compiler Corvix::xmlbinc)
+    endif()
+    add_custom_command(OUTPUT "${folder}/descriptor.bin"
+        COMMAND ${compiler} --check --warnings-as-errors "${xml}" -o "${folder}/descriptor.bin"
+        DEPENDS "${xml}" ${compiler} COMMENT "Compiling descriptor ${xml}" VERBATIM)
+    file(CONFIGURE OUTPUT "${folder}/descriptor.rc" CONTENT "PLUGININFO PLUGININFO \"descriptor.bin\"\n" @ONLY)
+    set_source_files_properties("${folder}/descriptor.rc" PROPERTIES
+        OBJECT_DEPENDS "${folder}/descriptor.bin" INCLUDE_DIRECTORIES "${folder}")
+    add_library(${target} OBJECT "${folder}/descriptor.rc")
+    set_target_properties(${target} PROPERTIES LINKER_LANGUAGE CXX)
+endfunction()
+
+function(corvix_add_plugin target)
+    cmake_parse_arguments(PARSE_ARGV 1 plugin "" "DESCRIPTOR" "")
+    if(NOT plugin_DESCRIPTOR)
+        set(plugin_DESCRIPTOR plugin.xml)
+    endif()
+    corvix_add_descriptor(${target}-descriptor "${plugin_DESCRIPTOR}")
+    add_library(${target} MODULE ${plugin_UNPARSED_ARGUMENTS})
+    target_link_libraries(${target} PRIVATE Corvix::corvix ${target}-descriptor)
+    set_target_properties(${target} PROPERTIES PREFIX "")
+    if(CMAKE_RUNTIME_OUTPUT_DIRECTORY)
+        set_target_properties(${target} PROPERTIES LIBRARY_OUTPUT_DIRECTORY "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/plugins")
+    endif()
+    if(MINGW AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+        target_link_options(${target} PRIVATE -shared-libgcc)
+    endif()
+endfunction()

@@ -1,0 +1,28 @@
+// The attributes of one element of a descriptor.
+#pragma once
+
+#include "core/baselib/text/WideString.h"
+#include "core/xml/XmlNode.h"
+
+#include <vector>
+
+namespace corvix {
+
+class Attributes {
+ public:
+  Attributes() = default;
+  explicit Attributes(const XMLNodeNode& element);
+
+  // Null when there is none; when a name stands twice, the first. Letter case counts in `find` only.
+  const wchar_t* find(std::wstring_view name) const noexcept;
+  const wchar_t* findAnyCase(std::wstring_view name) const noexcept;
+
+ private:
+  struct Attribute {
+    WideString name;
+    WideString value;
+  };
+  std::vector<Attribute> all_;
+};
+
+}  // namespace corvix
