@@ -1,0 +1,14 @@
+// The host's commands. Each prints what it did and returns the program's exit code: 0, or 1 with a message.
+#pragma once
+
+#include "shell/Shell.h"
+
+namespace host {
+
+// Every module, interface and setting that the shell knows.
+int listModules(corvix::IPluginManager& manager);
+
+// Makes objects of the example plug-ins, uses them and lets them go.
+int runDemo(corvix::IPluginManager& manager);
+
+}  // namespace host

@@ -1,0 +1,85 @@
+#include "examples/host/Commands.h"
+#include "examples/host/Console.h"
+
+namespace host {
+
+using namespace corvix;
+
+namespace {
+
+std::string orDash(const wchar_t* text) { return text && *text ? utf8(text) : "-"; }
+
+std::string fileName(const wchar_t* path) {
+  const std::string text = utf8(path);
+  return text.substr(text.find_last_of("\\/") + 1);
+}
+
+std::string identifierText(const stype_info* identifier) {
+  std::string text = identifier ? identifier->text() : "- ";
+  text.pop_back();  // the blank at the end
+  return text;
+}
+
+const char* stateName(ModuleState state) {
+  switch (state) {
+    case ModuleState::Described:
+      return "described";
+    case ModuleState::Loaded:
+      return "loaded";
+    case ModuleState::Failed:
+      return "FAILED";
+  }
+  return "";
+}
+
+void printModules(IPluginManager& manager) {
+  Table table({"Module", "Name", "Version", "Manufacturer", "State", "Identifier"});
+  for (i32 i = 0; i < manager.moduleCount(); ++i) {
+    const IPluginModule& module = *manager.moduleAt(i);
+    table.add({fileName(module.path()), orDash(module.name()), orDash(module.version()),
+               orDash(module.attribute(L"Manufacturer")), stateName(module.state()),
+               identifierText(module.identifier())});
+  }
+  std::printf("Modules\n");
+  table.print();
+  for (i32 i = 0; i < manager.moduleCount(); ++i) {
+    const IPluginModule& module = *manager.moduleAt(i);
+    if (*module.reason()) std::printf("  %s: %s\n", fileName(module.path()).c_str(), utf8(module.reason()).c_str());
+  }
+}
+
+void printInterfaces(IPluginManager& manager) {
+  Table table({"Interface", "Module", "Identifier", "Human name"});
+  for (i32 i = 0; i < manager.interfaceCount(); ++i) {
+    const IPluginInterface& entry = *manager.interfaceAt(i);
+    table.add({orDash(entry.name()), fileName(entry.module()->path()), identifierText(&entry.identifier()),
+               orDash(entry.attribute(L"sHumanName"))});
+  }
+  std::printf("\nInterfaces\n");
+  table.print();
+}
+
+void printSettings(IPluginManager& manager) {
+  Table table({"Setting", "Module", "Type", "Default", "Values"});
+  for (i32 m = 0; m < manager.moduleCount(); ++m) {
+    const IPluginModule& module = *manager.moduleAt(m);
+    for (i32 i = 0; i < module.settingCount(); ++i) {
+      const auto text = [&](const wchar_t* name) { return orDash(module.settingAttribute(i, name)); };
+      table.add({text(L"Group") + "\\" + text(L"Item"), fileName(module.path()), text(L"Type"), text(L"Data"),
+                 text(L"Values")});
+    }
+  }
+  std::printf("\nSettings\n");
+  table.print();
+}
+
+}  // namespace
+
+int listModules(IPluginManager& manager) {
+  printModules(manager);
+  printInterfaces(manager);
+  printSettings(manager);
+  return 0;
+}
+
+}  // namespace host

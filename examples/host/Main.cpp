@@ -1,0 +1,45 @@
+#include "examples/host/Commands.h"
+#include "examples/host/Console.h"
+
+#include <CLI/CLI.hpp>
+
+int main() {
+  host::prepareConsole();
+  CLI::App app{
+      "Corvix example host: loads the plug-ins of the folder \"plugins\" beside it. Without a command it lists them "
+      "and tries them.",
+      "corvix-host"};
+  app.set_version_flag("--version", std::string("corvix-host ") + CORVIX_VERSION);
+  app.require_subcommand(0, 1);
+  bool unattended = false;
+  app.add_flag("--unattended", unattended, "Show no message boxes: nobody is there to answer them");
+
+  const auto manager = [&]() -> corvix::IPluginManager& {
+    corvix::IShell& shell = *corvix::IShell::getInstance();
+    shell.setUnattended(unattended);
+    return *shell.pluginManager();
+  };
+  int exitCode = 0;
+  app.add_subcommand("list", "List modules, interfaces and settings")->callback([&] {
+    exitCode = host::listModules(manager());
+  });
+  app.add_subcommand("demo", "Make objects by name, use them and release them")->callback([&] {
+    exitCode = host::runDemo(manager());
+  });
+
+  std::vector<std::string> arguments = host::arguments();
+  std::reverse(arguments.begin(), arguments.end());
+  try {
+    app.parse(std::move(arguments));
+    if (app.get_subcommands().empty()) {
+      host::listModules(manager());
+      exitCode = host::runDemo(manager());
+    }
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error);
+  } catch (const std::exception& exception) {
+    std::fprintf(stderr, "corvix-host: %s\n", exception.what());
+    return 1;
+  }
+  return exitCode;
+}

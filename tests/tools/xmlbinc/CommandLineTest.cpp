@@ -1,0 +1,194 @@
+#include "tools/xmlbinc/CommandLine.h"
+
+#include "tests/tools/xmlbinc/XmlbincTesting.h"
+
+#include <gtest/gtest.h>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <random>
+#include <sstream>
+
+namespace corvix::xmlbinc {
+namespace {
+
+namespace fs = std::filesystem;
+
+const std::string kGood = "<CorvixRC Version='1.00'><Plugin GUID='1,2,3,4' Manufacturer='M'/></CorvixRC>";
+const std::string kDoubtful = "<CorvixRC Version='1.00'/>";
+const std::string kWrong = "<CorvixRC>\n<Plugin></CorvixRC>";
+
+class CommandLine : public testing::Test {
+ protected:
+  CommandLine() { fs::create_directories(folder_); }
+  ~CommandLine() override { fs::remove_all(folder_); }
+
+  /// The name has a blank, and letters that no single code page has.
+  std::string path(const std::string& name) const {
+    const std::u8string text = (folder_ / name).u8string();
+    return {text.begin(), text.end()};
+  }
+  void write(const std::string& name, const std::string& bytes) const {
+    std::ofstream(folder_ / name, std::ios::binary) << bytes;
+  }
+  std::string read(const std::string& name) const {
+    std::ifstream file(folder_ / name, std::ios::binary);
+    return file ? std::string(std::istreambuf_iterator<char>(file), {}) : "none";
+  }
+  std::size_t fileCount() const {
+    return static_cast<std::size_t>(std::distance(fs::directory_iterator(folder_), fs::directory_iterator()));
+  }
+
+  int call(const std::vector<std::string>& arguments, const std::string& input = "") {
+    std::istringstream in(input);
+    std::ostringstream out;
+    std::ostringstream err;
+    const int code = run(arguments, {in, out, err});
+    out_ = out.str();
+    err_ = err.str();
+    return code;
+  }
+
+  fs::path folder_ = fs::temp_directory_path() / (u8"xmlbinc test \u00E9\u2603 " + number());
+  std::string out_;
+  std::string err_;
+
+ private:
+  static std::u8string number() {
+    const std::string text = std::to_string(std::random_device{}());
+    return {text.begin(), text.end()};
+  }
+};
+
+TEST_F(CommandLine, LeavesAnOutputOnlyForGoodInput) {
+  struct Row {
+    const char* name;
+    std::string input;
+    std::vector<std::string> options;
+    std::string before;  ///< what the output holds from an earlier run
+    int code;
+    std::string output;
+    const char* error;
+  };
+  const std::string block = compiled(kGood);
+  const Row rows[] = {
+      {"compiles", kGood, {}, "none", kDone, block, ""},
+      {"replaces", kGood, {}, "old", kDone, block, ""},
+      {"checks and compiles",
+       kDoubtful,
+       {"--check"},
+       "none",
+       kDone,
+       compiled(kDoubtful),
+       "IN:1:1: warning: CorvixRC without Plugin: nothing will be registered\n"},
+      {"warnings that count",
+       kDoubtful,
+       {"--check", "--warnings-as-errors"},
+       "none",
+       kBadInput,
+       "none",
+       "IN:1:1: warning: CorvixRC without Plugin: nothing will be registered\n"
+       "IN: warnings count as errors: 1\n"},
+      {"wrong",
+       kWrong,
+       {},
+       "none",
+       kBadInput,
+       "none",
+       "IN:2:9: closing tag of \"CorvixRC\", but \"Plugin\", opened in line 2, is to be closed first\n"},
+      {"wrong, after it was right",
+       kWrong,
+       {},
+       block,
+       kBadInput,
+       "none",
+       "IN:2:9: closing tag of \"CorvixRC\", but \"Plugin\", opened in line 2, is to be closed first\n"},
+      {"wrong, where something else is",
+       kWrong,
+       {},
+       "a letter",
+       kBadInput,
+       "a letter",
+       "IN:2:9: closing tag of \"CorvixRC\", but \"Plugin\", opened in line 2, is to be closed first\n"},
+      {"decompiles",
+       block + "rest",
+       {"-d"},
+       "none",
+       kDone,
+       decompiled(block),
+       "IN: byte 146: warning: 4 bytes behind the root are left out\n"},
+      {"decompiles no block",
+       kGood,
+       {"-d"},
+       "kept",
+       kBadInput,
+       "kept",
+       "IN: byte 0: no block: it does not begin with \"xmlbin\"\n"},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    write("in", row.input);
+    if (row.before == "none") {
+      fs::remove(folder_ / "out");
+    } else {
+      write("out", row.before);
+    }
+    std::vector<std::string> arguments = row.options;
+    arguments.insert(arguments.end(), {path("in"), "-o", path("out")});
+    EXPECT_EQ(call(arguments), row.code);
+    EXPECT_EQ(read("out"), row.output);
+    EXPECT_EQ(fileCount(), row.output == "none" ? 1U : 2U) << "a temporary file was left";
+    std::string error = row.error;
+    for (std::size_t i = error.find("IN"); i != error.npos; i = error.find("IN", i))
+      error.replace(i, 2, path("in"));
+    EXPECT_EQ(err_, error);
+    EXPECT_EQ(out_, "");
+  }
+}
+
+TEST_F(CommandLine, ChecksWithoutWriting) {
+  write("in", kDoubtful);
+  EXPECT_EQ(call({"--check", path("in")}), kDone);
+  EXPECT_NE(err_, "");
+  EXPECT_EQ(fileCount(), 1U);
+}
+
+TEST_F(CommandLine, ReadsAndWritesStandardStreams) {
+  EXPECT_EQ(call({"-", "-o", "-"}, kGood), kDone);
+  EXPECT_EQ(out_, compiled(kGood));
+  EXPECT_EQ(call({"--decompile", "-", "--output", "-"}, out_), kDone);
+  EXPECT_EQ(out_, decompiled(compiled(kGood)));
+  EXPECT_EQ(call({"-", "-o", "-"}, kWrong), kBadInput);
+  EXPECT_EQ(out_, "");
+  EXPECT_TRUE(err_.starts_with("<standard input>:2:9: ")) << err_;
+}
+
+TEST_F(CommandLine, ExplainsWrongUse) {
+  write("in", kGood);
+  struct Row {
+    std::vector<std::string> arguments;
+    int code;
+    const char* error;
+  };
+  const Row rows[] = {
+      {{}, kBadUsage, "INPUT is required"},
+      {{path("in")}, kBadUsage, "-o OUTPUT or --check is required"},
+      {{path("in"), "-o", path("in")}, kBadUsage, "the output would overwrite the input"},
+      {{"-d", "--check", path("in"), "-o", "x"}, kBadUsage, "--check"},
+      {{"--warnings-as-errors", path("in"), "-o", "x"}, kBadUsage, "--check"},
+      {{"--nonsense", path("in")}, kBadUsage, "--nonsense"},
+      {{path("missing"), "-o", path("out")}, kBadInput, "missing: cannot be opened"},
+      {{path(""), "-o", path("out")}, kBadInput, "is a directory"},
+      {{path("in"), "-o", path("no/such/folder")}, kBadInput, "no/such/folder: cannot be written"},
+      {{path("in"), "-o", path("")}, kBadInput, "is a directory"},
+  };
+  for (const Row& row : rows) {
+    EXPECT_EQ(call(row.arguments), row.code) << row.error;
+    EXPECT_NE(err_.find(row.error), std::string::npos) << err_;
+    EXPECT_EQ(fileCount(), 1U) << row.error;
+    EXPECT_EQ(read("in"), kGood) << row.error;
+  }
+}
+
+}  // namespace
+}  // namespace corvix::xmlbinc

@@ -1,0 +1,140 @@
+#include "tools/xmlbinc/DescriptorCheck.h"
+
+#include "tests/tools/xmlbinc/XmlbincTesting.h"
+
+#include <gtest/gtest.h>
+#include <vector>
+
+namespace corvix::xmlbinc {
+namespace {
+
+using Lines = std::vector<std::string>;
+
+Lines warnings(const std::string& xml) {
+  SourceText source;
+  source.load(xml);
+  Lines lines;
+  for (const Warning& warning : checkDescriptor(readXml(source))) {
+    lines.push_back(at(source, warning.offset) + warning.message);
+  }
+  return lines;
+}
+
+/// The content in a plug-in that is right, starting at 2:1.
+std::string plugin(const std::string& content) {
+  return "<CorvixRC Version='1.00'><Plugin GUID='1,2,3,4' Manufacturer='M'>\n" + content + "</Plugin></CorvixRC>";
+}
+
+TEST(DescriptorCheck, HasNothingAgainstARightDescriptor) {
+  const std::string right = plugin(R"(<!-- comment -->
+    <Interface Name="Supplier.http" GUID="0x1C603B15, 0x450A378B, 0xE08ACBAE, 0x85095F68" sHumanName="x"/>
+    <Interface Name="Supplier.ftp" GUID="0x1C603B15, 0x450A378B, 0xE08ACBAE, 0x85095F68" Order="hight"/>
+    <Interface Name="Supplier.ftp" GUID="-1,0XfF,010,4294967295 " Order="-0x10"/>
+    <Setting Group="G" Item="1" Type="enum" Values="Fast|By Table" Data="By Table" Visible="List"/>
+    <Setting Group="G" Item="2" Type="int" Data="four" Visible="text" path="a\b" comment="c"/>
+    <Setting Group="G" Item="3" Type="string" Data="" Visible="false"/>
+    <Setting Group="G" Item="4" Type="integer" Data="-2147483648" Visible="check"/>
+    <Setting Group="G" Item="5" Type="integer" Data="0x7fffFFFF"/>
+    <Setting Group="G" Item="6" Type="float" Data="-.5e+3"/>
+    <Setting Group="H" Item="6" Type="bool" Data="true"/>)");
+  EXPECT_EQ(warnings(right), Lines());
+}
+
+TEST(DescriptorCheck, WarnsOfTheEnvelope) {
+  struct Row {
+    const char* xml;
+    Lines expected;
+  };
+  const Row rows[] = {
+      {"<CorvixRc Version='1.00'/>",
+       {"1:1: the root element is \"CorvixRc\", not \"CorvixRC\"",
+        "1:1: CorvixRC without Plugin: nothing will be registered"}},
+      {"<CorvixRC Version='1.00'>\n<plugin/></CorvixRC>",
+       {"1:1: CorvixRC without Plugin: nothing will be registered",
+        "2:1: unknown element \"plugin\" in \"CorvixRC\"; did you mean \"Plugin\"?"}},
+      {"<CorvixRC>\n<Plugin/></CorvixRC>",
+       {"1:1: CorvixRC without Version: \"1.00\" is the current one",
+        "2:1: Plugin without GUID: the plug-in will not be registered",
+        "2:1: Plugin without Manufacturer: users cannot tell whose plug-in it is"}},
+      {"<CorvixRC Version='1.00'><Plugin GUID='1,2,3,4' Manufacturer='M'/>\n<Plugin/>\n<Setting/>x</CorvixRC>",
+       {"2:1: another \"Plugin\"; only the first is read",
+        "3:1: \"Setting\" does not belong in \"CorvixRC\" and is ignored there",
+        "3:11: the text in \"CorvixRC\" is ignored"}},
+  };
+  for (const Row& row : rows) EXPECT_EQ(warnings(row.xml), row.expected) << row.xml;
+}
+
+TEST(DescriptorCheck, WarnsOfWhatAPluginHolds) {
+  const std::string type = "<Setting Group='G' Item='I' Type=";
+  struct Row {
+    std::string content;
+    Lines expected;
+  };
+  const Row rows[] = {
+      {"<Interface Name='N'/>", {"2:1: Interface without GUID: the interface will be skipped"}},
+      {"<Interface GUID='1,2,3,4'/>", {"2:1: Interface without Name: no one can ask for the interface"}},
+      {"<Interface Name='' GUID='1,2,3,4'/>", {"2:12: Name is empty"}},
+      {"<Interface Name='N' GUID='1,2,3'/>",
+       {"2:21: GUID \"1,2,3\": 3 numbers can be read, four are needed, separated by commas; without them the "
+        "entry is "
+        "skipped"}},
+      {"<Interface Name='N' GUID='1 ,2,3,4'/>",
+       {"2:21: GUID \"1 ,2,3,4\": 1 number can be read, four are needed, separated by commas; without them the "
+        "entry is "
+        "skipped (no blank may stand before a comma)"}},
+      {"<Interface Name='N' GUID='{x}'/>",
+       {"2:21: GUID \"{x}\": 0 numbers can be read, four are needed, separated by commas; without them the entry "
+        "is "
+        "skipped"}},
+      {"<Interface Name='N' GUID='1,2,3,4,5'/>",
+       {"2:21: GUID \"1,2,3,4,5\": what follows the fourth number is ignored"}},
+      {"<Interface Name='N' GUID='1,0x100000000,-2147483649,99999999999999999999'/>",
+       {"2:21: GUID \"1,0x100000000,-2147483649,99999999999999999999\": number 2 does not fit 32 bits",
+        "2:21: GUID \"1,0x100000000,-2147483649,99999999999999999999\": number 3 does not fit 32 bits",
+        "2:21: GUID \"1,0x100000000,-2147483649,99999999999999999999\": number 4 does not fit 32 bits"}},
+      {"<Interface Name='N' GUID='1,2,3,-1'/>\n<Interface Name='N' GUID='0x1, 02, 3, 0xFFFFFFFF'/>",
+       {"3:1: the interface \"N\" is declared twice with the same identifier"}},
+      {"<Interface Name='N' GUID='1,2,3,4' Order='High' sHumanname='x'/>",
+       {"2:36: Order \"High\" is neither \"Low\", \"Default\" or \"Hight\" nor a number; did you mean \"Hight\"?",
+        "2:49: unknown attribute \"sHumanname\" of Interface; did you mean \"sHumanName\"?"}},
+      {"<Interface Name='N' GUID='1,2,3,4'>\n<Setting/></Interface>",
+       {"3:1: \"Setting\" does not belong in \"Interface\" and is ignored there"}},
+      {"<Sething Group='G'><Interface/></Sething>",
+       {"2:1: unknown element \"Sething\" in \"Plugin\"; did you mean \"Setting\"?"}},
+      {"<Whatever/>", {"2:1: unknown element \"Whatever\" in \"Plugin\""}},
+      {"<Setting Item='' Type='string'/>",
+       {"2:1: Setting without Group: it counts as empty", "2:10: Item is empty"}},
+      {"<Setting Group='G' Item='I'/>", {"2:1: Setting without Type: the value will be kept as text"}},
+      {type + "'Integer'/>",
+       {"2:29: unknown setting type \"Integer\", the value will be kept as text; did you mean \"integer\"?"}},
+      {type + "'bool'/>", {"2:1: a setting of type \"bool\" without Data has no default"}},
+      {type + "'bool' Data='True'/>",
+       {"2:41: Data \"True\" is not \"true\" or \"false\", in small letters, as the type \"bool\" needs it"}},
+      {type + "'integer' Data='2147483648'/>",
+       {"2:44: Data \"2147483648\" is not a 32-bit number, decimal, or hexadecimal after \"0x\", as the type "
+        "\"integer\" "
+        "needs it"}},
+      {type + "'integer' Data='12px'/>",
+       {"2:44: Data \"12px\" is not a 32-bit number, decimal, or hexadecimal after \"0x\", as the type "
+        "\"integer\" needs it"}},
+      {type + "'float' Data='1,5'/>",
+       {"2:42: Data \"1,5\" is not a decimal number, as the type \"float\" needs it"}},
+      {type + "'float' Data='nan'/>",
+       {"2:42: Data \"nan\" is not a decimal number, as the type \"float\" needs it"}},
+      {type + "'enum' Data='a'/>", {"2:1: a setting of type \"enum\" needs Values, such as \"Fast|Normal|Best\""}},
+      {type + "'enum' Values='Fast|Best' Data='best'/>",
+       {"2:60: the enum's Data \"best\" is not among its Values \"Fast|Best\"; did you mean \"Best\"?"}},
+      {type + "'enum' Values='a||a| b' Data='a'/>",
+       {"2:41: Values \"a||a| b\": an item is empty", "2:41: Values \"a||a| b\": \"a\" is given twice",
+        "2:41: Values \"a||a| b\": the blanks of \" b\" belong to the item"}},
+      {type + "'string' Visible='list'/>",
+       {"2:43: Visible \"list\" is none of \"check\", \"List\", \"text\" and \"false\"; did you mean \"List\"?"}},
+      {type + "'string'/>\n<Setting Group='g' Item='i' Type='int'/>",
+       {"3:1: the setting \"i\" of the group \"g\" is declared twice (capital and small letters count as the "
+        "same)"}},
+  };
+  for (const Row& row : rows) EXPECT_EQ(warnings(plugin(row.content)), row.expected) << row.content;
+}
+
+}  // namespace
+}  // namespace corvix::xmlbinc
