@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -48,7 +49,7 @@ class NotifySenderTest : public testing::Test {
     });
   }
 
-  std::unique_ptr<BNotifySender> sender = std::make_unique<BNotifySender>();
+  std::optional<BNotifySender> sender{std::in_place};
   std::string log;
 
  private:
