@@ -24,6 +24,8 @@ class Listener : public BSmartObject {
   std::function<void()> act;
 };
 
+class Sender final : public BNotifySender {};
+
 class NotifySenderTest : public testing::Test {
  protected:
   Listener& make(char mark, int answer = notify::kGoOn, std::function<void()> act = nullptr) {
@@ -49,7 +51,7 @@ class NotifySenderTest : public testing::Test {
     });
   }
 
-  std::optional<BNotifySender> sender{std::in_place};
+  std::optional<Sender> sender{std::in_place};
   std::string log;
 
  private:
