@@ -19,6 +19,12 @@ set(CORVIX_PUBLIC_HEADERS
     core/baselib/text/WideString.h
     core/xml/XmlNode.h
     core/xml/XmlbinReader.h
+    graphics/AGDC.h
+    graphics/AGDCCreator.h
+    graphics/Color.h
+    graphics/Geometry.h
+    graphics/Image.h
+    graphics/SystemHandles.h
     shell/ClassFactory.h
     shell/Plugin.h
     shell/PluginManager.h
@@ -37,6 +43,32 @@ add_library(corvix-objects OBJECT
     core/baselib/text/StringHash.cpp
     core/xml/XmlNode.cpp
     core/xml/XmlbinReader.cpp
+    graphics/SystemHandles.cpp
+    graphics/contexts/DrawingContext.cpp
+    graphics/contexts/DrawingDevice.cpp
+    graphics/contexts/DrawingImages.cpp
+    graphics/contexts/DrawingPaths.cpp
+    graphics/contexts/DrawingPixels.cpp
+    graphics/contexts/GdiPlusClip.cpp
+    graphics/contexts/GdiPlusContext.cpp
+    graphics/contexts/GdiPlusDrawing.cpp
+    graphics/contexts/GdiPlusImages.cpp
+    graphics/contexts/OffscreenBitmap.cpp
+    graphics/contexts/PlainClip.cpp
+    graphics/contexts/PlainContext.cpp
+    graphics/contexts/PlainImages.cpp
+    graphics/creators/QuillCreators.cpp
+    graphics/gdi/Gdi.cpp
+    graphics/gdiplus/ClipStack.cpp
+    graphics/gdiplus/GdiPlusTable.cpp
+    graphics/images/AGImage.cpp
+    graphics/images/CmykConversion.cpp
+    graphics/images/ImageBits.cpp
+    graphics/images/ImageFiles.cpp
+    graphics/path/Path.cpp
+    graphics/path/PathClip.cpp
+    graphics/quality/Quality.cpp
+    library/LibraryObjects.cpp
     shell/Attributes.cpp
     shell/KClassFactoryLocal.cpp
     shell/KPluginManager.cpp
@@ -47,7 +79,7 @@ add_library(corvix-objects OBJECT
     shell/modules/PeImage.cpp)
 target_compile_definitions(corvix-objects PUBLIC CORVIX_BUILDING PRIVATE UNICODE _UNICODE WIN32_LEAN_AND_MEAN NOMINMAX _WIN32_WINNT=0x0601)
 target_include_directories(corvix-objects PUBLIC "${PROJECT_SOURCE_DIR}")
-target_link_libraries(corvix-objects PRIVATE corvix-warnings)
+target_link_libraries(corvix-objects PRIVATE corvix-warnings INTERFACE gdi32)
 
 if(MSVC)
     target_sources(corvix-objects PRIVATE shell/modules/GuardedCall_msvc.cpp)
@@ -63,7 +95,7 @@ endif()
 corvix_add_descriptor(corvix-descriptor resources/plugin.xml)
 
 add_library(corvix SHARED shell/LibraryEntry.cpp)
-target_link_libraries(corvix PRIVATE corvix-objects corvix-warnings corvix-descriptor)
+target_link_libraries(corvix PRIVATE corvix-objects corvix-warnings corvix-descriptor gdi32)
 target_compile_definitions(corvix PRIVATE WIN32_LEAN_AND_MEAN NOMINMAX)
 target_sources(corvix PUBLIC FILE_SET HEADERS BASE_DIRS "${PROJECT_SOURCE_DIR}" FILES ${CORVIX_PUBLIC_HEADERS})
 target_compile_features(corvix PUBLIC cxx_std_17)
