@@ -182,8 +182,12 @@ bool AGDC::selectHairlinePen() {
 
 double AGDC::greatestCoordinate() const noexcept { return FLT_MAX; }
 
-// An emulation that ignores pen transforms ignores where a dash begins, too.
-bool AGDC::cutsDashes() noexcept { return line_.dashPhase != 0 && !gdiplus::penTransformsWork(); }
+// GDI+ has no dashes of length 0, whose caps are dots. And an emulation that ignores pen transforms ignores where a dash
+// begins, too.
+bool AGDC::cutsDashes() noexcept {
+  return std::find(line_.dashes.begin(), line_.dashes.end(), 0.0) != line_.dashes.end() ||
+         (line_.dashPhase != 0 && !gdiplus::penTransformsWork());
+}
 
 bool AGDC::preparePen(bool isSolid) noexcept {
   if (!pen_ || !pen_.get()->native) return false;

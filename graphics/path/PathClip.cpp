@@ -7,6 +7,7 @@ namespace corvix {
 namespace {
 
 constexpr double kTolerance = 0.1;  // pixels
+constexpr double kDot = 1e-6;       // of a line's length: what a dash of length 0 gets, so that it has a direction
 
 using Points = std::vector<Point, HeapAllocator<Point>>;
 
@@ -115,8 +116,9 @@ class StrokePieces {
     do {
       const double step = std::min(left_, visible - done);
       if (index_ % 2 == 0) {
+        const double end = step > 0 ? done + step : done + kDot * length;
         piece(between(from, to, length > 0 ? first + done / length : 0),
-              between(from, to, length > 0 ? first + (done + step) / length : 1));
+              between(from, to, length > 0 ? first + end / length : 1));
       }
       done += step;
       left_ -= step;

@@ -113,7 +113,7 @@ const Scene kScenes[] = {
            return std::min({lineDistance(x, y, {12, 36}, {32, 12}, 8), lineDistance(x, y, {32, 12}, {52, 36}, 8),
                             round(12, 36), round(32, 12), round(52, 36)});
          },
-         1.8)},  // the emulation rounds the corners of the outline to pixels
+         2.3)},  // the emulation rounds the corners of the outline to pixels
     {"square caps",
      [](IAGDC& page) {
        return drawWide(page, 6) && page.setLineCap(kCapSquare) && page.selectGeometricPen() &&
