@@ -14,16 +14,16 @@ set(CORVIX_PUBLIC_HEADERS
     core/baselib/objects/Ref.h
     core/baselib/objects/SmartObject.h
     core/baselib/objects/Transportable.h
-    core/baselib/streams/BFileInputStream.h
-    core/baselib/streams/BFileOutputStream.h
-    core/baselib/streams/BForwardInputStream.h
-    core/baselib/streams/BInputStream.h
-    core/baselib/streams/BMemoryInputStream.h
-    core/baselib/streams/BMemoryOutputStream.h
-    core/baselib/streams/BOutputStream.h
-    core/baselib/streams/BRAInputStream.h
-    core/baselib/streams/IBRAStream.h
-    core/baselib/streams/IBStream.h
+    core/baselib/streams/FileInputStream.h
+    core/baselib/streams/FileOutputStream.h
+    core/baselib/streams/ForwardInputStream.h
+    core/baselib/streams/InputStream.h
+    core/baselib/streams/MemoryInputStream.h
+    core/baselib/streams/MemoryOutputStream.h
+    core/baselib/streams/OutputStream.h
+    core/baselib/streams/RandomAccess.h
+    core/baselib/streams/RandomAccessInputStream.h
+    core/baselib/streams/Stream.h
     core/baselib/system/CriticalSection.h
     core/baselib/text/StringHash.h
     core/baselib/text/WideString.h
@@ -42,12 +42,12 @@ add_library(corvix-objects OBJECT
     core/baselib/objects/GlobalSender.cpp
     core/baselib/objects/NotifySender.cpp
     core/baselib/objects/SmartObject.cpp
-    core/baselib/streams/BForwardInputStream.cpp
-    core/baselib/streams/BInputStream.cpp
-    core/baselib/streams/BMemoryInputStream.cpp
-    core/baselib/streams/BMemoryOutputStream.cpp
-    core/baselib/streams/BOutputStream.cpp
-    core/baselib/streams/BRAInputStream.cpp
+    core/baselib/streams/ForwardInputStream.cpp
+    core/baselib/streams/InputStream.cpp
+    core/baselib/streams/MemoryInputStream.cpp
+    core/baselib/streams/MemoryOutputStream.cpp
+    core/baselib/streams/OutputStream.cpp
+    core/baselib/streams/RandomAccessInputStream.cpp
     core/baselib/system/CriticalSection.cpp
     core/baselib/system/KernelFile.cpp
     core/baselib/text/StringHash.cpp

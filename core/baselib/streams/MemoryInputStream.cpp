@@ -1,4 +1,4 @@
-#include "core/baselib/streams/BMemoryInputStream.h"
+#include "core/baselib/streams/MemoryInputStream.h"
 
 #include <algorithm>
 #include <cstring>

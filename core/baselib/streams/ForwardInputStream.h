@@ -8,7 +8,7 @@
 //   };
 #pragma once
 
-#include "core/baselib/streams/BInputStream.h"
+#include "core/baselib/streams/InputStream.h"
 
 namespace corvix {
 

@@ -1,8 +1,8 @@
 // BMemoryOutputStream: writes into a block of memory that grows.
 #pragma once
 
-#include "core/baselib/streams/BOutputStream.h"
-#include "core/baselib/streams/IBRAStream.h"
+#include "core/baselib/streams/OutputStream.h"
+#include "core/baselib/streams/RandomAccess.h"
 
 namespace corvix {
 

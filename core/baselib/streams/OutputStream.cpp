@@ -1,4 +1,4 @@
-#include "core/baselib/streams/BOutputStream.h"
+#include "core/baselib/streams/OutputStream.h"
 
 namespace corvix {
 

@@ -1,7 +1,7 @@
 // BMemoryInputStream: random access to bytes in memory.
 #pragma once
 
-#include "core/baselib/streams/BRAInputStream.h"
+#include "core/baselib/streams/RandomAccessInputStream.h"
 
 #include <memory>
 

@@ -1,4 +1,4 @@
-#include "core/baselib/streams/BInputStream.h"
+#include "core/baselib/streams/InputStream.h"
 
 #include <algorithm>
 

@@ -1,8 +1,8 @@
 // BFileOutputStream: writes to a file. Nothing is held back: what `write` returned is with the system.
 #pragma once
 
-#include "core/baselib/streams/BOutputStream.h"
-#include "core/baselib/streams/IBRAStream.h"
+#include "core/baselib/streams/OutputStream.h"
+#include "core/baselib/streams/RandomAccess.h"
 
 #include <memory>
 

@@ -1,4 +1,4 @@
-#include "core/baselib/streams/BMemoryOutputStream.h"
+#include "core/baselib/streams/MemoryOutputStream.h"
 
 #include <algorithm>
 #include <cstring>

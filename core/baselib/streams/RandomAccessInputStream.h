@@ -1,8 +1,8 @@
 // BRAInputStream: a stream to read from at any position.
 #pragma once
 
-#include "core/baselib/streams/BInputStream.h"
-#include "core/baselib/streams/IBRAStream.h"
+#include "core/baselib/streams/InputStream.h"
+#include "core/baselib/streams/RandomAccess.h"
 
 namespace corvix {
 

@@ -1,7 +1,7 @@
 // BFileInputStream: random access to a file, or to a part of it, that exists.
 #pragma once
 
-#include "core/baselib/streams/BRAInputStream.h"
+#include "core/baselib/streams/RandomAccessInputStream.h"
 
 #include <memory>
 

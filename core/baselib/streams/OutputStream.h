@@ -1,7 +1,7 @@
 // BOutputStream: a stream to write to.
 #pragma once
 
-#include "core/baselib/streams/IBStream.h"
+#include "core/baselib/streams/Stream.h"
 
 namespace corvix {
 

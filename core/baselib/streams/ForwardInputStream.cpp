@@ -1,4 +1,4 @@
-#include "core/baselib/streams/BForwardInputStream.h"
+#include "core/baselib/streams/ForwardInputStream.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,4 +1,4 @@
-#include "core/baselib/streams/BRAInputStream.h"
+#include "core/baselib/streams/RandomAccessInputStream.h"
 
 #include <algorithm>
 

@@ -2,7 +2,7 @@
 // `getPosition`; what decodes or fetches piece by piece takes BForwardInputStream and one operation.
 #pragma once
 
-#include "core/baselib/streams/IBStream.h"
+#include "core/baselib/streams/Stream.h"
 
 namespace corvix {
 
