@@ -25,6 +25,8 @@ set(CORVIX_PUBLIC_HEADERS
     core/baselib/streams/RandomAccessInputStream.h
     core/baselib/streams/Stream.h
     core/baselib/system/CriticalSection.h
+    core/baselib/system/Exception.h
+    core/baselib/system/Log.h
     core/baselib/text/StringHash.h
     core/baselib/text/WideString.h
     core/xml/XmlNode.h
@@ -49,7 +51,10 @@ add_library(corvix-objects OBJECT
     core/baselib/streams/OutputStream.cpp
     core/baselib/streams/RandomAccessInputStream.cpp
     core/baselib/system/CriticalSection.cpp
+    core/baselib/system/Exception.cpp
     core/baselib/system/KernelFile.cpp
+    core/baselib/system/Log.cpp
+    core/baselib/system/RegistryKey.cpp
     core/baselib/text/StringHash.cpp
     core/xml/XmlNode.cpp
     core/xml/XmlbinReader.cpp
