@@ -4,6 +4,7 @@
 
 #include "core/baselib/Api.h"
 #include "core/baselib/system/OwningHandle.h"
+#include "core/baselib/text/WideString.h"
 
 #include <optional>
 #include <string>
@@ -36,6 +37,11 @@ class RegistryKey {
 
   std::optional<u32> number(const wchar_t* name) const noexcept;
   bool setNumber(const wchar_t* name, u32 value) const noexcept;
+
+  // A string value up to its first zero, whether it is terminated or not. Empty when there is none or when it
+  // is longer than a mebibyte.
+  WideString text(const wchar_t* name) const;
+  bool setText(const wchar_t* name, const WideString& text) const noexcept;
 
  private:
   RegistryHandle key_;
