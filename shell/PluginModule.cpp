@@ -2,7 +2,7 @@
 
 #include "core/baselib/system/Log.h"
 #include "shell/UserAlert_p.h"
-#include "shell/modules/ModuleFile_p.h"
+#include "shell/modules/ModuleFile.h"
 
 #include <exception>
 
