@@ -7,7 +7,7 @@
 #pragma once
 
 #include "core/baselib/memory/HeapAllocated.h"
-#include "core/baselib/system/KernelFile_p.h"
+#include "core/baselib/system/KernelFile.h"
 
 #include <algorithm>
 #include <atomic>

@@ -1,6 +1,6 @@
 #include "core/baselib/system/Log.h"
 
-#include "core/baselib/system/KernelFile_p.h"
+#include "core/baselib/system/KernelFile.h"
 #include "core/baselib/system/Log_p.h"
 #include "core/baselib/system/RegistryKey_p.h"
 
