@@ -16,6 +16,7 @@ class OwnFolder {
     static int count = 0;
     path_ = std::filesystem::temp_directory_path() /
             ("corvix-test-" + std::to_string(GetCurrentProcessId()) + "-" + std::to_string(++count));
+    std::filesystem::remove_all(path_);  // a crashed one of the same number may have left it
     std::filesystem::create_directories(path_);
   }
   ~OwnFolder() {
@@ -25,7 +26,7 @@ class OwnFolder {
   OwnFolder(const OwnFolder&) = delete;
   OwnFolder& operator=(const OwnFolder&) = delete;
 
-  std::wstring file(const std::wstring& name) const { return (path_ / name).wstring(); }
+  std::filesystem::path file(const std::wstring& name) const { return path_ / name; }
   const std::filesystem::path& path() const { return path_; }
 
  private:

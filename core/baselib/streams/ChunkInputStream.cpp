@@ -32,7 +32,7 @@ u32 BChunkInputStream::read(void* buffer, u32 count) {
 int BChunkInputStream::readByte() { return load(storage_.getPosition(), 1) == 1 ? storage_.readByte() : -1; }
 
 bool BChunkInputStream::seek(u32 position) {
-  load(position, 1);
+  load(std::min(position, size_), 1);
   return storage_.seek(position);
 }
 
@@ -46,8 +46,8 @@ void BChunkInputStream::setLoaded(u32 page) noexcept {
 
 // How many of the bytes that a read wants are there to be read.
 u32 BChunkInputStream::load(u32 position, u32 count) {
-  const u32 wanted = isOpen() ? upToEnd(position, count) : 0;
-  if (wanted == 0) return 0;
+  if (!isOpen() || position > size_) return 0;
+  const u32 wanted = upToEnd(position, count);
   const u32 last = (position + wanted) >> kPageShift;
   for (u32 page = position >> kPageShift; page <= last; ++page) {
     if (!isPageLoaded(page)) return loadFrom(page, position, wanted);

@@ -9,6 +9,7 @@ BFileInputStream::BFileInputStream() : file_(new RangedFile) {}
 BFileInputStream::~BFileInputStream() { file_->close(); }
 
 bool BFileInputStream::open(const wchar_t* path, u32 start, u32 length) {
+  close();
   return file_->attach(openFile(path, file_mode::kRead | file_mode::kShareRead | file_mode::kShareWrite), start,
                        length);
 }

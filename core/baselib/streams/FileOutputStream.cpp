@@ -26,6 +26,7 @@ BFileOutputStream::BFileOutputStream() : file_(new RangedFile) {}
 BFileOutputStream::~BFileOutputStream() { file_->close(); }
 
 bool BFileOutputStream::open(const wchar_t* path, Existing existing) {
+  close();  // the same file may be meant
   if (!file_->attach(openFile(path, modeFor(existing)))) return false;
   if (existing != Existing::Append) return true;
   if (const u32 end = file_->size(); end != kUnknownSize) return file_->seek(end);

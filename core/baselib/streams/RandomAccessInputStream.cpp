@@ -6,7 +6,8 @@ namespace corvix {
 
 u32 BRAInputStream::skip(u32 count) {
   const u32 position = getPosition();
-  return seek(position + std::min(count, 0xFFFFFFFF - position)) ? getPosition() - position : 0;
+  if (!seek(position + std::min(count, 0xFFFFFFFF - position))) return 0;
+  return getPosition() - std::min(position, getPosition());  // a limit may lie behind
 }
 
 u32 BRAInputStream::unreadByte() {
