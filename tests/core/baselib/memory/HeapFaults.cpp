@@ -1,0 +1,84 @@
+#include "tests/core/baselib/memory/HeapFaults.h"
+
+#include <atomic>
+#include <climits>
+
+#include <windows.h>
+
+extern "C" {
+extern void* (*mallocSlot)(std::size_t) __asm__("__imp__malloc");
+extern void* (*reallocSlot)(void*, std::size_t) __asm__("__imp__realloc");
+extern void (*freeSlot)(void*) __asm__("__imp__free");
+}
+
+namespace corvix::testing {
+
+namespace {
+
+std::atomic<int> asked, live, failFrom, failTo;
+decltype(mallocSlot) realMalloc;
+decltype(reallocSlot) realRealloc;
+decltype(freeSlot) realFree;
+
+bool refuse() {
+  const int n = ++asked;
+  return n >= failFrom && n <= failTo;
+}
+
+void* countedMalloc(std::size_t size) {
+  void* const block = refuse() ? nullptr : realMalloc(size);
+  if (block) ++live;
+  return block;
+}
+
+void* countedRealloc(void* block, std::size_t size) {
+  void* const moved = refuse() ? nullptr : realRealloc(block, size);
+  if (moved && !block) ++live;
+  return moved;
+}
+
+void countedFree(void* block) {
+  if (block) --live;
+  realFree(block);
+}
+
+template <class Function>
+Function exchangeSlot(Function& slot, Function function) {
+  DWORD old;
+  VirtualProtect(&slot, sizeof slot, PAGE_READWRITE, &old);
+  const Function before = slot;
+  slot = function;
+  VirtualProtect(&slot, sizeof slot, old, &old);
+  return before;
+}
+
+}  // namespace
+
+HeapFaults::HeapFaults(int n, Mode mode) {
+  asked = 0;
+  live = 0;
+  failFrom = n;
+  failTo = mode == Mode::Once ? n : INT_MAX;
+  realMalloc = exchangeSlot(mallocSlot, countedMalloc);
+  realRealloc = exchangeSlot(reallocSlot, countedRealloc);
+  realFree = exchangeSlot(freeSlot, countedFree);
+}
+
+HeapFaults::HeapFaults() : HeapFaults(INT_MAX, Mode::Once) {}
+
+HeapFaults::~HeapFaults() {
+  exchangeSlot(mallocSlot, realMalloc);
+  exchangeSlot(reallocSlot, realRealloc);
+  exchangeSlot(freeSlot, realFree);
+}
+
+void HeapFaults::disarm() {
+  failFrom = INT_MAX;
+  failTo = INT_MAX;
+}
+
+bool HeapFaults::wasHit() const { return asked >= failFrom; }
+int HeapFaults::liveBlocks() const { return live; }
+int HeapFaults::requests() const { return asked; }
+
+}  // namespace corvix::testing
