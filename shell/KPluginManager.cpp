@@ -1,7 +1,7 @@
 #include "shell/KPluginManager.h"
 
 #include "core/xml/XmlbinReader.h"
-#include "shell/modules/ModuleFile_p.h"
+#include "shell/modules/ModuleFile.h"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
 #include "shell/KShell.h"
 
 #include "shell/LibraryModule_p.h"
-#include "shell/modules/ModuleFile_p.h"
+#include "shell/modules/ModuleFile.h"
 
 namespace corvix {
 

@@ -1,10 +1,10 @@
 #include "tools/xmlbinc/Unicode.h"
 
-#include <utf8cpp/utf8.h>
 #include <algorithm>
 #include <array>
 #include <cstdio>
 #include <iterator>
+#include <utf8cpp/utf8.h>
 
 namespace corvix::xmlbinc {
 
@@ -43,9 +43,8 @@ bool within(const Ranges& ranges, char32_t c) {
 }  // namespace
 
 bool isXmlChar(char32_t c) {
-  constexpr auto kChars =
-      std::to_array<Range>({{0x9, 0xA}, {0xD, 0xD}, {0x20, 0xD7FF}, {0xE000, 0xFFFD}, {0x10000, 0x10FFFF}});
-  return within(kChars, c);
+  if (c < 0x20) return c == '\t' || c == '\n' || c == '\r';
+  return c < 0xD800 || (c >= 0xE000 && c <= 0x10FFFF && c != 0xFFFE && c != 0xFFFF);
 }
 
 bool isXmlSpace(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
@@ -61,6 +60,14 @@ bool isXmlName(std::string_view utf8) {
     if (!within(kNameStart, c) && (first || !within(kNameAlso, c))) return false;
   }
   return !utf8.empty();
+}
+
+std::string lowered(std::string_view text) {
+  std::string lower(text);
+  for (char& c : lower) {
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c | 0x20);
+  }
+  return lower;
 }
 
 void appendUtf8(char32_t c, std::string& utf8) { utf8::append(c, std::back_inserter(utf8)); }

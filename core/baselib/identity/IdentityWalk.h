@@ -7,6 +7,7 @@
 
 namespace corvix {
 
+class IBRTTISupport;
 class QueryVisitor;
 
 namespace identity {
@@ -17,15 +18,15 @@ struct Bases {};
 template <class Class>
 class InfoOf final : public stype_info {
  public:
-  InfoOf() noexcept : stype_info(Class::kClassWords) {}
+  constexpr InfoOf() noexcept : stype_info(Class::kClassWords) {}
   const char* className() const noexcept override { return Class::className(); }
   const wchar_t* classNameW() const noexcept override { return Class::classNameW(); }
 };
 
-// One instance a module, complete on the first call even while other statics are still being made.
+// One instance a module, complete before any code of the module runs.
 template <class Class>
 const stype_info& infoOf() noexcept {
-  static const InfoOf<Class> info;
+  static constexpr InfoOf<Class> info;
   return info;
 }
 
@@ -58,9 +59,13 @@ void* findInBases([[maybe_unused]] Class* self, [[maybe_unused]] const stype_inf
 }
 
 template <class Class>
-inline void* find(Class* self, const stype_info& wanted) noexcept {
-  return wanted.words() == Class::kClassWords ? static_cast<void*>(self)
-                                              : findInBases(self, wanted, typename Class::IdentityBases{});
+inline void* find([[maybe_unused]] Class* self, [[maybe_unused]] const stype_info& wanted) noexcept {
+  if constexpr (std::is_same_v<Class, IBRTTISupport>) {
+    return nullptr;  // no stop of the walk
+  } else {
+    return wanted.words() == Class::kClassWords ? static_cast<void*>(self)
+                                                : findInBases(self, wanted, typename Class::IdentityBases{});
+  }
 }
 
 enum class Walk {
@@ -85,17 +90,22 @@ Walk walkBases([[maybe_unused]] Class* self, [[maybe_unused]] const stype_info& 
 }
 
 template <class Class>
-Walk walk(Class* self, const stype_info& wanted, QueryVisitor& visitor, void*& result) {
-  enterClass(visitor, Class::classInfo(), self);
-  Walk outcome = Walk::FoundNull;
-  if (wanted.words() != Class::kClassWords) {
-    outcome = walkBases(self, wanted, visitor, result, typename Class::IdentityBases{});
-  } else if (self) {
-    result = self;
-    outcome = Walk::Found;
+Walk walk([[maybe_unused]] Class* self, [[maybe_unused]] const stype_info& wanted,
+          [[maybe_unused]] QueryVisitor& visitor, [[maybe_unused]] void*& result) {
+  if constexpr (std::is_same_v<Class, IBRTTISupport>) {
+    return Walk::Missed;
+  } else {
+    enterClass(visitor, Class::classInfo(), self);
+    Walk outcome = Walk::FoundNull;
+    if (wanted.words() != Class::kClassWords) {
+      outcome = walkBases(self, wanted, visitor, result, typename Class::IdentityBases{});
+    } else if (self) {
+      result = self;
+      outcome = Walk::Found;
+    }
+    if (outcome != Walk::Found) leaveClass(visitor);
+    return outcome;
   }
-  if (outcome != Walk::Found) leaveClass(visitor);
-  return outcome;
 }
 
 template <class Class>
