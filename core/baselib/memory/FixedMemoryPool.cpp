@@ -17,9 +17,9 @@ constexpr u32 kRecordBytes = 16;
 
 // One chunk of a compaction.
 struct BFixedMemoryPool::ChunkRecord {
-  Chunk* chunk;  // null once it is to be released
-  FreeRun* first;
-  FreeRun* last;
+  Chunk* chunk;
+  FreeRun* runs;  // the one found last comes first
+  u32 usedBytes;
   u32 payloadBytes;
 };
 
@@ -92,8 +92,7 @@ bool BFixedMemoryPool::hibernate(bool) {
   auto* const records = static_cast<ChunkRecord*>(lock->hibernateBuffer);
   ChunkRecord* record = records;
   for (Chunk* chunk = chunks_; chunk; chunk = chunk->next) {
-    chunk->usedBytes = chunk->payloadBytes;
-    *record++ = {chunk, nullptr, nullptr, chunk->payloadBytes};
+    *record++ = {chunk, nullptr, chunk->payloadBytes, chunk->payloadBytes};
   }
   sortFreeRuns(records);
   // The records are read to the end before a chunk goes: the parent may use the buffer itself.
@@ -115,19 +114,16 @@ void BFixedMemoryPool::sortFreeRuns(ChunkRecord* records) noexcept {
   } else {
     std::sort(records, end, isBelow);
   }
+  const auto liesBelow = [](const void* address, const ChunkRecord& other) { return address < other.chunk; };
   ChunkRecord* home = records;
   for (FreeRun* run = freeRuns_; run;) {
     FreeRun* const next = run->next;
-    const void* const address = run;
     // Neighbours in the list mostly lie in the same chunk.
-    if (address < home->chunk || (home + 1 != end && address > home[1].chunk))
-      home = std::upper_bound(records, end, address,
-                              [](const void* a, const ChunkRecord& b) { return a < static_cast<void*>(b.chunk); }) -
-             1;
-    run->next = nullptr;
-    (home->last ? home->last->next : home->first) = run;
-    home->last = run;
-    home->chunk->usedBytes -= run->lengthBytes;
+    if (liesBelow(run, *home) || (home + 1 != end && !liesBelow(run, home[1])))
+      home = std::upper_bound(records, end, static_cast<const void*>(run), liesBelow) - 1;
+    run->next = home->runs;
+    home->runs = run;
+    home->usedBytes -= run->lengthBytes;
     run = next;
   }
 }
@@ -141,18 +137,22 @@ BFixedMemoryPool::Chunk* BFixedMemoryPool::rebuild(const ChunkRecord* records) n
   freeRuns_ = nullptr;
   for (const ChunkRecord* record = records; record != end; ++record) {
     Chunk* const chunk = record->chunk;
-    if (chunk->usedBytes < blockBytes_) {
+    if (record->usedBytes < blockBytes_) {
       *lastUnused = chunk;
       lastUnused = &chunk->next;
       payloadBytes_ -= record->payloadBytes;
       --chunkCount_;
       continue;
     }
+    chunk->usedBytes = record->usedBytes;
     chunk->next = chunks_;
     chunks_ = chunk;
-    if (!record->first) continue;
-    record->last->next = freeRuns_;
-    freeRuns_ = record->first;
+    for (FreeRun* run = record->runs; run;) {  // back into the order in which they were found
+      FreeRun* const next = run->next;
+      run->next = freeRuns_;
+      freeRuns_ = run;
+      run = next;
+    }
   }
   *lastUnused = nullptr;
   return unused;

@@ -11,7 +11,7 @@ namespace corvix {
 struct BFixedMemoryPool::Chunk {
   Chunk* next;
   u32 payloadBytes;
-  u32 usedBytes;  // of a compaction
+  u32 usedBytes;  // as the last compaction found it
 };
 
 // Lies in the free memory itself: the run of `lengthBytes` that starts there.
