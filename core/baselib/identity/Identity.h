@@ -13,11 +13,11 @@
 
 #include "core/baselib/identity/IdentityWalk.h"
 
-#define CORVIX_IDENTITY_STATICS(Class, word1, word2, word3, word4)               \
- public:                                                                         \
-  static constexpr ::corvix::ClassWords kClassWords{word1, word2, word3, word4}; \
-  static const char* className() noexcept { return #Class; }                     \
-  static const wchar_t* classNameW() noexcept { return L"" #Class; }             \
+#define CORVIX_IDENTITY_STATICS(Class, word1, word2, word3, word4)                                     \
+ public:                                                                                               \
+  static constexpr ::corvix::ClassWords classWords() noexcept { return {word1, word2, word3, word4}; } \
+  static const char* className() noexcept { return #Class; }                                           \
+  static const wchar_t* classNameW() noexcept { return L"" #Class; }                                   \
   static const ::corvix::stype_info& classInfo() noexcept { return ::corvix::identity::infoOf<Class>(); }
 
 // For a class that declares `typeInfo` and `query` itself because nothing above it does.

@@ -18,7 +18,7 @@ struct Bases {};
 template <class Class>
 class InfoOf final : public stype_info {
  public:
-  constexpr InfoOf() noexcept : stype_info(Class::kClassWords) {}
+  constexpr InfoOf() noexcept : stype_info(Class::classWords()) {}
   const char* className() const noexcept override { return Class::className(); }
   const wchar_t* classNameW() const noexcept override { return Class::classNameW(); }
 };
@@ -63,8 +63,8 @@ inline void* find([[maybe_unused]] Class* self, [[maybe_unused]] const stype_inf
   if constexpr (std::is_same_v<Class, IBRTTISupport>) {
     return nullptr;  // no stop of the walk
   } else {
-    return wanted.words() == Class::kClassWords ? static_cast<void*>(self)
-                                                : findInBases(self, wanted, typename Class::IdentityBases{});
+    return wanted.words() == Class::classWords() ? static_cast<void*>(self)
+                                                 : findInBases(self, wanted, typename Class::IdentityBases{});
   }
 }
 
@@ -97,7 +97,7 @@ Walk walk([[maybe_unused]] Class* self, [[maybe_unused]] const stype_info& wante
   } else {
     enterClass(visitor, Class::classInfo(), self);
     Walk outcome = Walk::FoundNull;
-    if (wanted.words() != Class::kClassWords) {
+    if (wanted.words() != Class::classWords()) {
       outcome = walkBases(self, wanted, visitor, result, typename Class::IdentityBases{});
     } else if (self) {
       result = self;
