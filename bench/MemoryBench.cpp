@@ -179,7 +179,7 @@ void emptyCaches() {
 // One compaction of a pool of so many chunks, with cold caches; of every second chunk a block stays in use.
 double compactionNs(std::size_t chunks, Order order) {
   using Clock = std::chrono::steady_clock;
-  constexpr u32 kBytes = 64;
+  constexpr u32 kBytes = 20;
   std::vector<double> times;
   for (int round = 0; round < 9; ++round) {
     const auto pool = make<BFixedMemoryPool>(kBytes);
