@@ -5,6 +5,8 @@
 
 #include <utility>
 
+#include <windows.h>
+
 namespace corvix {
 
 namespace {
@@ -58,6 +60,7 @@ struct Queue {
   SCriticalSection section;
   NodeList nodes;
   i32 timer = TimerData::kNoTimer;
+  DWORD timerThread = 0;
 
   ~Queue() {
     hasEnded = true;
@@ -70,7 +73,7 @@ struct Queue {
 } queue;
 
 // At once when there is no shell: a program that uses this room alone has one thread that matters.
-bool onShellThread(void (*function)(void*), i32 argument) noexcept {
+bool onShellThread(void (*function)(void*), i32 argument = 0) {
   void* const passed = reinterpret_cast<void*>(static_cast<std::intptr_t>(argument));
   if (IMemoryShell* const shell = memoryShell()) return shell->runOnShellThread(function, passed);
   function(passed);
@@ -81,19 +84,24 @@ i32 timerOf(void* argument) noexcept { return static_cast<i32>(reinterpret_cast<
 
 void tick(i32 timer, u32);
 
-// Thread timers belong to the thread that starts them, so that is the shell's, whoever added the object.
-void startTimer(void*) noexcept {
+// A system's timer belongs to the thread that starts it: that is the shell's, whoever added the object.
+void startTimer(void*) {
+  if (hasEnded) return;
   const SCriticalSection::Lock lock(queue.section);
-  if (queue.timer == TimerData::kNoTimer && queue.nodes.head()) queue.timer = timerData.start(kTickMs, tick, 0);
+  if (queue.timer != TimerData::kNoTimer || !queue.nodes.head()) return;
+  queue.timer = timerData.start(kTickMs, tick, 0);
+  queue.timerThread = GetCurrentThreadId();
 }
 
-void stopTimer(void* timer) noexcept { timerData.stop(timerOf(timer)); }
+void stopTimer(void* timer) { timerData.stop(timerOf(timer)); }
 
+// The expiry pass.
 void expire(void* timer) {
+  if (hasEnded) return;
   NodeList expired;
   {
     const SCriticalSection::Lock lock(queue.section);
-    if (queue.timer != timerOf(timer)) return;  // stopped after the tick was sent
+    if (queue.timer == TimerData::kNoTimer || queue.timer != timerOf(timer)) return;  // stopped after the tick
     timerData.stop(std::exchange(queue.timer, TimerData::kNoTimer));
     for (Node* node = queue.nodes.head(); node;) {
       Node* const next = node->next;
@@ -125,19 +133,20 @@ bool BAutoRealizePool::add(IBRemoteRemovable* object, u32 ticks) noexcept {
     queue.nodes.append(node);
     needsTimer = queue.timer == TimerData::kNoTimer;
   }
-  if (needsTimer) onShellThread(startTimer, 0);
+  if (needsTimer) onShellThread(startTimer);
   return true;
 }
 
 void BAutoRealizePool::Clear() {
   if (hasEnded) return;
   i32 timer;
+  bool isOurs;
   {
     const SCriticalSection::Lock lock(queue.section);
     timer = std::exchange(queue.timer, TimerData::kNoTimer);
+    isOurs = queue.timerThread == GetCurrentThreadId();
   }
-  if (timer != TimerData::kNoTimer && !onShellThread(stopTimer, timer))
-    stopTimer(reinterpret_cast<void*>(static_cast<std::intptr_t>(timer)));
+  if (timer != TimerData::kNoTimer && (isOurs || !onShellThread(stopTimer, timer))) timerData.stop(timer);
   for (;;) {
     NodeList taken;
     {

@@ -11,8 +11,8 @@ class IMemoryShell {
   // under the lock of `allocCSProc`. [any thread]
   virtual bool askToRetry(u32 kind) = 0;
 
-  // Calls the function on the shell's thread: at once if that is this one, else from its message loop. False
-  // if that cannot be arranged; the function is then not called. [any thread]
+  // Has the function called on the shell's thread, from its message loop; on that thread itself it may be called
+  // at once. False if that cannot be arranged; the function is then not called. [any thread]
   virtual bool runOnShellThread(void (*function)(void* argument), void* argument) = 0;
 
  protected:

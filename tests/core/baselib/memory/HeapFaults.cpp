@@ -1,9 +1,9 @@
 #include "tests/core/baselib/memory/HeapFaults.h"
 
+#include "tests/support/ImportSlot.h"
+
 #include <atomic>
 #include <climits>
-
-#include <windows.h>
 
 extern "C" {
 extern void* (*mallocSlot)(std::size_t) __asm__("__imp__malloc");
@@ -12,6 +12,8 @@ extern void (*freeSlot)(void*) __asm__("__imp__free");
 }
 
 namespace corvix::testing {
+
+using testing_support::ImportSlot;
 
 namespace {
 
@@ -42,35 +44,28 @@ void countedFree(void* block) {
   realFree(block);
 }
 
-template <class Function>
-Function exchangeSlot(Function& slot, Function function) {
-  DWORD old;
-  VirtualProtect(&slot, sizeof slot, PAGE_READWRITE, &old);
-  const Function before = slot;
-  slot = function;
-  VirtualProtect(&slot, sizeof slot, old, &old);
-  return before;
-}
-
 }  // namespace
+
+struct HeapFaults::Slots {
+  ImportSlot<decltype(realMalloc)> mallocs{mallocSlot, countedMalloc};
+  ImportSlot<decltype(realRealloc)> reallocs{reallocSlot, countedRealloc};
+  ImportSlot<decltype(realFree)> frees{freeSlot, countedFree};
+};
 
 HeapFaults::HeapFaults(int n, Mode mode) {
   asked = 0;
   live = 0;
   failFrom = n;
   failTo = mode == Mode::Once ? n : INT_MAX;
-  realMalloc = exchangeSlot(mallocSlot, countedMalloc);
-  realRealloc = exchangeSlot(reallocSlot, countedRealloc);
-  realFree = exchangeSlot(freeSlot, countedFree);
+  realMalloc = mallocSlot;
+  realRealloc = reallocSlot;
+  realFree = freeSlot;
+  slots_ = std::make_unique<Slots>();
 }
 
 HeapFaults::HeapFaults() : HeapFaults(INT_MAX, Mode::Once) {}
 
-HeapFaults::~HeapFaults() {
-  exchangeSlot(mallocSlot, realMalloc);
-  exchangeSlot(reallocSlot, realRealloc);
-  exchangeSlot(freeSlot, realFree);
-}
+HeapFaults::~HeapFaults() = default;
 
 void HeapFaults::disarm() {
   failFrom = INT_MAX;

@@ -2,7 +2,7 @@
 // the test framework allocates elsewhere.
 #pragma once
 
-#include <cstddef>
+#include <memory>
 
 namespace corvix::testing {
 
@@ -25,6 +25,10 @@ class HeapFaults {
 
   // Calls of malloc and realloc.
   int requests() const;
+
+ private:
+  struct Slots;
+  std::unique_ptr<Slots> slots_;
 };
 
 }  // namespace corvix::testing

@@ -1,11 +1,15 @@
 #include "core/baselib/system/TimerTable.h"
 
 #include "tests/core/baselib/system/MessageLoop.h"
+#include "tests/support/ImportSlot.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <stdexcept>
 #include <vector>
+
+extern "C" decltype(&SetTimer) setTimerSlot __asm__("__imp__SetTimer@16");
 
 namespace corvix {
 namespace {
@@ -79,15 +83,20 @@ TEST(TimerTable, UnknownTimerMessagesAreIgnored) {
   timerData.stop(index);
 }
 
-TEST(TimerTable, WhenTheSystemHasNoTimerLeftNothingChanges) {
-  std::vector<UINT_PTR> all;
-  while (const UINT_PTR one = SetTimer(nullptr, 0, 0x7FFFFFFF, nullptr)) all.push_back(one);
-  const i32 slots = timerData.slotCount();
-  EXPECT_EQ(timerData.start(10, hear, 1), TimerData::kNoTimer);
-  for (UINT_PTR one : all) KillTimer(nullptr, one);
-  const i32 index = timerData.start(60000, hear, 1);
-  EXPECT_EQ(timerData.slotCount(), slots ? slots : 16);
-  timerData.stop(index);
+UINT_PTR WINAPI noTimer(HWND, UINT_PTR, UINT, TIMERPROC) { return 0; }
+
+TEST(TimerTable, WhenTheSystemHasNoTimerLeftTheEntryGoes) {
+  TimerData table;
+  const i32 running = table.start(60000, hear, 1);
+  {
+    const testing_support::ImportSlot slot(setTimerSlot, noTimer);
+    EXPECT_EQ(table.start(10, hear, 1), TimerData::kNoTimer);
+    EXPECT_EQ(table.start(10, hear, 1, running), TimerData::kNoTimer);
+  }
+  EXPECT_EQ(table.slotCount(), 16);
+  EXPECT_EQ(table.start(60000, hear, 1), 15);
+  EXPECT_EQ(table.start(60000, hear, 1), 14);
+  for (i32 index : {15, 14}) table.stop(index);
 }
 
 }  // namespace
