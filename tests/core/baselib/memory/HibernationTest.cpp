@@ -86,7 +86,9 @@ const ChangeRow kChangeRows[] = {
        return true;
      },
      "cba"},
-    {"AsksForAnotherRound", [](Member&, Member&, Ref<Member>&) { return !BMemoryManager::drainMemory(1); }, "cba"},
+    {"AsksForAnotherRound",
+     [](Member& self, Member&, Ref<Member>&) { return self.told().size() > 20 || !BMemoryManager::drainMemory(1); },
+     "cba"},
     {"ReleasesItself", [](Member& self, Member&, Ref<Member>&) { return self.release(); }, "cba"},
     {"Throws", [](Member&, Member&, Ref<Member>&) -> bool { throw 1; }, "cb"},
 };

@@ -240,7 +240,11 @@ TEST(SystemPool, OnlyTheNullOfAllocLeavesTheLockHeld) {
   void* const block = system.alloc(10);
   EXPECT_EQ(system.realloc(block, 0xF0000000), nullptr);
   EXPECT_FALSE(isHeldByThisThread());
-  EXPECT_EQ(system.realloc(block, 0), nullptr);  // freed, no failure
+  {
+    const testing::HeapFaults heap;
+    EXPECT_EQ(system.realloc(block, 0), nullptr);  // freed, no failure
+    EXPECT_EQ(heap.liveBlocks(), -1);
+  }
   EXPECT_FALSE(isHeldByThisThread());
 
   void* const small = classes->alloc(10);
