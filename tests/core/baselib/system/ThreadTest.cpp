@@ -42,6 +42,7 @@ TEST(Thread, StartsOnceRunsAndIsJoined) {
       [go](Worker& self) {
         EXPECT_FALSE(self.join());  // not itself
         WaitForSingleObject(go, INFINITE);
+        Sleep(50);
       },
       L"indexer");
   EXPECT_EQ(std::wstring_view(worker->name()), L"indexer");
