@@ -122,7 +122,7 @@ TEST(Hibernation, MembersThatChangeTheList) {
 // Each thread fills its blocks with what they alone have, and looks before it frees them.
 TEST(Hibernation, EightThreadsShareThePools) {
   const auto classes = make<BSizeClassMemoryPool>();
-  const auto fixed = make<BFixedMemoryPool>(48);
+  const auto fixed = make<BFixedMemoryPool>(48u);
   std::string told;
   const auto member = make<Member>(told, 'a', [](Member&) { return BMemoryManager::hibernatePools(true); });
   std::atomic<int> damaged{0};

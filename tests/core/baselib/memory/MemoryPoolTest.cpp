@@ -106,7 +106,7 @@ TEST(SizeClassPool, ReallocKeepsContentOverEveryClass) {
 
 // What relies on it: readers of the counters know that they drift with requests below the block size.
 TEST(FixedPool, CountsRequestsInAndWholeBlocksOut) {
-  const auto fixed = make<BFixedMemoryPool>(20);
+  const auto fixed = make<BFixedMemoryPool>(20u);
   void* const block = fixed->alloc(10);
   EXPECT_EQ(fixed->handedOutBytes(), 10u);
   fixed->free(block);
@@ -168,7 +168,7 @@ class SlicePool : public BMemoryPool {
 // handed out next.
 TEST(FixedPool, CompactionReleasesFreeChunksAndOrdersTheRest) {
   const auto parent = make<SlicePool>(std::vector<int>{3, 0, 5, 1, 4});
-  const auto fixed = make<BFixedMemoryPool>(20, parent.get());
+  const auto fixed = make<BFixedMemoryPool>(20u, parent.get());
   std::vector<char*> blocks;
   for (int i = 0; i < 5 * 16; ++i) blocks.push_back(static_cast<char*>(fixed->alloc(20)));
   const auto at = [&](int slice, int block) { return parent->slice(slice) + 12 + 20 * block; };
@@ -196,7 +196,7 @@ TEST(FixedPool, CompactionReleasesFreeChunksAndOrdersTheRest) {
 }
 
 TEST(FixedPoolDeathTest, DebugBuildsRefuseMoreThanABlock) {
-  EXPECT_EXIT(make<BFixedMemoryPool>(20)->alloc(21), ::testing::ExitedWithCode(3), "block size");
+  EXPECT_EXIT(make<BFixedMemoryPool>(20u)->alloc(21), ::testing::ExitedWithCode(3), "block size");
 }
 
 TEST(ReserveHibernateBuffer, EqualCapacityGrowsAgain) {

@@ -97,7 +97,7 @@ BMemoryPool& systemPool() { return *BMemoryManager::getSystemPool(); }
 void hibernatablesGiveBack() {
   FakeShell shell;
   const auto newest = make<Holder>(8 * kMegabyte);
-  const auto last = make<Holder>(1);
+  const auto last = make<Holder>(1u);
   const FullAddressSpace full;
   const bool isFull = _smalloc(4 * kMegabyte) == nullptr;
   void* const block = systemPool().alloc(4 * kMegabyte);
@@ -128,7 +128,7 @@ void theUserIsAskedUntilThereIsRoom() {
 
 void nullIsReturnedWhereAllowed() {
   FakeShell shell;
-  const auto holder = make<Holder>(1);
+  const auto holder = make<Holder>(1u);
   const auto fixed = make<BFixedMemoryPool>(kMegabyte);
   const auto classes = make<BSizeClassMemoryPool>();
   BMemoryManager::allowNULLreturn(true);
@@ -183,9 +183,9 @@ TEST(MemoryPressureDeathTest, Scenarios) {
 
 // What is still registered when the manager goes finds no lock any more, and touches none.
 bool isSilentAfterTheEnd() {
-  const auto holder = make<Holder>(64);
+  const auto holder = make<Holder>(64u);
   const auto classes = make<BSizeClassMemoryPool>();
-  const auto fixed = make<BFixedMemoryPool>(20);
+  const auto fixed = make<BFixedMemoryPool>(20u);
   void* const block = fixed->alloc(20);
   void* const small = classes->alloc(20);
   memory::endManager();
