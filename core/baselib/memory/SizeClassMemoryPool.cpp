@@ -55,6 +55,7 @@ BSizeClassMemoryPool::~BSizeClassMemoryPool() {
   BMemoryManager::unregisterPool(this);
 }
 
+// Deliberate: registered like every pool, so a request for a fixed pool of one of these sizes may get it.
 BFixedMemoryPool* BSizeClassMemoryPool::subPool(u32 sizeClass) {
   BFixedMemoryPool*& one = subPools_[sizeClass];
   if (one) [[likely]]
@@ -118,6 +119,7 @@ void* BSizeClassMemoryPool::realloc(void* block, u32 sizeBytes) {
   return larger;
 }
 
+// Deliberate: the raw block. Callers that want to fill a block subtract the class word.
 u32 BSizeClassMemoryPool::blockSize(void* block) {
   if (!block) return 0;
   const u32 sizeClass = classWord(block);

@@ -222,6 +222,14 @@ TEST(RegisterPool, UnknownIsRefusedAndTheStaticNodeServesOnce) {
   EXPECT_EQ(heap.liveBlocks(), 1);
 }
 
+// What relies on it: nothing; callers whose numbers come from outside check them first.
+TEST(SystemPool, TheProductOfAnArrayIsNotChecked) {
+  BMemoryPool& system = *BMemoryManager::getSystemPool();
+  void* const block = system.allocArray(0x10001, 0x10000);
+  EXPECT_EQ(system.blockSize(block), 0x10000u);
+  system.free(block);
+}
+
 bool isHeldByThisThread() { return allocCSProc().heldCount() != 0; }
 
 // What relies on it: callers that allow null returns leave the lock themselves.
