@@ -3,6 +3,7 @@
 #include "core/baselib/memory/MemoryShell.h"
 #include "core/baselib/system/TimerTable.h"
 
+#include <new>
 #include <utility>
 
 #include <windows.h>
@@ -75,9 +76,16 @@ struct Queue {
 // At once when there is no shell: a program that uses this room alone has one thread that matters.
 bool onShellThread(void (*function)(void*), i32 argument = 0) {
   void* const passed = reinterpret_cast<void*>(static_cast<std::intptr_t>(argument));
-  if (IMemoryShell* const shell = memoryShell()) return shell->runOnShellThread(function, passed);
-  function(passed);
-  return true;
+  IMemoryShell* const shell = memoryShell();
+  if (!shell) {
+    function(passed);
+    return true;
+  }
+  try {
+    return shell->runOnShellThread(function, passed);
+  } catch (const std::bad_alloc&) {  // the next `add` or tick tries again
+    return false;
+  }
 }
 
 i32 timerOf(void* argument) noexcept { return static_cast<i32>(reinterpret_cast<std::intptr_t>(argument)); }

@@ -60,6 +60,7 @@ bool BFixedMemoryPool::grow() {
   ++chunkCount_;
   freeRuns_ = reinterpret_cast<FreeRun*>(chunk + 1);
   *freeRuns_ = {nullptr, payload};
+  *reinterpret_cast<u32*>(freeRuns_ + 1) = 0;  // the run of a new chunk has a third word, nothing reads it
   return true;
 }
 
