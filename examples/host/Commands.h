@@ -11,4 +11,8 @@ int listModules(corvix::IPluginManager& manager);
 // Makes objects of the example plug-ins, uses them and lets them go.
 int runDemo(corvix::IPluginManager& manager);
 
+// Works with pools and a hibernatable, and shows what the memory manager knows of them before and after it is asked
+// to give memory back.
+int showMemory();
+
 }  // namespace host

@@ -26,6 +26,11 @@ int main() {
   app.add_subcommand("demo", "Make objects by name, use them and release them")->callback([&] {
     exitCode = host::runDemo(manager());
   });
+  app.add_subcommand("memory", "Show the memory pools and hibernatables before and after they give memory back")
+      ->callback([&] {
+        manager();  // makes the shell, which is asked when memory runs out
+        exitCode = host::showMemory();
+      });
 
   std::vector<std::string> arguments = host::arguments();
   std::reverse(arguments.begin(), arguments.end());
