@@ -20,4 +20,8 @@ int tellLog();
 // What this run has logged so far.
 int showLog();
 
+// Works with pools and a hibernatable, and shows what the memory manager knows of them before and after it is asked
+// to give memory back.
+int showMemory();
+
 }  // namespace host

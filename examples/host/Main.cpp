@@ -32,6 +32,11 @@ int main() {
   CLI::App* const log = app.add_subcommand("log", "Switch the log of this program on or off, or tell where it is");
   log->add_option("state", state, "on or off, from the next start")->check(CLI::IsMember({"on", "off"}));
   log->callback([&] { exitCode = state.empty() ? host::tellLog() : host::switchLog(state == "on"); });
+  app.add_subcommand("memory", "Show the memory pools and hibernatables before and after they give memory back")
+      ->callback([&] {
+        manager();  // makes the shell, which is asked when memory runs out
+        exitCode = host::showMemory();
+      });
 
   std::vector<std::string> arguments = host::arguments();
   std::reverse(arguments.begin(), arguments.end());
