@@ -11,6 +11,10 @@ int listModules(corvix::IPluginManager& manager);
 // Makes objects of the example plug-ins, uses them and lets them go.
 int runDemo(corvix::IPluginManager& manager);
 
+// Works with pools and a hibernatable, and shows what the memory manager knows of them before and after it is asked
+// to give memory back.
+int showMemory();
+
 // Switches the log of this program on or off, from its next start.
 int switchLog(bool on);
 
@@ -19,9 +23,5 @@ int tellLog();
 
 // What this run has logged so far.
 int showLog();
-
-// Works with pools and a hibernatable, and shows what the memory manager knows of them before and after it is asked
-// to give memory back.
-int showMemory();
 
 }  // namespace host
