@@ -5,8 +5,15 @@ set(CORVIX_PUBLIC_HEADERS
     core/baselib/identity/IdentityWalk.h
     core/baselib/identity/RttiSupport.h
     core/baselib/identity/StypeInfo.h
+    core/baselib/memory/AutoRealizePool.h
+    core/baselib/memory/FixedMemoryPool.h
     core/baselib/memory/Heap.h
     core/baselib/memory/HeapAllocated.h
+    core/baselib/memory/Hibernatable.h
+    core/baselib/memory/MemoryManager.h
+    core/baselib/memory/MemoryPool.h
+    core/baselib/memory/SizeClassMemoryPool.h
+    core/baselib/memory/SystemMemoryPool.h
     core/baselib/objects/Collection.h
     core/baselib/objects/GlobalData.h
     core/baselib/objects/GlobalSender.h
@@ -14,7 +21,23 @@ set(CORVIX_PUBLIC_HEADERS
     core/baselib/objects/Ref.h
     core/baselib/objects/SmartObject.h
     core/baselib/objects/Transportable.h
+    core/baselib/streams/ChunkInputStream.h
+    core/baselib/streams/FileInputStream.h
+    core/baselib/streams/FileOutputStream.h
+    core/baselib/streams/ForwardInputStream.h
+    core/baselib/streams/InputStream.h
+    core/baselib/streams/MemoryInputStream.h
+    core/baselib/streams/MemoryOutputStream.h
+    core/baselib/streams/OutputStream.h
+    core/baselib/streams/RandomAccess.h
+    core/baselib/streams/RandomAccessInputStream.h
+    core/baselib/streams/Stream.h
+    core/baselib/streams/TempStorage.h
     core/baselib/system/CriticalSection.h
+    core/baselib/system/Exception.h
+    core/baselib/system/Log.h
+    core/baselib/system/Thread.h
+    core/baselib/system/TimerTable.h
     core/baselib/text/StringHash.h
     core/baselib/text/WideString.h
     core/xml/XmlNode.h
@@ -33,13 +56,37 @@ set(CORVIX_PUBLIC_HEADERS
 add_library(corvix-objects OBJECT
     core/baselib/identity/ParseClassWords.cpp
     core/baselib/identity/StypeInfo.cpp
+    core/baselib/memory/AutoRealizePool.cpp
+    core/baselib/memory/FixedMemoryPool.cpp
     core/baselib/memory/Heap.cpp
+    core/baselib/memory/Hibernatable.cpp
+    core/baselib/memory/ManagerState.cpp
+    core/baselib/memory/MemoryManager.cpp
+    core/baselib/memory/MemoryPool.cpp
+    core/baselib/memory/SizeClassMemoryPool.cpp
+    core/baselib/memory/SystemMemoryPool.cpp
     core/baselib/objects/GlobalData.cpp
     core/baselib/objects/GlobalSender.cpp
     core/baselib/objects/NotifySender.cpp
     core/baselib/objects/SmartObject.cpp
+    core/baselib/streams/ChunkInputStream.cpp
+    core/baselib/streams/FileInputStream.cpp
+    core/baselib/streams/FileOutputStream.cpp
+    core/baselib/streams/ForwardInputStream.cpp
+    core/baselib/streams/InputStream.cpp
+    core/baselib/streams/MemoryInputStream.cpp
+    core/baselib/streams/MemoryOutputStream.cpp
+    core/baselib/streams/OutputStream.cpp
+    core/baselib/streams/RandomAccessInputStream.cpp
+    core/baselib/streams/RangedFile.cpp
+    core/baselib/streams/TempStorage.cpp
     core/baselib/system/CriticalSection.cpp
+    core/baselib/system/Exception.cpp
     core/baselib/system/KernelFile.cpp
+    core/baselib/system/Log.cpp
+    core/baselib/system/RegistryKey.cpp
+    core/baselib/system/Thread.cpp
+    core/baselib/system/TimerTable.cpp
     core/baselib/text/StringHash.cpp
     core/xml/XmlNode.cpp
     core/xml/XmlbinReader.cpp
@@ -75,6 +122,7 @@ add_library(corvix-objects OBJECT
     shell/KShell.cpp
     shell/LibraryModule.cpp
     shell/PluginModule.cpp
+    shell/ShellThread.cpp
     shell/modules/ModuleFile.cpp
     shell/modules/PeImage.cpp)
 target_compile_definitions(corvix-objects PUBLIC CORVIX_BUILDING PRIVATE UNICODE _UNICODE WIN32_LEAN_AND_MEAN NOMINMAX _WIN32_WINNT=0x0601)

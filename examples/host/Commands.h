@@ -19,4 +19,17 @@ int drawToFile(corvix::IPluginManager& manager, const std::string& file);
 // The same in a window, until the user closes it; or by itself, when the seconds are above 0.
 int showWindow(corvix::IPluginManager& manager, double closeAfterSeconds);
 
+// Works with pools and a hibernatable, and shows what the memory manager knows of them before and after it is asked
+// to give memory back.
+int showMemory();
+
+// Switches the log of this program on or off, from its next start.
+int switchLog(bool on);
+
+// Whether the log is on, and where it is.
+int tellLog();
+
+// What this run has logged so far.
+int showLog();
+
 }  // namespace host

@@ -14,6 +14,8 @@ int main() {
   app.allow_windows_style_options(false);  // a path may begin with a slash
   bool unattended = false;
   app.add_flag("--unattended", unattended, "Show no message boxes: nobody is there to answer them");
+  bool withLog = false;
+  app.add_flag("--show-log", withLog, "At the end, show what this run has logged");
 
   const auto manager = [&]() -> corvix::IPluginManager& {
     corvix::IShell& shell = *corvix::IShell::getInstance();
@@ -27,6 +29,15 @@ int main() {
   app.add_subcommand("demo", "Make objects by name, use them and release them")->callback([&] {
     exitCode = host::runDemo(manager());
   });
+  app.add_subcommand("memory", "Show the memory pools and hibernatables before and after they give memory back")
+      ->callback([&] {
+        manager();  // makes the shell, which is asked when memory runs out
+        exitCode = host::showMemory();
+      });
+  std::string state;
+  CLI::App* const log = app.add_subcommand("log", "Switch the log of this program on or off, or tell where it is");
+  log->add_option("state", state, "on or off, from the next start")->check(CLI::IsMember({"on", "off"}));
+  log->callback([&] { exitCode = state.empty() ? host::tellLog() : host::switchLog(state == "on"); });
 
   std::string file;
   CLI::App& draw = *app.add_subcommand("draw", "Draw a test page through GDI and GDI+ into a PNG file");
@@ -45,6 +56,7 @@ int main() {
       host::listModules(manager());
       exitCode = host::runDemo(manager());
     }
+    if (withLog) host::showLog();
   } catch (const CLI::ParseError& error) {
     return app.exit(error);
   } catch (const std::exception& exception) {

@@ -40,11 +40,11 @@ bool capsAndJoins(IAGDC& page, const Box& box, IPagePart*) {
 }
 
 bool dashes(IAGDC& page, const Box& box, IPagePart*) {
-  const std::vector<double> patterns[] = {{12, 6}, {3, 5}, {16, 4, 4, 4}, {0, 9}};
+  const std::vector<double> patterns[] = {{12, 6}, {3, 5}, {16, 4, 4, 4}, {1, 9}};
   bool isDrawn = page.setStrokeColor(kWarm) && page.setLineWidth(4);
   double y = box.top + 10;
   for (const auto& pattern : patterns) {
-    isDrawn = page.setLineCap(pattern[0] == 0 ? kCapRound : kCapFlat) &&
+    isDrawn = page.setLineCap(pattern[0] == 1 ? kCapRound : kCapFlat) &&
               page.setDash(pattern.data(), static_cast<i32>(pattern.size()), 0) && page.moveTo(box.left + 6, y) &&
               page.curveTo(box.left + 50, y - 16, box.left + 90, y + 16, box.right - 6, y) && isDrawn;
     y += 22;

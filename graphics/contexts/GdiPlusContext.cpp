@@ -182,8 +182,8 @@ bool AGDC::selectHairlinePen() {
 
 double AGDC::greatestCoordinate() const noexcept { return FLT_MAX; }
 
-// GDI+ has no dashes of length 0, whose caps are dots. And an emulation that ignores pen transforms ignores where a dash
-// begins, too.
+// GDI+ has no dashes of length 0, whose caps are dots. And an emulation that ignores pen transforms ignores where a
+// dash begins, too.
 bool AGDC::cutsDashes() noexcept {
   return std::find(line_.dashes.begin(), line_.dashes.end(), 0.0) != line_.dashes.end() ||
          (line_.dashPhase != 0 && !gdiplus::penTransformsWork());
