@@ -15,8 +15,11 @@ set(CORVIX_PUBLIC_HEADERS
     core/baselib/objects/SmartObject.h
     core/baselib/objects/Transportable.h
     core/baselib/system/CriticalSection.h
+    core/baselib/text/NumberText.h
     core/baselib/text/StringHash.h
+    core/baselib/text/Variant.h
     core/baselib/text/WideString.h
+    core/settings/Settings.h
     core/xml/XmlNode.h
     core/xml/XmlbinReader.h
     shell/ClassFactory.h
@@ -34,7 +37,9 @@ add_library(corvix-objects OBJECT
     core/baselib/objects/SmartObject.cpp
     core/baselib/system/CriticalSection.cpp
     core/baselib/system/KernelFile.cpp
+    core/baselib/text/NumberText.cpp
     core/baselib/text/StringHash.cpp
+    core/baselib/text/Variant.cpp
     core/xml/XmlNode.cpp
     core/xml/XmlbinReader.cpp
     shell/Attributes.cpp
