@@ -36,13 +36,18 @@ add_library(corvix-objects OBJECT
     core/baselib/objects/NotifySender.cpp
     core/baselib/objects/SmartObject.cpp
     core/baselib/system/CriticalSection.cpp
+    core/baselib/system/ApplicationKey.cpp
     core/baselib/system/KernelFile.cpp
+    core/baselib/system/RegistryKey.cpp
     core/baselib/text/NumberText.cpp
     core/baselib/text/StringHash.cpp
     core/baselib/text/Variant.cpp
+    core/settings/BSettings.cpp
+    core/settings/SettingText.cpp
+    core/settings/SettingsRegistry.cpp
+    core/xml/Attributes.cpp
     core/xml/XmlNode.cpp
     core/xml/XmlbinReader.cpp
-    shell/Attributes.cpp
     shell/KClassFactoryLocal.cpp
     shell/KPluginManager.cpp
     shell/KShell.cpp

@@ -44,7 +44,7 @@ class Variant {
       case Tag::Text:
         return a.text_ == b.text_;
       case Tag::Float:
-        return !(a.float_ < b.float_) && !(a.float_ > b.float_);
+        return a.float_ == b.float_;
       case Tag::Integer:
         return a.integer_ == b.integer_;
       case Tag::Bool:

@@ -1,4 +1,4 @@
-#include "shell/Attributes_p.h"
+#include "core/xml/Attributes_p.h"
 
 #include <algorithm>
 

@@ -10,6 +10,11 @@ namespace corvix {
 
 class Attributes {
  public:
+  struct Attribute {
+    WideString name;
+    WideString value;
+  };
+
   Attributes() = default;
   explicit Attributes(const XMLNodeNode& element);
 
@@ -17,11 +22,10 @@ class Attributes {
   const wchar_t* find(std::wstring_view name) const noexcept;
   const wchar_t* findAnyCase(std::wstring_view name) const noexcept;
 
+  // In document order.
+  const std::vector<Attribute>& all() const noexcept { return all_; }
+
  private:
-  struct Attribute {
-    WideString name;
-    WideString value;
-  };
   std::vector<Attribute> all_;
 };
 
