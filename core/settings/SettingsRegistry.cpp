@@ -18,18 +18,16 @@ std::wstring keyPathOf(const WideString& group, const WideString& item) {
   return path.append(L"\\").append(item.view());
 }
 
-void createSetting(const wchar_t* keyPath, const Attributes& declared, const WideString& standard) {
-  const RegistryKey key = createRegistryKey(HKEY_CURRENT_USER, keyPath, KEY_WRITE);
+void createSetting(const std::wstring& keyPath, const Attributes& declared, const WideString& standard) {
+  const RegistryKey key = RegistryKey::create(HKEY_CURRENT_USER, keyPath, KEY_WRITE);
   if (!key) return;
-  writeRegistryText(key, L"DefaultValue", standard);
-  for (const Attributes::Attribute& attribute : declared.all())
-    writeRegistryText(key, attribute.name.c_str(), attribute.value);
+  key.setText(L"DefaultValue", standard);
+  for (const Attributes::Attribute& attribute : declared.all()) key.setText(attribute.name.c_str(), attribute.value);
 }
 
-SettingTexts readOrCreate(const wchar_t* keyPath, const Attributes& declared) {
-  if (const RegistryKey key = openRegistryKey(HKEY_CURRENT_USER, keyPath, KEY_READ)) {
-    return {readRegistryText(key, L"Data"), readRegistryText(key, L"DefaultValue"), readRegistryText(key, L"Type"),
-            readRegistryText(key, L"Values")};
+SettingTexts readOrCreate(const std::wstring& keyPath, const Attributes& declared) {
+  if (const RegistryKey key = RegistryKey::open(HKEY_CURRENT_USER, keyPath, KEY_READ)) {
+    return {key.text(L"Data"), key.text(L"DefaultValue"), key.text(L"Type"), key.text(L"Values")};
   }
   const WideString data = declared.find(L"Data");
   createSetting(keyPath, declared, data);
@@ -41,8 +39,8 @@ SettingTexts readOrCreate(const wchar_t* keyPath, const Attributes& declared) {
 void SettingsRegistry::registerSetting(const Attributes& declared, IBSettings& settings) {
   const WideString group = declared.find(L"Group");
   const WideString item = declared.find(L"Item");
-  WideString keyPath = keyPathOf(group, item);
-  const SettingTexts texts = readOrCreate(keyPath.c_str(), declared);
+  std::wstring keyPath = keyPathOf(group, item);
+  const SettingTexts texts = readOrCreate(keyPath, declared);
   records_.push_back({std::move(keyPath), group, item});
 
   for (const Attributes::Attribute& attribute : declared.all())
@@ -57,13 +55,13 @@ void SettingsRegistry::registerSetting(const Attributes& declared, IBSettings& s
 i32 SettingsRegistry::saveAll(const IBSettings& settings) const {
   i32 written = 0;
   for (const Record& record : records_) {
-    const RegistryKey key = openRegistryKey(HKEY_CURRENT_USER, record.keyPath.c_str(), kSaveAccess);
+    const RegistryKey key = RegistryKey::open(HKEY_CURRENT_USER, record.keyPath, kSaveAccess);
     if (!key) continue;
-    const WideString type = readRegistryText(key, L"Type");
-    const WideString values = readRegistryText(key, L"Values");
+    const WideString type = key.text(L"Type");
+    const WideString values = key.text(L"Values");
     const auto write = [&](bool isThere, const Variant& value, const wchar_t* name) {
       const std::optional<WideString> text = isThere ? writeSetting(value, type, values) : std::nullopt;
-      return !text || writeRegistryText(key, name, *text);
+      return !text || key.setText(name, *text);
     };
     Variant current;
     Variant standard;

@@ -6,6 +6,7 @@
 #include "core/settings/Settings.h"
 #include "core/xml/Attributes_p.h"
 
+#include <string>
 #include <vector>
 
 namespace corvix {
@@ -24,7 +25,7 @@ class SettingsRegistry {
 
  private:
   struct Record {
-    WideString keyPath;
+    std::wstring keyPath;
     WideString group;
     WideString item;
   };

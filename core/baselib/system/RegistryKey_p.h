@@ -1,4 +1,5 @@
-// Keys of the registry, owned. Failures are answered by an empty key, an empty text or false; nothing throws.
+// RegistryKey: a key of the registry, owned. Reading takes nothing on trust: a value of another type or size
+// than asked for is no value.
 #pragma once
 
 #include "core/baselib/Api.h"
@@ -6,6 +7,7 @@
 #include "core/baselib/text/WideString.h"
 
 #include <optional>
+#include <string>
 
 #include <windows.h>
 
@@ -16,18 +18,36 @@ struct CloseRegistryKey {
   static Handle none() noexcept { return nullptr; }
   static void close(Handle handle) noexcept { RegCloseKey(handle); }
 };
-using RegistryKey = OwningHandle<CloseRegistryKey>;
+using RegistryHandle = OwningHandle<CloseRegistryKey>;
 
-RegistryKey openRegistryKey(HKEY root, const wchar_t* path, REGSAM access) noexcept;
-RegistryKey createRegistryKey(HKEY root, const wchar_t* path, REGSAM access) noexcept;
+class RegistryKey {
+ public:
+  RegistryKey() noexcept = default;
+  explicit RegistryKey(HKEY key) noexcept : key_(key) {}
 
-// Up to the first zero, terminated in the registry or not. Empty when the value is missing, is no string, or is
-// longer than a mebibyte.
-WideString readRegistryText(const RegistryKey& key, const wchar_t* name);
+  // Empty if it does not exist, must not be opened, or has a name that no key can have.
+  static RegistryKey open(HKEY parent, const std::wstring& path, REGSAM access) noexcept;
 
-// Nothing when the value is missing or no double word.
-std::optional<u32> readRegistryNumber(const RegistryKey& key, const wchar_t* name) noexcept;
+  // Opens it too if it exists.
+  static RegistryKey create(HKEY parent, const std::wstring& path, REGSAM access) noexcept;
 
-bool writeRegistryText(const RegistryKey& key, const wchar_t* name, const WideString& text) noexcept;
+  explicit operator bool() const noexcept { return static_cast<bool>(key_); }
+  HKEY get() const noexcept { return key_.get(); }
+  [[nodiscard]] HKEY release() noexcept { return key_.release(); }
+
+  std::optional<u32> number(const wchar_t* name) const noexcept;
+  bool setNumber(const wchar_t* name, u32 value) const noexcept;
+
+  // A string value up to its first zero, whether it is terminated or not. Empty when there is none or when it
+  // is longer than a mebibyte.
+  WideString text(const wchar_t* name) const;
+  bool setText(const wchar_t* name, const WideString& text) const noexcept;
+
+ private:
+  RegistryHandle key_;
+};
+
+// Where, under HKEY_CURRENT_USER, everything of an executable is kept.
+std::wstring registryPathOf(const std::wstring& executable);
 
 }  // namespace corvix

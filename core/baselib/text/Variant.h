@@ -13,6 +13,7 @@ class Variant {
 
   Variant() noexcept = default;
   Variant(std::wstring_view text) : tag_(Tag::Text), text_(text) {}
+  Variant(const std::wstring& text) : tag_(Tag::Text), text_(text) {}
   Variant(const wchar_t* text) : tag_(Tag::Text), text_(text) {}
   Variant(WideString text) noexcept : tag_(Tag::Text), text_(std::move(text)) {}
   Variant(double number) noexcept : tag_(Tag::Float), float_(number) {}
