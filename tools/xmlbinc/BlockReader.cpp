@@ -73,8 +73,8 @@ class BlockReader {
     const auto children = static_cast<std::int32_t>(u32("a child count"));
     if (children <= 0) return 0;
     if (static_cast<std::uint32_t>(children) > left() / kSmallestNodeBytes) {
-      throw InputError(offset, std::to_string(children) + " children are announced, but only " +
-                                   std::to_string(left()) + " bytes are left");
+      throw InputError(offset, "child count " + std::to_string(children) + ", but only " + std::to_string(left()) +
+                                   " bytes are left");
     }
     return static_cast<std::uint32_t>(children);
   }
@@ -84,8 +84,8 @@ class BlockReader {
     const std::uint32_t n = u32("a string's length");
     if (n > 0x7FFFFFFF) return reference(0U - n, offset);
     if (n > left() / 2) {
-      throw InputError(offset, "a string of " + std::to_string(n) + " characters is announced, but only " +
-                                   std::to_string(left()) + " bytes are left");
+      throw InputError(offset, "string length " + std::to_string(n) + ", but only " + std::to_string(left()) +
+                                   " bytes are left");
     }
     std::u16string text(n, u'\0');
     for (char16_t& unit : text) {

@@ -9,9 +9,9 @@ namespace corvix::xmlbinc {
 inline constexpr std::size_t kMaxDepth = 1000;
 
 /// Size of a descriptor as XML, read or written.
-inline constexpr std::size_t kMaxXmlBytes = std::size_t{16} << 20;
+inline constexpr std::size_t kMaxXmlBytes = std::size_t{8} << 20;
 
-/// Size of a block. The block of an XML text is at most about three times as long as the text.
-inline constexpr std::size_t kMaxBlockBytes = std::size_t{64} << 20;
+/// Size of a block. That of an XML text is at most about four times as long as the text.
+inline constexpr std::size_t kMaxBlockBytes = 5 * kMaxXmlBytes;
 
 }  // namespace corvix::xmlbinc

@@ -43,9 +43,8 @@ bool within(const Ranges& ranges, char32_t c) {
 }  // namespace
 
 bool isXmlChar(char32_t c) {
-  constexpr auto kChars =
-      std::to_array<Range>({{0x9, 0xA}, {0xD, 0xD}, {0x20, 0xD7FF}, {0xE000, 0xFFFD}, {0x10000, 0x10FFFF}});
-  return within(kChars, c);
+  if (c < 0x20) return c == '\t' || c == '\n' || c == '\r';
+  return c < 0xD800 || (c >= 0xE000 && c <= 0x10FFFF && c != 0xFFFE && c != 0xFFFF);
 }
 
 bool isXmlSpace(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }

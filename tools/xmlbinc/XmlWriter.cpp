@@ -44,7 +44,9 @@ class XmlWriter {
       checkSize(tree_.nodes[i], 0);
     }
     closeUntil(static_cast<std::uint32_t>(tree_.nodes.size()));
-    return std::move(out_) + "\n";
+    out_ += '\n';
+    checkSize(tree_.nodes[0], 0);
+    return std::move(out_);
   }
 
  private:
@@ -73,17 +75,17 @@ class XmlWriter {
     }
     beginContent(false);
     out_ += '<' + xmlName(element);
-    writeAttributes(index);
-    open_.push_back({index, hasText(index) || (!open_.empty() && open_.back().inLine), true, false});
+    const bool inLine = !open_.empty() && open_.back().inLine;
+    open_.push_back({index, inLine || hasText(index), true, false});
+    writeAttributes(index, inLine);
   }
 
-  /// On one line if they fit, else on one line each.
-  void writeAttributes(std::uint32_t index) {
+  /// On one line if they fit or must, else on one line each.
+  void writeAttributes(std::uint32_t index, bool inLine) {
     const std::uint32_t end = tree_.nodes[index].end;
-    const std::size_t start = out_.rfind('\n') + 1;
     std::vector<std::string> attributes;
     std::unordered_set<std::string> names;
-    std::size_t width = out_.size() - start;
+    std::size_t width = 2 * open_.size() + 1 + tree_.name(tree_.nodes[index]).size();
     for (std::uint32_t i = index + 1; i < end && tree_.nodes[i].type == NodeType::Attribute; ++i) {
       const Node& attribute = tree_.nodes[i];
       std::string text = xmlName(attribute);
@@ -95,13 +97,12 @@ class XmlWriter {
       checkSize(attribute, width);
       attributes.push_back(std::move(text));
     }
-    const bool inLine = !open_.empty() && open_.back().inLine;
     const bool onOneLine = inLine || width <= kLineWidth || attributes.size() < 2;
     for (const std::string& attribute : attributes) {
       if (onOneLine) {
         out_ += ' ';
       } else {
-        newLine(2);
+        newLine(1);
       }
       out_ += attribute;
     }
@@ -191,7 +192,7 @@ class XmlWriter {
   void checkSize(const Node& node, std::size_t coming) const {
     if (out_.size() + coming <= kMaxXmlBytes) return;
     throw InputError(node.offset,
-                     "too large: as XML, this is more than " + std::to_string(kMaxXmlBytes) + " bytes");
+                     "too large: written as XML, this has more than " + std::to_string(kMaxXmlBytes) + " bytes");
   }
 
   [[noreturn]] void fail(const Node& node, const std::string& problem) const {

@@ -17,15 +17,15 @@ struct Bases {};
 template <class Class>
 class InfoOf final : public stype_info {
  public:
-  InfoOf() noexcept : stype_info(Class::kClassWords) {}
+  constexpr InfoOf() noexcept : stype_info(Class::kClassWords) {}
   const char* className() const noexcept override { return Class::className(); }
   const wchar_t* classNameW() const noexcept override { return Class::classNameW(); }
 };
 
-// One instance a module, complete on the first call even while other statics are still being made.
+// One instance a module, complete before any code of the module runs.
 template <class Class>
 const stype_info& infoOf() noexcept {
-  static const InfoOf<Class> info;
+  static constexpr InfoOf<Class> info;
   return info;
 }
 

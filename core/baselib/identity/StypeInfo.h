@@ -5,6 +5,7 @@
 
 #include "core/baselib/Api.h"
 
+#include <initializer_list>
 #include <optional>
 
 namespace corvix {
@@ -31,18 +32,13 @@ struct ClassWords {
 CORVIX_API std::optional<ClassWords> parseClassWords(const wchar_t* text, std::size_t length) noexcept;
 
 class stype_info {
- protected:
-  enum class Text { KeepBuilt, Build };
-
  public:
   // 47 characters and a zero: "0x" and eight upper-case digits four times, each but the last followed by a
   // comma, every one by a blank.
   static constexpr std::size_t kTextLength = 47;
 
   // For static objects only: a text that a former construction of the same object built is kept.
-  stype_info(u32 word1, u32 word2, u32 word3, u32 word4) noexcept
-      : stype_info(ClassWords{word1, word2, word3, word4}, Text::KeepBuilt) {}
-  explicit stype_info(const ClassWords& words) noexcept : stype_info(words, Text::KeepBuilt) {}
+  CORVIX_API stype_info(u32 word1, u32 word2, u32 word3, u32 word4) noexcept;
   stype_info(const stype_info&) = delete;
   stype_info& operator=(const stype_info&) = delete;
 
@@ -53,14 +49,28 @@ class stype_info {
   // Null for a null object, else what the object's own `query` answers.
   CORVIX_API virtual void* query(IBRTTISupport* object, const stype_info& wanted, QueryVisitor* visitor) const;
 
-  const ClassWords& words() const noexcept { return words_; }
-  const char* text() const noexcept { return text_; }
+  constexpr const ClassWords& words() const noexcept { return words_; }
+  constexpr const char* text() const noexcept { return text_; }
 
  protected:
-  CORVIX_API stype_info(const ClassWords& words, Text text) noexcept;
+  explicit constexpr stype_info(const ClassWords& words) noexcept : words_(words), text_{} { buildText(); }
   ~stype_info() = default;
 
  private:
+  constexpr void buildText() noexcept {
+    char* at = text_;
+    for (u32 word : {words_.word1, words_.word2, words_.word3, words_.word4}) {
+      *at++ = '0';
+      *at++ = 'x';
+      for (int shift = 28; shift >= 0; shift -= 4) *at++ = "0123456789ABCDEF"[(word >> shift) & 15];
+      *at++ = ',';
+      *at++ = ' ';
+    }
+    // Behind the fourth group there is a blank alone.
+    text_[kTextLength - 1] = ' ';
+    text_[kTextLength] = 0;
+  }
+
   ClassWords words_;
   char text_[kTextLength + 1];
 };
@@ -71,7 +81,7 @@ inline bool operator!=(const stype_info& a, const stype_info& b) noexcept { retu
 // An identifier that stands for no class of the program, of any lifetime: one that was read from a descriptor.
 class PlainIdentifier final : public stype_info {
  public:
-  explicit PlainIdentifier(const ClassWords& words) noexcept : stype_info(words, Text::Build) {}
+  explicit PlainIdentifier(const ClassWords& words) noexcept : stype_info(words) {}
 };
 
 }  // namespace corvix

@@ -22,26 +22,26 @@ struct Item {
 // How often destroyAll looks for values that destructors have set meanwhile.
 constexpr int kDestroyPasses = 8;
 
-// A key is an identifier's text with the name right behind it. It is never put together: the text never
-// changes, so neither does the hash over it, which is kept for the identifiers used last.
+// A key is an identifier's text with the name right behind it. It is never put together: the text follows
+// from the four words, which stand for it in the table, and the hash over it is kept for the identifiers used
+// last.
 class Key {
  public:
   Key(const stype_info& owner, const char* name) noexcept
-      : owner_(owner.text()), name_(name), nameLength_(std::strlen(name)) {
+      : owner_(owner.words()), name_(name), nameLength_(std::strlen(name)) {
     hash_ = text::stringHash(name, nameLength_, ownerHash(owner), stype_info::kTextLength);
   }
 
   u32 hash() const noexcept { return hash_; }
-  u32 length() const noexcept { return static_cast<u32>(stype_info::kTextLength + nameLength_); }
+  u32 length() const noexcept { return static_cast<u32>(sizeof owner_ + nameLength_); }
 
   bool is(const char* key) const noexcept {
-    return std::memcmp(key + stype_info::kTextLength, name_, nameLength_) == 0 &&
-           std::memcmp(key, owner_, stype_info::kTextLength) == 0;
+    return std::memcmp(key, &owner_, sizeof owner_) == 0 && std::memcmp(key + sizeof owner_, name_, nameLength_) == 0;
   }
 
   void write(char* key) const noexcept {
-    std::memcpy(key, owner_, stype_info::kTextLength);
-    std::memcpy(key + stype_info::kTextLength, name_, nameLength_);
+    std::memcpy(key, &owner_, sizeof owner_);
+    std::memcpy(key + sizeof owner_, name_, nameLength_);
   }
 
  private:
@@ -53,12 +53,13 @@ class Key {
   static u32 ownerHash(const stype_info& owner) noexcept {
     static KnownOwner known[64];  // guarded by the registry's lock
     KnownOwner& slot = known[owner.words().word1 & 63];
-    if (slot.words != owner.words() || !slot.hash)
+    if (slot.words != owner.words() || !slot.hash) {
       slot = {owner.words(), text::stringHash(owner.text(), stype_info::kTextLength)};
+    }
     return slot.hash;
   }
 
-  const char* owner_;
+  ClassWords owner_;
   const char* name_;
   std::size_t nameLength_;
   u32 hash_;
@@ -107,15 +108,15 @@ void BGlobalData::setItem(const stype_info& owner, const char* name, void* value
   Registry& all = registry();
   SCriticalSection::Lock lock(all.section);
   const Key key(owner, name);
-  if (const Item* const item = all.find(key)) {
+  Item* item = all.find(key);
+  if (item && item->value && item->destructor) {
     item->destroy();
     // The destructor may have called back: what it did to this very entry is overwritten, and if it
     // emptied the registry the value is entered anew.
-    if (Item* const again = all.find(key)) {
-      *again = {value, destructor};
-    } else {
-      all.add(key, {value, destructor});
-    }
+    item = all.find(key);
+  }
+  if (item) {
+    *item = {value, destructor};
   } else {
     all.add(key, {value, destructor});
   }

@@ -15,102 +15,85 @@ struct ListenerEntry {
   i32 priority;
 };
 
-namespace {
-
-using Listeners = std::vector<IBTransportable*, HeapAllocator<IBTransportable*>>;
-
-}  // namespace
-
-class Delivery;
-
 // The sentinel of the circle of entries.
 struct ListenerList : HeapAllocated {
   ListenerEntry ends{&ends, &ends, nullptr, 0};
   std::atomic<u32> count{0};
-  bool hasDuplicates = false;      // once true, true for good: it only costs the short cut
-  std::atomic<u32> version{0};     // counts the changes
-  Delivery* deliveries = nullptr;  // under way, the newest first
+  std::atomic<u32> version{0};  // counts the changes
+  bool hasDuplicates = false;   // once true, true for good: it only costs the short cut
+  bool isOrphaned = false;      // its sender is gone, the last delivery under way frees it
+  u32 begun = 0;                // deliveries
+  std::atomic<u32> ended{0};
 
-  ~ListenerList() {
+  ~ListenerList() { clear(); }
+
+  void clear() noexcept {
     for (ListenerEntry* entry = ends.next; entry != &ends;) {
       ListenerEntry* next = entry->next;
       _sfree(entry);
       entry = next;
     }
+    ends.next = ends.previous = &ends;
+    count.store(0, std::memory_order_relaxed);
+    version.fetch_add(1, std::memory_order_release);
   }
 };
 
-// One delivery under way. It works through a copy of the list and looks at the list again, under the lock,
-// only when the list has changed; what is told to whom is the same as if it looked before every step.
-class Delivery {
- public:
-  Delivery(ListenerList& list) : list_(&list), next_(list.deliveries) {
-    list.deliveries = this;
-    version_ = list.version.load(std::memory_order_relaxed);
-    if (list.count > kInPlace) copy_.resize(list.count);
-    pending_ = copy_.empty() ? inPlace_ : copy_.data();
-    for (ListenerEntry* entry = list.ends.next; entry != &list.ends; entry = entry->next) {
-      if (!list.hasDuplicates || !isPending(entry->listener)) pending_[pendingCount_++] = entry->listener;
-    }
-  }
-
-  ~Delivery() {
-    SCriticalSection::Lock lock(dataCSProc());
-    if (!list_) return;
-    Delivery** link = &list_->deliveries;
-    while (*link != this) link = &(*link)->next_;
-    *link = next_;
-  }
-
-  Delivery(const Delivery&) = delete;
-  Delivery& operator=(const Delivery&) = delete;
-
-  Delivery* next() const noexcept { return next_; }
-  void senderGone() noexcept { list_ = nullptr; }
-
-  // The listener whose turn it is, or null at the end.
-  IBTransportable* take() {
-    if (!list_) return nullptr;
-    if (list_->version.load(std::memory_order_acquire) != version_) lookAgain();
-    return position_ == pendingCount_ ? nullptr : pending_[position_++];
-  }
-
- private:
-  static constexpr u32 kInPlace = 32;
-
-  bool isPending(IBTransportable* listener) const noexcept {
-    return std::find(pending_, pending_ + pendingCount_, listener) != pending_ + pendingCount_;
-  }
-
-  void lookAgain() {
-    SCriticalSection::Lock lock(dataCSProc());
-    served_.insert(served_.end(), pending_, pending_ + position_);
-    std::sort(served_.begin(), served_.end());
-    version_ = list_->version.load(std::memory_order_relaxed);
-    Listeners fresh;
-    fresh.reserve(list_->count);
-    for (ListenerEntry* entry = list_->ends.next; entry != &list_->ends; entry = entry->next) {
-      IBTransportable* const listener = entry->listener;
-      if (std::binary_search(served_.begin(), served_.end(), listener)) continue;
-      if (list_->hasDuplicates && std::find(fresh.begin(), fresh.end(), listener) != fresh.end()) continue;
-      fresh.push_back(listener);
-    }
-    copy_ = std::move(fresh);
-    pending_ = copy_.data();
-    pendingCount_ = static_cast<u32>(copy_.size());
-    position_ = 0;
-  }
-
-  ListenerList* list_;
-  Delivery* next_;
-  u32 version_;
-  u32 position_ = 0;
-  u32 pendingCount_ = 0;
-  IBTransportable** pending_;
-  IBTransportable* inPlace_[kInPlace];
-  Listeners copy_;
-  Listeners served_;  // those told before the last look, sorted
+struct Delivery::Pending : HeapAllocated {
+  using Listeners = std::vector<IBTransportable*, HeapAllocator<IBTransportable*>>;
+  Listeners listeners;
+  Listeners served;  // sorted
 };
+
+void Delivery::begin(BNotifySender& sender) {
+  SCriticalSection::Lock lock(dataCSProc());
+  ListenerList* const list = sender.list_.load(std::memory_order_relaxed);
+  const u32 count = list ? list->count.load(std::memory_order_relaxed) : 0;
+  if (!count) return;
+  at_ = inPlace_;
+  if (count > kInPlace) {
+    more_ = new Pending;
+    more_->listeners.resize(count);
+    at_ = more_->listeners.data();
+  }
+  end_ = at_;
+  for (ListenerEntry* entry = list->ends.next; entry != &list->ends; entry = entry->next) {
+    if (!list->hasDuplicates || std::find(at_, end_, entry->listener) == end_) *end_++ = entry->listener;
+  }
+  version_ = &list->version;
+  seenVersion_ = list->version.load(std::memory_order_relaxed);
+  ++list->begun;
+  list_ = list;
+}
+
+void Delivery::end() noexcept {
+  delete more_;
+  const u32 ended = list_->ended.fetch_add(1, std::memory_order_acq_rel) + 1;
+  if (list_->isOrphaned && ended == list_->begun) delete list_;
+}
+
+void Delivery::lookAgain() {
+  SCriticalSection::Lock lock(dataCSProc());
+  if (!more_) more_ = new Pending;
+  Pending::Listeners& served = more_->served;
+  IBTransportable** const first = more_->listeners.empty() ? inPlace_ : more_->listeners.data();
+  served.insert(served.end(), first, at_);
+  std::sort(served.begin(), served.end());
+  seenVersion_ = version_->load(std::memory_order_relaxed);
+  Pending::Listeners fresh;
+  fresh.reserve(list_->count.load(std::memory_order_relaxed) + 1);  // never empty: its place tells where we are
+  for (ListenerEntry* entry = list_->ends.next; entry != &list_->ends; entry = entry->next) {
+    IBTransportable* const listener = entry->listener;
+    if (std::binary_search(served.begin(), served.end(), listener)) continue;
+    if (list_->hasDuplicates && std::find(fresh.begin(), fresh.end(), listener) != fresh.end()) continue;
+    fresh.push_back(listener);
+  }
+  const std::size_t count = fresh.size();
+  fresh.resize(count + 1);
+  more_->listeners = std::move(fresh);
+  at_ = more_->listeners.data();
+  end_ = at_ + count;
+}
 
 // Lives until the process ends: objects that go late still tell their listeners.
 SCriticalSection& dataCSProc() noexcept {
@@ -123,10 +106,11 @@ BNotifySender::~BNotifySender() {
   ListenerList* const list = list_.load(std::memory_order_relaxed);
   if (!list) return;
   SCriticalSection::Lock lock(dataCSProc());
-  for (Delivery* delivery = list->deliveries; delivery; delivery = delivery->next()) delivery->senderGone();
   // A static sender may be asked again after its end: it then has no listeners.
   list_.store(nullptr, std::memory_order_relaxed);
-  delete list;
+  list->clear();
+  list->isOrphaned = true;
+  if (list->ended.load(std::memory_order_acquire) == list->begun) delete list;
 }
 
 void BNotifySender::addListener(IBTransportable* listener, i32 priority) {
@@ -169,19 +153,8 @@ u32 BNotifySender::listenerCount() const noexcept {
 }
 
 int BNotifySender::broadcast(void* argument1, void* argument2, Deliver deliver) {
-  if (!list_.load(std::memory_order_acquire)) return notify::kGoOn;
-  int result = notify::kGoOn;
-  SCriticalSection::Lock lock(dataCSProc());
-  ListenerList* const list = list_.load(std::memory_order_relaxed);
-  if (!list || !list->count) return notify::kGoOn;
-  Delivery delivery(*list);
-  lock.release();
-  while (IBTransportable* listener = delivery.take()) {
-    const int answer = deliver(argument1, argument2, listener);
-    if (answer == notify::kStop) return notify::kStop;
-    if (answer == notify::kTaken) result = notify::kTaken;
-  }
-  return result;
+  return broadcastTo<IBTransportable>(
+      *this, [=](IBTransportable& listener) { return deliver(argument1, argument2, &listener); });
 }
 
 }  // namespace corvix

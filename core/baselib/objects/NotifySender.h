@@ -23,6 +23,7 @@ constexpr int kTaken = 2;  // the event is marked as taken, delivery goes on
 }  // namespace notify
 
 struct ListenerList;
+class Delivery;
 
 class CORVIX_API BNotifySender : public virtual IBRTTISupport {
   CORVIX_IDENTITY(BNotifySender, 0x58F2A3C1, 0x4D0E96B7, 0xA2C4517E, 0x91B83D06)
@@ -35,7 +36,8 @@ class CORVIX_API BNotifySender : public virtual IBRTTISupport {
   BNotifySender(const BNotifySender&) = delete;
   BNotifySender& operator=(const BNotifySender&) = delete;
 
-  // Calls no listener. A delivery that is under way on this sender ends after the current handler.
+  // Calls no listener. A delivery that is under way on this sender, on this thread, ends after the current
+  // handler.
   ~BNotifySender();
 
   // Behind every listener of the same or a smaller priority. A listener may be added twice; it is still told
@@ -53,15 +55,58 @@ class CORVIX_API BNotifySender : public virtual IBRTTISupport {
   int broadcast(void* argument1, void* argument2, Deliver deliver);
 
  private:
+  friend class Delivery;
   std::atomic<ListenerList*> list_{nullptr};
+};
+
+// One delivery under way. It works through a copy of the list and looks at the list again, under the lock,
+// only when the list has changed; what is told to whom is the same as if it looked before every step.
+class Delivery {
+ public:
+  explicit Delivery(BNotifySender& sender) {
+    if (sender.list_.load(std::memory_order_acquire)) begin(sender);
+  }
+  ~Delivery() {
+    if (list_) end();
+  }
+  Delivery(const Delivery&) = delete;
+  Delivery& operator=(const Delivery&) = delete;
+
+  // The listener whose turn it is, or null at the end.
+  IBTransportable* next() {
+    if (!list_) return nullptr;
+    if (version_->load(std::memory_order_acquire) != seenVersion_) lookAgain();
+    return at_ == end_ ? nullptr : *at_++;
+  }
+
+ private:
+  static constexpr u32 kInPlace = 32;
+  struct Pending;
+
+  CORVIX_API void begin(BNotifySender& sender);
+  CORVIX_API void end() noexcept;
+  CORVIX_API void lookAgain();
+
+  ListenerList* list_ = nullptr;
+  const std::atomic<u32>* version_;
+  u32 seenVersion_;
+  IBTransportable** at_;
+  IBTransportable** end_;
+  Pending* more_ = nullptr;  // what does not fit here, and who was told before the list changed
+  IBTransportable* inPlace_[kInPlace];
 };
 
 // `broadcast` for a callable that takes the listener as a Listener&.
 template <class Listener, class Call>
 int broadcastTo(BNotifySender& sender, Call call) {
-  return sender.broadcast(&call, nullptr, [](void* callable, void*, IBTransportable* listener) {
-    return (*static_cast<Call*>(callable))(*static_cast<Listener*>(listener));
-  });
+  int result = notify::kGoOn;
+  Delivery delivery(sender);
+  while (IBTransportable* listener = delivery.next()) {
+    const int answer = call(*static_cast<Listener*>(listener));
+    if (answer == notify::kStop) return notify::kStop;
+    if (answer == notify::kTaken) result = notify::kTaken;
+  }
+  return result;
 }
 
 }  // namespace corvix

@@ -77,16 +77,14 @@ TEST(BlockReader, NamesTheByteAtWhichABlockIsWrong) {
       {Bytes().u32(4).string(u"a").bytes(), "10: node type 4; there are 0 to 3"},
       {Bytes().u32(0xFFFFFFFF).string(u"a").bytes(), "10: node type 4294967295; there are 0 to 3"},
       {Bytes().u32(2).bytes(), "14: the block ends in a string's length"},
-      {Bytes().u32(2).u32(1).bytes() + "a",
-       "14: a string of 1 characters is announced, but only 1 bytes are left"},
-      {Bytes().u32(2).u32(0x7FFFFFFF).bytes(),
-       "14: a string of 2147483647 characters is announced, but only 0 bytes are left"},
+      {Bytes().u32(2).u32(1).bytes() + "a", "14: string length 1, but only 1 bytes are left"},
+      {Bytes().u32(2).u32(0x7FFFFFFF).bytes(), "14: string length 2147483647, but only 0 bytes are left"},
       {Bytes().u32(2).string(u"a").bytes(), "20: the block ends in a child count"},
-      {Bytes().element(u"a", 1).bytes(), "20: 1 children are announced, but only 0 bytes are left"},
+      {Bytes().element(u"a", 1).bytes(), "20: child count 1, but only 0 bytes are left"},
       {Bytes().element(u"a", 0x7FFFFFFF).text(u"b").bytes(),
-       "20: 2147483647 children are announced, but only 10 bytes are left"},
+       "20: child count 2147483647, but only 10 bytes are left"},
       {Bytes().element(u"a", 1).u32(3).string(u"b").u32(9).bytes(),
-       "34: a string of 9 characters is announced, but only 0 bytes are left"},
+       "34: string length 9, but only 0 bytes are left"},
       {Bytes().u32(2).back(1).bytes(), "14: reference to string 1, but only 0 were before it"},
       {Bytes().element(u"a", 1).u32(3).back(1).back(2).bytes(),
        "32: reference to string 2, but only 1 were before it"},
@@ -107,7 +105,7 @@ TEST(BlockReader, SurvivesAMillionNestedElements) {
   Bytes block;
   block.element(u"a", 1);
   for (int i = 2; i < 1'000'000; ++i) block.u32(2).back(1).u32(1);
-  EXPECT_NE(decompileError(block.bytes()).find("the block ends in a node's type"), std::string::npos);
+  EXPECT_NE(decompileError(block.bytes()).find("child count 1, but only 0"), std::string::npos);
   const std::string closed = block.text(u"").bytes();
   EXPECT_EQ(readBlock(closed).tree.nodes.size(), 1'000'000U);
   EXPECT_NE(decompileError(closed).find("nested too deeply"), std::string::npos);

@@ -1,4 +1,5 @@
 #include "tests/tools/xmlbinc/XmlbincTesting.h"
+#include "tools/xmlbinc/Limits.h"
 
 #include <gtest/gtest.h>
 
@@ -25,7 +26,7 @@ TEST(XmlReader, SaysWhereAndWhatIsWrong) {
       {"<a b='1'c='2'/>", "1:9: white space is missing before \"c\""},
       {"<a b=1/>", "1:6: an attribute's value is not in quotes"},
       {"<a b/>", "1:5: an attribute's name is not followed by \"=\""},
-      {"<a / >", "1:5: the tag goes on with neither an attribute nor its end"},
+      {"<a / ></a>", "1:5: the tag goes on with neither an attribute nor its end"},
       {"<a b='1>", "1:6: the value is not ended by a quote"},
       {"<a b='1>\n<c/>", "2:1: \"<\" in a value: write &lt;, or is the closing quote missing?"},
       {"<a 1='1'/>", "1:4: \"1\" is not a name"},
@@ -72,7 +73,7 @@ TEST(XmlReader, SaysWhereAndWhatIsWrong) {
        "1:2: the character U+0000 is not allowed in XML; UTF-16 without a byte order mark is not recognised"},
       {std::string("\xFE\xFF\0<\xD8\0\0>", 8), "1:2: not valid UTF-16: half a surrogate pair"},
       {std::string("\xFF\xFE<\0a\0/\0>", 9), "1:4: not valid UTF-16: the file has an odd number of bytes"},
-      {std::string((16 << 20) + 1, ' '), "1:1: too large: a descriptor has at most 16777216 bytes"},
+      {std::string(kMaxXmlBytes + 1, ' '), "1:1: too large: a descriptor has at most 8388608 bytes"},
   };
   for (const Row& row : rows) EXPECT_EQ(compileError(row.xml), row.error) << row.xml.substr(0, 80);
 }

@@ -1,0 +1,62 @@
+// The harness: two ways of doing the same work, taken in turns until the ratio between them is steady.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace corvix::bench {
+
+struct Row {
+  std::string area;
+  std::string name;
+  std::string peer;
+  double oursNs = 0;  // a single operation, median of the rounds
+  double peerNs = 0;  // likewise
+  double ratio = 0;   // ours / peer, median over the rounds
+  double wanted = 0;  // at most; 0 when the row is only told
+};
+
+// Does `count` operations.
+using Work = std::function<void(std::uint64_t count)>;
+
+class Report {
+ public:
+  // Measures and prints a row. `wanted` is the ratio aimed at.
+  void compare(const std::string& name, const std::string& peer, double wanted, const Work& ours, const Work& theirs);
+
+  // A row whose figures were counted or measured by other means, in any unit.
+  void add(const std::string& name, const std::string& peer, double wanted, double ours, double theirs);
+
+  void startArea(std::string area);
+  const std::vector<Row>& rows() const noexcept { return rows_; }
+
+ private:
+  void print(const Row& row) const;
+
+  std::string area_;
+  std::vector<Row> rows_;
+};
+
+// An area of rows, run in the order of the names: `const Area area{"query", measureQuery};` at file level.
+struct Area {
+  Area(const char* areaName, void (*areaRun)(Report&));
+  const char* name;
+  void (*run)(Report&);
+  const Area* next;
+  static const Area* first;
+};
+
+// Keeps the compiler from knowing, or from leaving out, what a value is.
+template <class T>
+inline void keep(T& value) {
+#if defined(_MSC_VER)
+  static volatile const void* sink;
+  sink = &value;
+#else
+  asm volatile("" : "+m"(value) : : "memory");
+#endif
+}
+
+}  // namespace corvix::bench

@@ -1,0 +1,72 @@
+// Making an object by interface name against a hand-written map of factories for the same object. This program
+// is its own plug-in module: it carries a descriptor and exports a class factory.
+#include "bench/Bench.h"
+#include "core/xml/XmlbinReader.h"
+#include "shell/Plugin.h"
+
+#include <functional>
+#include <map>
+#include <stdexcept>
+#include <string>
+#include <unordered_map>
+
+#include <windows.h>
+
+namespace corvix::bench {
+namespace {
+
+class Object final : public BSmartObject {
+  CORVIX_IDENTITY(Object, 0x30000001, 0x5F0A, 0x77, 0x1, BSmartObject)
+};
+
+constexpr wchar_t kName[] = L"Bench.Object";
+
+IPluginManager& managerWithThisProgram() {
+  IPluginManager& manager = *IShell::getInstance()->pluginManager();
+  const HMODULE program = GetModuleHandleW(nullptr);
+  HRSRC__* const resource = FindResourceW(program, L"PLUGININFO", L"PLUGININFO");
+  const auto root =
+      Ref<XMLNode>::adopt(readXmlbin(LockResource(LoadResource(program, resource)), SizeofResource(program, resource)));
+  if (!manager.registerDescriptor(program, root.get()))
+    throw std::runtime_error("this program's descriptor is not readable");
+  return manager;
+}
+
+void measureCreate(Report& report) {
+  IPluginManager& manager = managerWithThisProgram();
+  std::unordered_map<std::wstring, std::function<IBSmartObject*()>> factories;
+  std::map<std::wstring, std::function<IBSmartObject*()>> sorted;
+  const auto make = [] { return new Object; };
+  factories[kName] = make;
+  sorted[kName] = make;
+  for (i32 i = 0; i < manager.interfaceCount(); ++i) {
+    factories.emplace(manager.interfaceAt(i)->name(), make);
+    sorted.emplace(manager.interfaceAt(i)->name(), make);
+  }
+
+  const auto byManager = [&](std::uint64_t n) {
+    for (std::uint64_t i = 0; i < n; ++i) {
+      IBSmartObject* object = manager.createObject(kName);
+      keep(object);
+      object->release();
+    }
+  };
+  const auto byMap = [](auto& map) {
+    return [&map](std::uint64_t n) {
+      for (std::uint64_t i = 0; i < n; ++i) {
+        IBSmartObject* object = map.find(kName)->second();
+        keep(object);
+        object->release();
+      }
+    };
+  };
+  report.compare("create by name and release", "std::unordered_map of functions", 1.0, byManager, byMap(factories));
+  report.compare("create by name and release", "std::map of functions", 1.0, byManager, byMap(sorted));
+}
+
+const Area area{"creation", measureCreate};
+
+}  // namespace
+}  // namespace corvix::bench
+
+CORVIX_PLUGIN({L"Bench.Object", []() -> corvix::IBSmartObject* { return new corvix::bench::Object; }})

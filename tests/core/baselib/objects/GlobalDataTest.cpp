@@ -1,0 +1,124 @@
+#include "core/baselib/objects/GlobalData.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "core/baselib/objects/GlobalData_p.h"
+#include "core/baselib/objects/SmartObject.h"
+
+namespace corvix {
+namespace {
+
+const stype_info& kOwner = IBSmartObject::classInfo();
+const stype_info& kOtherOwner = BSmartObject::classInfo();
+
+std::vector<void*> destroyed;
+void note(void* value) { destroyed.push_back(value); }
+
+int one, two;
+
+class GlobalDataTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    BGlobalData::destroyAll();
+    destroyed.clear();
+  }
+  void TearDown() override { BGlobalData::destroyAll(); }
+};
+
+TEST_F(GlobalDataTest, UnknownKeysReadNull) {
+  BGlobalData::setItem(kOwner, "a", &one, nullptr);
+  for (const char* name : {"", "A", "aa", "b"}) EXPECT_EQ(BGlobalData::getItem(kOwner, name), nullptr) << name;
+  EXPECT_EQ(BGlobalData::getItem(kOtherOwner, "a"), nullptr);
+}
+
+TEST_F(GlobalDataTest, OneNameUnderTwoClassesIsTwoItems) {
+  BGlobalData::setItem(kOwner, "a", &one, nullptr);
+  BGlobalData::setItem(kOtherOwner, "a", &two, nullptr);
+  EXPECT_EQ(BGlobalData::getItem(kOwner, "a"), &one);
+  EXPECT_EQ(BGlobalData::getItem(kOtherOwner, "a"), &two);
+}
+
+struct ReplaceRow {
+  const char* why;
+  void* first;
+  BGlobalData::Destructor destructor;
+  void* second;
+  std::vector<void*> expected;
+};
+
+TEST_F(GlobalDataTest, ReplacingCallsTheFirstDestructor) {
+  const ReplaceRow rows[] = {
+      {"value and destructor", &one, note, &two, {&one}},
+      {"the same pointer again", &one, note, &one, {&one}},
+      {"replaced by nothing", &one, note, nullptr, {&one}},
+      {"no destructor", &one, nullptr, &two, {}},
+      {"no value", nullptr, note, &two, {}},
+  };
+  for (const ReplaceRow& row : rows) {
+    SetUp();
+    BGlobalData::setItem(kOwner, "a", row.first, row.destructor);
+    BGlobalData::setItem(kOwner, "a", row.second, nullptr);
+    EXPECT_EQ(destroyed, row.expected) << row.why;
+    EXPECT_EQ(BGlobalData::getItem(kOwner, "a"), row.second) << row.why;
+  }
+}
+
+TEST_F(GlobalDataTest, DestroyAllCallsEveryDestructorOnceAndForgets) {
+  std::vector<int> values(300);
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    BGlobalData::setItem(kOwner, std::to_string(i).c_str(), &values[i], note);
+  }
+  BGlobalData::destroyAll();
+  EXPECT_EQ(destroyed.size(), values.size());
+  std::sort(destroyed.begin(), destroyed.end());
+  EXPECT_EQ(std::unique(destroyed.begin(), destroyed.end()), destroyed.end());
+  EXPECT_EQ(BGlobalData::getItem(kOwner, "0"), nullptr);
+  BGlobalData::destroyAll();
+  EXPECT_EQ(destroyed.size(), values.size());
+}
+
+void setAnother(void* value) {
+  note(value);
+  BGlobalData::setItem(kOwner, "late", &two, note);
+}
+
+void destroyAgain(void* value) {
+  note(value);
+  BGlobalData::destroyAll();
+}
+
+TEST_F(GlobalDataTest, DestructorsMayCallBack) {
+  for (int i = 0; i < 100; ++i)
+    BGlobalData::setItem(kOwner, std::to_string(i).c_str(), &one, i == 50 ? setAnother : note);
+  BGlobalData::destroyAll();
+  EXPECT_EQ(destroyed.size(), 101u) << "what a destructor sets is destroyed too";
+  EXPECT_EQ(BGlobalData::getItem(kOwner, "late"), nullptr);
+
+  SetUp();
+  BGlobalData::setItem(kOwner, "a", &one, destroyAgain);
+  BGlobalData::setItem(kOwner, "b", &two, destroyAgain);
+  BGlobalData::destroyAll();
+  EXPECT_EQ(destroyed.size(), 2u);
+
+  SetUp();
+  BGlobalData::setItem(kOwner, "a", &one, destroyAgain);
+  BGlobalData::setItem(kOwner, "a", &two, nullptr);  // the replaced value's destructor empties the registry
+  EXPECT_EQ(BGlobalData::getItem(kOwner, "a"), &two);
+}
+
+// In a process of its own: the bucket count never shrinks.
+TEST(GlobalDataGrowthTest, TheSeventySecondItemDoublesTheBuckets) {
+  BGlobalData::destroyAll();
+  if (globalDataBuckets() != 64) GTEST_SKIP() << "another test of this process has filled the registry before";
+  for (int i = 0; i < 71; ++i) BGlobalData::setItem(kOwner, std::to_string(i).c_str(), &one, nullptr);
+  EXPECT_EQ(globalDataBuckets(), 64u);
+  BGlobalData::setItem(kOwner, "71", &one, nullptr);
+  EXPECT_EQ(globalDataBuckets(), 128u);
+  for (int i = 0; i < 72; ++i) EXPECT_EQ(BGlobalData::getItem(kOwner, std::to_string(i).c_str()), &one) << i;
+}
+
+}  // namespace
+}  // namespace corvix

@@ -1,0 +1,1 @@
+__declspec(dllexport) int absentHelper() { return 1; }

@@ -1,0 +1,1 @@
+// Its descriptor is a resource without a byte.

@@ -1,0 +1,3 @@
+#include "shell/Plugin.h"
+
+extern "C" CORVIX_EXPORT corvix::BClassFactory* queryClassFactoryLocal() { return nullptr; }

@@ -1,0 +1,3 @@
+#include <windows.h>
+
+BOOL WINAPI DllMain(HINSTANCE, DWORD, void*) { return FALSE; }

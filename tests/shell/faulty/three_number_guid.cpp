@@ -1,0 +1,3 @@
+#include "shell/Plugin.h"
+
+CORVIX_PLUGIN({L"Faulty.three_number_guid", corvix::create<corvix::BSmartObject>})
