@@ -22,9 +22,16 @@ set(CORVIX_PUBLIC_HEADERS
     core/settings/Settings.h
     core/xml/XmlNode.h
     core/xml/XmlbinReader.h
+    shell/Actions.h
     shell/ClassFactory.h
+    shell/CommandLine.h
+    shell/Documents.h
+    shell/GlobalEvent.h
+    shell/Gui.h
+    shell/Notifications.h
     shell/Plugin.h
     shell/PluginManager.h
+    shell/Progress.h
     shell/Shell.h)
 
 add_library(corvix-objects OBJECT
@@ -48,11 +55,16 @@ add_library(corvix-objects OBJECT
     core/xml/Attributes.cpp
     core/xml/XmlNode.cpp
     core/xml/XmlbinReader.cpp
+    shell/KActionManager.cpp
     shell/KClassFactoryLocal.cpp
     shell/KPluginManager.cpp
     shell/KShell.cpp
+    shell/KShellCommandLine.cpp
+    shell/KShellNotifications.cpp
     shell/LibraryModule.cpp
+    shell/Notifications.cpp
     shell/PluginModule.cpp
+    shell/TaskQueue.cpp
     shell/modules/ModuleFile.cpp
     shell/modules/PeImage.cpp)
 target_compile_definitions(corvix-objects PUBLIC CORVIX_BUILDING PRIVATE UNICODE _UNICODE WIN32_LEAN_AND_MEAN NOMINMAX _WIN32_WINNT=0x0601)

@@ -8,6 +8,9 @@
 
 namespace corvix {
 
+// Letters of the alphabet only.
+bool equalInAnyCase(std::wstring_view a, std::wstring_view b) noexcept;
+
 class Attributes {
  public:
   struct Attribute {
@@ -21,6 +24,8 @@ class Attributes {
   // Null when there is none; when a name stands twice, the first. Letter case counts in `find` only.
   const wchar_t* find(std::wstring_view name) const noexcept;
   const wchar_t* findAnyCase(std::wstring_view name) const noexcept;
+
+  void add(WideString name, WideString value) { all_.push_back({std::move(name), std::move(value)}); }
 
   // In document order.
   const std::vector<Attribute>& all() const noexcept { return all_; }

@@ -1,0 +1,84 @@
+#include "shell/TaskQueue_p.h"
+
+#include "shell/LibraryModule_p.h"
+
+namespace corvix {
+
+namespace {
+
+constexpr wchar_t kClassName[] = L"Corvix.TaskQueue";
+constexpr UINT kWake = WM_APP;
+
+using Lock = SCriticalSection::Lock;
+
+}  // namespace
+
+TaskQueue::TaskQueue() {
+  const HINSTANCE module = libraryModule() ? static_cast<HINSTANCE>(libraryModule()) : GetModuleHandleW(nullptr);
+  WNDCLASSW windowClass{};
+  windowClass.lpfnWndProc = onMessage;
+  windowClass.hInstance = module;
+  windowClass.lpszClassName = kClassName;
+  RegisterClassW(&windowClass);
+  window_ = CreateWindowExW(0, kClassName, nullptr, 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, module, nullptr);
+  if (window_) SetWindowLongPtrW(window_, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
+}
+
+TaskQueue::~TaskQueue() {
+  if (!window_) return;
+  SetWindowLongPtrW(window_, GWLP_USERDATA, 0);
+  DestroyWindow(window_);
+}
+
+bool TaskQueue::add(void (*function)(void*), void* argument) {
+  Lock lock(section_);
+  if (isClosed_) return false;
+  waiting_.push_back({function, argument});
+  wake();
+  return true;
+}
+
+void TaskQueue::wake() noexcept {
+  if (window_) PostMessageW(window_, kWake, 0, 0);
+}
+
+bool TaskQueue::runOne() {
+  Lock lock(section_);
+  if (waiting_.empty()) return false;
+  const Task task = waiting_.front();
+  waiting_.pop_front();
+  lock.release();
+  try {
+    task.function(task.argument);
+  } catch (...) {
+    // Nobody is left to catch it: the system's frames do not pass it on.
+  }
+  return true;
+}
+
+void TaskQueue::runWaiting() {
+  std::size_t count;
+  {
+    Lock lock(section_);
+    count = waiting_.size();
+  }
+  while (count-- && runOne()) {
+  }
+}
+
+void TaskQueue::close() {
+  {
+    Lock lock(section_);
+    isClosed_ = true;
+  }
+  while (runOne()) {
+  }
+}
+
+LRESULT CALLBACK TaskQueue::onMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept {
+  if (message != kWake) return DefWindowProcW(window, message, wParam, lParam);
+  if (auto* const queue = reinterpret_cast<TaskQueue*>(GetWindowLongPtrW(window, GWLP_USERDATA))) queue->runWaiting();
+  return 0;
+}
+
+}  // namespace corvix
