@@ -59,8 +59,8 @@ void* findInBases([[maybe_unused]] Class* self, [[maybe_unused]] const stype_inf
 
 template <class Class>
 inline void* find(Class* self, const stype_info& wanted) noexcept {
-  return wanted.words() == Class::kClassWords ? static_cast<void*>(self)
-                                              : findInBases(self, wanted, typename Class::IdentityBases{});
+  constexpr ClassWords own = Class::kClassWords;  // a copy: an imported class does not export the constant
+  return wanted.words() == own ? static_cast<void*>(self) : findInBases(self, wanted, typename Class::IdentityBases{});
 }
 
 enum class Walk {
@@ -87,8 +87,9 @@ Walk walkBases([[maybe_unused]] Class* self, [[maybe_unused]] const stype_info& 
 template <class Class>
 Walk walk(Class* self, const stype_info& wanted, QueryVisitor& visitor, void*& result) {
   enterClass(visitor, Class::classInfo(), self);
+  constexpr ClassWords own = Class::kClassWords;
   Walk outcome = Walk::FoundNull;
-  if (wanted.words() != Class::kClassWords) {
+  if (wanted.words() != own) {
     outcome = walkBases(self, wanted, visitor, result, typename Class::IdentityBases{});
   } else if (self) {
     result = self;
