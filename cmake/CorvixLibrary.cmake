@@ -12,6 +12,7 @@ set(CORVIX_PUBLIC_HEADERS
     core/baselib/objects/GlobalSender.h
     core/baselib/objects/NotifySender.h
     core/baselib/objects/Ref.h
+    core/baselib/objects/Singleton.h
     core/baselib/objects/SmartObject.h
     core/baselib/objects/Transportable.h
     core/baselib/system/CriticalSection.h
@@ -32,6 +33,7 @@ set(CORVIX_PUBLIC_HEADERS
     shell/Plugin.h
     shell/PluginManager.h
     shell/Progress.h
+    shell/Services.h
     shell/Shell.h)
 
 add_library(corvix-objects OBJECT
@@ -61,6 +63,7 @@ add_library(corvix-objects OBJECT
     shell/KShell.cpp
     shell/KShellCommandLine.cpp
     shell/KShellNotifications.cpp
+    shell/LibraryClasses.cpp
     shell/LibraryModule.cpp
     shell/Notifications.cpp
     shell/PluginModule.cpp

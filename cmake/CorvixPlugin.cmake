@@ -17,12 +17,14 @@ function(corvix_add_descriptor target xml)
     file(MAKE_DIRECTORY "${folder}")
     if(TARGET xmlbinc)
         set(compiler xmlbinc)
+        set(run xmlbinc)
     else()
         set(compiler Corvix::xmlbinc)
+        set(run ${CMAKE_CROSSCOMPILING_EMULATOR} "$<TARGET_FILE:Corvix::xmlbinc>")
     endif()
     add_custom_command(OUTPUT "${folder}/descriptor.bin"
-        COMMAND ${compiler} ${check} "${xml}" -o "${folder}/descriptor.bin"
-        DEPENDS "${xml}" ${compiler} COMMENT "Compiling descriptor ${xml}" VERBATIM)
+        COMMAND ${run} ${check} "${xml}" -o "${folder}/descriptor.bin"
+        DEPENDS "${xml}" "$<TARGET_FILE:${compiler}>" COMMENT "Compiling descriptor ${xml}" VERBATIM)
     file(CONFIGURE OUTPUT "${folder}/descriptor.rc" CONTENT "PLUGININFO PLUGININFO \"descriptor.bin\"\n" @ONLY)
     set_source_files_properties("${folder}/descriptor.rc" PROPERTIES
         OBJECT_DEPENDS "${folder}/descriptor.bin" INCLUDE_DIRECTORIES "${folder}")
@@ -43,6 +45,7 @@ function(corvix_add_plugin target)
         set_target_properties(${target} PROPERTIES LIBRARY_OUTPUT_DIRECTORY "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/plugins")
     endif()
     if(MINGW AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+        # The library's and every plug-in's run-time is one, so that an exception can cross from one into another.
         target_link_options(${target} PRIVATE -shared-libgcc)
     endif()
 endfunction()

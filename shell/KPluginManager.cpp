@@ -2,7 +2,7 @@
 
 #include "core/baselib/objects/GlobalSender.h"
 #include "core/xml/XmlbinReader.h"
-#include "shell/modules/ModuleFile_p.h"
+#include "shell/modules/ModuleFile.h"
 
 #include <algorithm>
 

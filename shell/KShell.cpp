@@ -4,7 +4,7 @@
 #include "shell/Documents.h"
 #include "shell/Gui.h"
 #include "shell/LibraryModule_p.h"
-#include "shell/modules/ModuleFile_p.h"
+#include "shell/modules/ModuleFile.h"
 
 namespace corvix {
 

@@ -1,7 +1,7 @@
 #include "shell/PluginModule_p.h"
 
 #include "shell/UserAlert_p.h"
-#include "shell/modules/ModuleFile_p.h"
+#include "shell/modules/ModuleFile.h"
 
 #include <exception>
 

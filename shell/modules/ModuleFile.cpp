@@ -1,4 +1,4 @@
-#include "shell/modules/ModuleFile_p.h"
+#include "shell/modules/ModuleFile.h"
 
 #include "shell/modules/GuardedCall_p.h"
 #include "shell/modules/PeImage_p.h"

@@ -1,6 +1,6 @@
 #include "shell/modules/PeImage_p.h"
 
-#include "core/baselib/system/KernelFile_p.h"
+#include "core/baselib/system/KernelFile.h"
 
 #include <algorithm>
 #include <cstring>

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -34,11 +35,21 @@ void write(const fs::path& path, const std::string& bytes) { std::ofstream(path,
 // A folder of its own with copies of modules, some of them damaged on the way.
 class Folder {
  public:
-  Folder() : path_(fs::temp_directory_path() / ("corvix-modules-" + std::to_string(GetCurrentProcessId()))) {
-    fs::create_directories(path_);
+  // A process cannot remove modules that it has loaded: what is left of old runs goes now.
+  Folder() {
+    std::error_code ignored;
+    const auto old = fs::file_time_type::clock::now() - std::chrono::minutes(10);
+    for (const auto& entry : fs::directory_iterator(fs::temp_directory_path())) {
+      if (entry.path().filename().string().starts_with("corvix-modules-") && entry.last_write_time(ignored) < old) {
+        fs::remove_all(entry.path(), ignored);
+      }
+    }
+    int number = 0;
+    do path_ = fs::temp_directory_path() / ("corvix-modules-" + std::to_string(number++));
+    while (!fs::create_directory(path_));
   }
   ~Folder() {
-    std::error_code ignored;  // modules that were loaded stay
+    std::error_code ignored;
     for (const auto& entry : fs::directory_iterator(path_)) fs::remove(entry.path(), ignored);
     fs::remove(path_, ignored);
   }

@@ -63,7 +63,8 @@ class BlockReader {
         builder_.addLeaf(NodeType::Attribute, name, value, offset);
         break;
       }
-      default: builder_.addLeaf(static_cast<NodeType>(type), name, 0, offset);
+      default:
+        builder_.addLeaf(static_cast<NodeType>(type), name, 0, offset);
     }
   }
 
@@ -84,8 +85,8 @@ class BlockReader {
     const std::uint32_t n = u32("a string's length");
     if (n > 0x7FFFFFFF) return reference(0U - n, offset);
     if (n > left() / 2) {
-      throw InputError(offset, "string length " + std::to_string(n) + ", but only " + std::to_string(left()) +
-                                   " bytes are left");
+      throw InputError(
+          offset, "string length " + std::to_string(n) + ", but only " + std::to_string(left()) + " bytes are left");
     }
     std::u16string text(n, u'\0');
     for (char16_t& unit : text) {

@@ -104,9 +104,7 @@ class Program {
 
   std::string place(std::size_t offset) const { return shownInput() + ": byte " + std::to_string(offset) + ": "; }
 
-  std::string shownInput() const {
-    return options_.input == kStandardStream ? "<standard input>" : options_.input;
-  }
+  std::string shownInput() const { return options_.input == kStandardStream ? "<standard input>" : options_.input; }
 
   const Options& options_;
   const Streams& streams_;
@@ -123,8 +121,7 @@ void describe(CLI::App& app, Options& options) {
   auto* check = app.add_flag("--check", options.check,
                              "Warn of what a plug-in descriptor should not have; without -o, nothing is written");
   check->excludes(decompile);
-  app.add_flag("--warnings-as-errors", options.warningsAsErrors,
-               "With --check: fail, and write nothing, on a warning")
+  app.add_flag("--warnings-as-errors", options.warningsAsErrors, "With --check: fail, and write nothing, on a warning")
       ->needs(check);
   app.set_version_flag("--version", "xmlbinc " XMLBINC_VERSION);
   app.footer(

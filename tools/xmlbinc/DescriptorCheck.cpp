@@ -90,8 +90,8 @@ class DescriptorCheck {
       if (rule.parent == parent.name) known.push_back(rule.name);
       if (rule.name != element.name) continue;
       if (rule.parent != parent.name) {
-        findings_.warn(element.offset, quoted(element.name) + " does not belong in " + quoted(parent.name) +
-                                           " and is ignored there");
+        findings_.warn(element.offset,
+                       quoted(element.name) + " does not belong in " + quoted(parent.name) + " and is ignored there");
       } else if (!siblings.insert(rule.name).second && !rule.ifMissing.empty()) {
         findings_.warn(element.offset, "another " + quoted(element.name) + "; only the first is read");
       } else {

@@ -14,13 +14,6 @@ namespace corvix::xmlbinc {
 
 namespace {
 
-std::string lowered(std::string_view text) {
-  std::string lower(text);
-  std::transform(lower.begin(), lower.end(), lower.begin(),
-                 [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c | 0x20) : c; });
-  return lower;
-}
-
 bool contains(std::span<const std::string_view> words, std::string_view word) {
   return std::find(words.begin(), words.end(), word) != words.end();
 }
@@ -61,8 +54,7 @@ void checkIdentifier(const Attribute& attribute, Findings& findings) {
   const std::string label = attribute.name + ' ' + quoted(attribute.value);
   for (std::size_t i = 0; i < identifier.words.size(); ++i) {
     const std::int64_t word = identifier.words[i];
-    if (word >= std::numeric_limits<std::int32_t>::min() && word <= std::numeric_limits<std::uint32_t>::max())
-      continue;
+    if (word >= std::numeric_limits<std::int32_t>::min() && word <= std::numeric_limits<std::uint32_t>::max()) continue;
     findings.warn(attribute.offset, label + ": number " + std::to_string(i + 1) + " does not fit 32 bits");
   }
   if (identifier.words.size() == 4) {
@@ -143,11 +135,10 @@ void checkSetting(const Element& element, Findings& findings) {
     bool (*holds)(std::string_view);
     std::string_view wanted;
   };
-  static constexpr TypeRow kRows[] = {
-      {"integer", isInteger, "a 32-bit number, decimal, or hexadecimal after \"0x\""},
-      {"float", isFloat, "a decimal number"},
-      {"bool", isBool, "\"true\" or \"false\", in small letters"},
-      {"enum", nullptr, ""}};
+  static constexpr TypeRow kRows[] = {{"integer", isInteger, "a 32-bit number, decimal, or hexadecimal after \"0x\""},
+                                      {"float", isFloat, "a decimal number"},
+                                      {"bool", isBool, "\"true\" or \"false\", in small letters"},
+                                      {"enum", nullptr, ""}};
   const std::string_view type = element.value("Type");
   const Attribute* data = element.find("Data");
   for (const TypeRow& row : kRows) {

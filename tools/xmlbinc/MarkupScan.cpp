@@ -54,8 +54,7 @@ class MarkupScan {
 
   std::size_t instruction(std::size_t at) const {
     const std::string_view target = text_.substr(at + 2, text_.find_first_of(" \t\n?", at + 2) - (at + 2));
-    const bool declaration =
-        target.size() == 3 && (target[0] | 0x20) == 'x' && (target[1] | 0x20) == 'm' && (target[2] | 0x20) == 'l';
+    const bool declaration = lowered(target) == "xml";
     if (declaration && (at != 0 || target != "xml")) {
       throw InputError(at, "an XML declaration, \"<?xml\", stands at the very start of a file or nowhere");
     }
@@ -66,10 +65,8 @@ class MarkupScan {
     const std::string_view name = nameAt(at + 2, at);
     if (open_.empty()) throw InputError(at, "nothing is open that " + quoted(name) + " could close");
     if (open_.back().name != name) {
-      const auto opened = text_.begin() + static_cast<std::ptrdiff_t>(open_.back().offset);
-      const auto line = 1 + std::count(text_.begin(), opened, '\n');
       throw InputError(at, "closing tag of " + quoted(name) + ", but " + quoted(open_.back().name) +
-                               ", opened in line " + std::to_string(line) + ", is to be closed first");
+                               ", opened in line " + lineOf(open_.back().offset) + ", is to be closed first");
     }
     open_.pop_back();
     return at + 2 + name.size();
@@ -78,15 +75,14 @@ class MarkupScan {
   std::size_t openingTag(std::size_t at) {
     const std::string_view name = nameAt(at + 1, at);
     if (open_.size() >= kMaxDepth) {
-      throw InputError(
-          at, "nested too deeply: " + std::to_string(kMaxDepth) + " elements inside each other are the most");
+      throw InputError(at,
+                       "nested too deeply: " + std::to_string(kMaxDepth) + " elements inside each other are the most");
     }
     std::size_t i = at + 1 + name.size();
     for (;;) {
       i = text_.find_first_of("\"'<>", i);
       if (i == kNone) notClosed(at);
-      if (text_[i] == '<')
-        throw InputError(i, "\"<\" inside of the tag of " + quoted(name) + "; is a \">\" missing?");
+      if (text_[i] == '<') throw InputError(i, "\"<\" inside of the tag of " + quoted(name) + "; is a \">\" missing?");
       if (text_[i] == '>') break;
       i = value(i);
     }
@@ -104,7 +100,8 @@ class MarkupScan {
     const std::size_t end = text_.find_first_of(stops, quote + 1);
     if (end == kNone) throw InputError(quote, "the value is not ended by a quote");
     if (text_[end] == '<') {
-      throw InputError(end, "\"<\" in a value: write &lt;, or is the closing quote missing?");
+      throw InputError(end, "\"<\" in the value that begins in line " + lineOf(quote) +
+                                ": write &lt;, or is the closing quote missing?");
     }
     return end + 1;
   }
@@ -117,6 +114,10 @@ class MarkupScan {
     if (name.empty()) throw InputError(tag, "\"<\" without a name; write &lt; for the character");
     if (!isXmlName(name)) throw InputError(start, quoted(name) + " is not a name");
     return name;
+  }
+
+  std::string lineOf(std::size_t offset) const {
+    return std::to_string(1 + std::count(text_.begin(), text_.begin() + static_cast<std::ptrdiff_t>(offset), '\n'));
   }
 
   [[noreturn]] static void notClosed(std::size_t tag) { throw InputError(tag, "the tag is not ended by \">\""); }

@@ -1,10 +1,10 @@
 #include "tools/xmlbinc/Platform.h"
 
+#include <windows.h>
 #include <fcntl.h>
 #include <io.h>
-#include <stdio.h>
-#include <windows.h>
 #include <memory>
+#include <stdio.h>
 // after windows.h
 #include <shellapi.h>
 
@@ -26,8 +26,7 @@ std::string toUtf8(const wchar_t* text) {
 /// `argv` is in the system's code page, which lacks letters that file names have.
 std::vector<std::string> commandLineArguments(int, char**) {
   int count = 0;
-  const std::unique_ptr<wchar_t*, decltype(&LocalFree)> wide(CommandLineToArgvW(GetCommandLineW(), &count),
-                                                             &LocalFree);
+  const std::unique_ptr<wchar_t*, decltype(&LocalFree)> wide(CommandLineToArgvW(GetCommandLineW(), &count), &LocalFree);
   std::vector<std::string> arguments;
   for (int i = 1; wide && i < count; ++i) arguments.push_back(toUtf8(wide.get()[i]));
   return arguments;

@@ -4,11 +4,11 @@
 #include "tools/xmlbinc/Limits.h"
 #include "tools/xmlbinc/Unicode.h"
 
-#include <utf8cpp/utf8.h>
 #include <algorithm>
 #include <array>
 #include <cstdio>
 #include <iterator>
+#include <utf8cpp/utf8.h>
 
 namespace corvix::xmlbinc {
 

@@ -1,5 +1,7 @@
 #include "tools/xmlbinc/Suggestion.h"
 
+#include "tools/xmlbinc/Unicode.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <numeric>
@@ -9,21 +11,24 @@ namespace corvix::xmlbinc {
 
 namespace {
 
-char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c | 0x20) : c; }
-
-/// Letters to insert, delete or replace to get from one word to the other; the case of letters is free.
+/// Letters to insert, delete or replace to get from one word to the other.
 std::size_t distance(std::string_view a, std::string_view b) {
   std::vector<std::size_t> row(b.size() + 1);
   std::iota(row.begin(), row.end(), std::size_t{0});
   for (std::size_t i = 0; i < a.size(); ++i) {
     std::size_t diagonal = row[0]++;
     for (std::size_t j = 0; j < b.size(); ++j) {
-      const std::size_t replaced = diagonal + (lower(a[i]) == lower(b[j]) ? 0 : 1);
+      const std::size_t replaced = diagonal + (a[i] == b[j] ? 0 : 1);
       diagonal = row[j + 1];
       row[j + 1] = std::min({replaced, diagonal + 1, row[j] + 1});
     }
   }
   return row.back();
+}
+
+/// "boolean" for "bool", or the other way round.
+bool isLongerForm(std::string_view a, std::string_view b) {
+  return std::min(a.size(), b.size()) >= 3 && (a.starts_with(b) || b.starts_with(a));
 }
 
 }  // namespace
@@ -35,7 +40,9 @@ std::string suggestion(std::string_view word, std::span<const std::string_view> 
   std::size_t least = std::max<std::size_t>(word.size() / 3, 1) + 1;
   for (const std::string_view candidate : known) {
     if (candidate.size() > kLongestWord) continue;
-    const std::size_t found = distance(word, candidate);
+    const std::string a = lowered(word);
+    const std::string b = lowered(candidate);
+    const std::size_t found = isLongerForm(a, b) ? std::min<std::size_t>(distance(a, b), 1) : distance(a, b);
     if (found >= least) continue;
     least = found;
     nearest = candidate;

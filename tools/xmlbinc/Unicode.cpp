@@ -1,10 +1,10 @@
 #include "tools/xmlbinc/Unicode.h"
 
-#include <utf8cpp/utf8.h>
 #include <algorithm>
 #include <array>
 #include <cstdio>
 #include <iterator>
+#include <utf8cpp/utf8.h>
 
 namespace corvix::xmlbinc {
 
@@ -60,6 +60,14 @@ bool isXmlName(std::string_view utf8) {
     if (!within(kNameStart, c) && (first || !within(kNameAlso, c))) return false;
   }
   return !utf8.empty();
+}
+
+std::string lowered(std::string_view text) {
+  std::string lower(text);
+  for (char& c : lower) {
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c | 0x20);
+  }
+  return lower;
 }
 
 void appendUtf8(char32_t c, std::string& utf8) { utf8::append(c, std::back_inserter(utf8)); }

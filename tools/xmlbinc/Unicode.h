@@ -12,6 +12,9 @@ bool isXmlSpace(char c);
 bool isXmlSpace(std::string_view text);
 bool isXmlName(std::string_view utf8);
 
+/// With small letters for the capital ones of ASCII.
+std::string lowered(std::string_view text);
+
 void appendUtf8(char32_t c, std::string& utf8);
 std::u16string toUtf16(std::string_view utf8);
 

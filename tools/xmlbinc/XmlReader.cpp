@@ -22,14 +22,6 @@ using XmlNode = rapidxml::xml_node<char>;
 std::string_view nameOf(const rapidxml::xml_base<char>& node) { return {node.name(), node.name_size()}; }
 std::string_view valueOf(const rapidxml::xml_base<char>& node) { return {node.value(), node.value_size()}; }
 
-std::string lowered(std::string_view text) {
-  std::string lower(text);
-  for (char& c : lower) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c + ('a' - 'A'));
-  }
-  return lower;
-}
-
 /// The parser's messages in words that help an author.
 std::string explained(std::string_view message) {
   struct Row {
@@ -86,8 +78,7 @@ class XmlReader {
   std::size_t offsetOf(const char* at) const { return static_cast<std::size_t>(at - buffer_.data()); }
 
   void parse() {
-    constexpr int kFlags =
-        rapidxml::parse_full | rapidxml::parse_non_destructive | rapidxml::parse_no_element_values;
+    constexpr int kFlags = rapidxml::parse_full | rapidxml::parse_non_destructive | rapidxml::parse_no_element_values;
     try {
       document_->parse<kFlags>(buffer_.data());
     } catch (const rapidxml::parse_error& error) {
@@ -134,8 +125,11 @@ class XmlReader {
         flushText();
         readComment(node, outside);
         break;
-      case rapidxml::node_declaration: checkDeclaration(node); break;
-      default: break;
+      case rapidxml::node_declaration:
+        checkDeclaration(node);
+        break;
+      default:
+        break;
     }
   }
 
@@ -146,11 +140,9 @@ class XmlReader {
          attribute = attribute->next_attribute()) {
       const std::size_t offset = offsetOf(attribute->name());
       const std::string_view name = nameOf(*attribute);
-      if (!isXmlSpace(buffer_[offset - 1]))
-        throw InputError(offset, "white space is missing before " + quoted(name));
+      if (!isXmlSpace(buffer_[offset - 1])) throw InputError(offset, "white space is missing before " + quoted(name));
       if (!isXmlName(name)) throw InputError(offset, quoted(name) + " is not a name");
-      if (!names.insert(name).second)
-        throw InputError(offset, "the attribute " + quoted(name) + " is given twice");
+      if (!names.insert(name).second) throw InputError(offset, "the attribute " + quoted(name) + " is given twice");
       const StringId nameId = builder_.addString(toUtf16(name));
       const StringId valueId = builder_.addString(toUtf16(expand(valueOf(*attribute), true)));
       builder_.addLeaf(NodeType::Attribute, nameId, valueId, offset);
@@ -161,8 +153,7 @@ class XmlReader {
     const std::string_view text = valueOf(comment);
     const std::size_t dashes = text.find("--");
     if (dashes != text.npos) throw InputError(offsetOf(text.data()) + dashes, "\"--\" inside of a comment");
-    if (text.ends_with('-'))
-      throw InputError(offsetOf(text.data()) + text.size() - 1, "a comment ending in \"-\"");
+    if (text.ends_with('-')) throw InputError(offsetOf(text.data()) + text.size() - 1, "a comment ending in \"-\"");
     if (outside) return;
     builder_.addLeaf(NodeType::Comment, builder_.addString(toUtf16(text)), 0, offsetOf(text.data()) - 4);
   }

@@ -4,9 +4,9 @@
 #include "tools/xmlbinc/Limits.h"
 #include "tools/xmlbinc/Unicode.h"
 
-#include <utf8cpp/utf8.h>
 #include <algorithm>
 #include <unordered_set>
+#include <utf8cpp/utf8.h>
 
 namespace corvix::xmlbinc {
 
@@ -22,11 +22,20 @@ void appendEscaped(std::string_view text, std::string_view wanted, std::string& 
       continue;
     }
     switch (c) {
-      case '<': out += "&lt;"; break;
-      case '>': out += "&gt;"; break;
-      case '&': out += "&amp;"; break;
-      case '"': out += "&quot;"; break;
-      default: out += "&#" + std::to_string(static_cast<int>(c)) + ";";
+      case '<':
+        out += "&lt;";
+        break;
+      case '>':
+        out += "&gt;";
+        break;
+      case '&':
+        out += "&amp;";
+        break;
+      case '"':
+        out += "&quot;";
+        break;
+      default:
+        out += "&#" + std::to_string(static_cast<int>(c)) + ";";
     }
   }
 }
@@ -60,10 +69,14 @@ class XmlWriter {
   void write(std::uint32_t index) {
     const Node& node = tree_.nodes[index];
     switch (node.type) {
-      case NodeType::Attribute: return checkAttribute(node);
-      case NodeType::Element: return writeElement(index);
-      case NodeType::Comment: return writeComment(node);
-      case NodeType::Text: return writeText(node);
+      case NodeType::Attribute:
+        return checkAttribute(node);
+      case NodeType::Element:
+        return writeElement(index);
+      case NodeType::Comment:
+        return writeComment(node);
+      case NodeType::Text:
+        return writeText(node);
     }
   }
 
@@ -197,8 +210,7 @@ class XmlWriter {
 
   [[noreturn]] void fail(const Node& node, const std::string& problem) const {
     static constexpr const char* kTypes[] = {"text", "comment", "element", "attribute"};
-    std::string message =
-        std::string("the ") + kTypes[static_cast<int>(node.type)] + ' ' + quoted(tree_.name(node));
+    std::string message = std::string("the ") + kTypes[static_cast<int>(node.type)] + ' ' + quoted(tree_.name(node));
     if (!open_.empty()) message += " in " + quoted(tree_.name(tree_.nodes[open_.back().index]));
     throw InputError(node.offset, message + ' ' + problem);
   }

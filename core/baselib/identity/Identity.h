@@ -13,23 +13,23 @@
 
 #include "core/baselib/identity/IdentityWalk.h"
 
-#define CORVIX_IDENTITY_STATICS(Class, word1, word2, word3, word4, ...)                                   \
- public:                                                                                                  \
-  using IdentityBases = ::corvix::identity::Bases<__VA_ARGS__>;                                           \
-  static constexpr ::corvix::ClassWords kClassWords{word1, word2, word3, word4};                          \
-  static const char* className() noexcept { return #Class; }                                              \
-  static const wchar_t* classNameW() noexcept { return L"" #Class; }                                      \
-  static const ::corvix::stype_info& classInfo() noexcept { return ::corvix::identity::infoOf<Class>(); } \
-                                                                                                          \
- private:
+#define CORVIX_IDENTITY_STATICS(Class, word1, word2, word3, word4)                                     \
+ public:                                                                                               \
+  static constexpr ::corvix::ClassWords classWords() noexcept { return {word1, word2, word3, word4}; } \
+  static const char* className() noexcept { return #Class; }                                           \
+  static const wchar_t* classNameW() noexcept { return L"" #Class; }                                   \
+  static const ::corvix::stype_info& classInfo() noexcept { return ::corvix::identity::infoOf<Class>(); }
 
 // For a class that declares `typeInfo` and `query` itself because nothing above it does.
 #define CORVIX_IDENTITY_ROOT(Class, word1, word2, word3, word4) \
-  CORVIX_IDENTITY_STATICS(Class, word1, word2, word3, word4)
+  CORVIX_IDENTITY_STATICS(Class, word1, word2, word3, word4)    \
+  using IdentityBases = ::corvix::identity::Bases<>;            \
+                                                                \
+ private:
 
 #define CORVIX_IDENTITY(Class, word1, word2, word3, word4, ...)                                         \
-  CORVIX_IDENTITY_STATICS(Class, word1, word2, word3, word4, __VA_ARGS__)                               \
- public:                                                                                                \
+  CORVIX_IDENTITY_STATICS(Class, word1, word2, word3, word4)                                            \
+  using IdentityBases = ::corvix::identity::Bases<__VA_ARGS__>;                                         \
   const ::corvix::stype_info& typeInfo() const noexcept override { return classInfo(); }                \
   void* query(const ::corvix::stype_info& wanted, ::corvix::QueryVisitor* visitor = nullptr) override { \
     return ::corvix::identity::query(this, wanted, visitor);                                            \

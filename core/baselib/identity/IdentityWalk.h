@@ -7,6 +7,7 @@
 
 namespace corvix {
 
+class IBRTTISupport;
 class QueryVisitor;
 
 namespace identity {
@@ -17,7 +18,7 @@ struct Bases {};
 template <class Class>
 class InfoOf final : public stype_info {
  public:
-  constexpr InfoOf() noexcept : stype_info(Class::kClassWords) {}
+  constexpr InfoOf() noexcept : stype_info(Class::classWords()) {}
   const char* className() const noexcept override { return Class::className(); }
   const wchar_t* classNameW() const noexcept override { return Class::classNameW(); }
 };
@@ -58,9 +59,13 @@ void* findInBases([[maybe_unused]] Class* self, [[maybe_unused]] const stype_inf
 }
 
 template <class Class>
-inline void* find(Class* self, const stype_info& wanted) noexcept {
-  constexpr ClassWords own = Class::kClassWords;  // a copy: an imported class does not export the constant
-  return wanted.words() == own ? static_cast<void*>(self) : findInBases(self, wanted, typename Class::IdentityBases{});
+inline void* find([[maybe_unused]] Class* self, [[maybe_unused]] const stype_info& wanted) noexcept {
+  if constexpr (std::is_same_v<Class, IBRTTISupport>) {
+    return nullptr;  // no stop of the walk
+  } else {
+    return wanted.words() == Class::classWords() ? static_cast<void*>(self)
+                                                 : findInBases(self, wanted, typename Class::IdentityBases{});
+  }
 }
 
 enum class Walk {
@@ -85,18 +90,22 @@ Walk walkBases([[maybe_unused]] Class* self, [[maybe_unused]] const stype_info& 
 }
 
 template <class Class>
-Walk walk(Class* self, const stype_info& wanted, QueryVisitor& visitor, void*& result) {
-  enterClass(visitor, Class::classInfo(), self);
-  constexpr ClassWords own = Class::kClassWords;
-  Walk outcome = Walk::FoundNull;
-  if (wanted.words() != own) {
-    outcome = walkBases(self, wanted, visitor, result, typename Class::IdentityBases{});
-  } else if (self) {
-    result = self;
-    outcome = Walk::Found;
+Walk walk([[maybe_unused]] Class* self, [[maybe_unused]] const stype_info& wanted,
+          [[maybe_unused]] QueryVisitor& visitor, [[maybe_unused]] void*& result) {
+  if constexpr (std::is_same_v<Class, IBRTTISupport>) {
+    return Walk::Missed;
+  } else {
+    enterClass(visitor, Class::classInfo(), self);
+    Walk outcome = Walk::FoundNull;
+    if (wanted.words() != Class::classWords()) {
+      outcome = walkBases(self, wanted, visitor, result, typename Class::IdentityBases{});
+    } else if (self) {
+      result = self;
+      outcome = Walk::Found;
+    }
+    if (outcome != Walk::Found) leaveClass(visitor);
+    return outcome;
   }
-  if (outcome != Walk::Found) leaveClass(visitor);
-  return outcome;
 }
 
 template <class Class>

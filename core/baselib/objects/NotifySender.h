@@ -26,7 +26,7 @@ struct ListenerList;
 class Delivery;
 
 class CORVIX_API BNotifySender : public virtual IBRTTISupport {
-  CORVIX_IDENTITY(BNotifySender, 0x58F2A3C1, 0x4D0E96B7, 0xA2C4517E, 0x91B83D06)
+  CORVIX_IDENTITY(BNotifySender, 0x58F2A3C1, 0x4D0E96B7, 0xA2C4517E, 0x91B83D06, IBRTTISupport)
 
  public:
   // Tells one listener; the two arguments are those of `broadcast`.

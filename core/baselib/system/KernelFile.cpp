@@ -1,4 +1,4 @@
-#include "core/baselib/system/KernelFile_p.h"
+#include "core/baselib/system/KernelFile.h"
 
 namespace corvix {
 

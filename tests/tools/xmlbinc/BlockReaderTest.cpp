@@ -7,8 +7,7 @@ namespace {
 
 TEST(BlockWriter, LaysNodesOutInDocumentOrder) {
   const std::string block = compiled("<a n='v'>t<!--c--><b/></a>");
-  EXPECT_EQ(block,
-            Bytes().element(u"a", 4).attribute(u"n", u"v").text(u"t").comment(u"c").element(u"b", 0).bytes());
+  EXPECT_EQ(block, Bytes().element(u"a", 4).attribute(u"n", u"v").text(u"t").comment(u"c").element(u"b", 0).bytes());
 }
 
 TEST(BlockWriter, RefersToEarlierStringsByTheirNumber) {
@@ -19,20 +18,10 @@ TEST(BlockWriter, RefersToEarlierStringsByTheirNumber) {
   };
   const Row rows[] = {
       {"<a><a/></a>", Bytes().element(u"a", 1).u32(2).back(1).u32(0).bytes(), "the first string is -1"},
-      {"<a b='a' c='b'/>",
-       Bytes().element(u"a", 2).u32(3).string(u"b").back(1).u32(3).string(u"c").back(2).bytes(),
+      {"<a b='a' c='b'/>", Bytes().element(u"a", 2).u32(3).string(u"b").back(1).u32(3).string(u"c").back(2).bytes(),
        "names and values share one table, references add nothing to it"},
       {"<a b='' c='' d='d'/>",
-       Bytes()
-           .element(u"a", 3)
-           .attribute(u"b", u"")
-           .u32(3)
-           .string(u"c")
-           .back(3)
-           .u32(3)
-           .string(u"d")
-           .back(5)
-           .bytes(),
+       Bytes().element(u"a", 3).attribute(u"b", u"").u32(3).string(u"c").back(3).u32(3).string(u"d").back(5).bytes(),
        "the empty string has a number too"},
       {"<a>b<b/></a>", Bytes().element(u"a", 2).text(u"b").u32(2).back(2).u32(0).bytes(), "texts count as well"},
       {"<a A='a'/>", Bytes().element(u"a", 1).u32(3).string(u"A").back(1).bytes(), "the case of letters counts"},
@@ -81,13 +70,10 @@ TEST(BlockReader, NamesTheByteAtWhichABlockIsWrong) {
       {Bytes().u32(2).u32(0x7FFFFFFF).bytes(), "14: string length 2147483647, but only 0 bytes are left"},
       {Bytes().u32(2).string(u"a").bytes(), "20: the block ends in a child count"},
       {Bytes().element(u"a", 1).bytes(), "20: child count 1, but only 0 bytes are left"},
-      {Bytes().element(u"a", 0x7FFFFFFF).text(u"b").bytes(),
-       "20: child count 2147483647, but only 10 bytes are left"},
-      {Bytes().element(u"a", 1).u32(3).string(u"b").u32(9).bytes(),
-       "34: string length 9, but only 0 bytes are left"},
+      {Bytes().element(u"a", 0x7FFFFFFF).text(u"b").bytes(), "20: child count 2147483647, but only 10 bytes are left"},
+      {Bytes().element(u"a", 1).u32(3).string(u"b").u32(9).bytes(), "34: string length 9, but only 0 bytes are left"},
       {Bytes().u32(2).back(1).bytes(), "14: reference to string 1, but only 0 were before it"},
-      {Bytes().element(u"a", 1).u32(3).back(1).back(2).bytes(),
-       "32: reference to string 2, but only 1 were before it"},
+      {Bytes().element(u"a", 1).u32(3).back(1).back(2).bytes(), "32: reference to string 2, but only 1 were before it"},
       {Bytes().element(u"a", 1).u32(1).u32(0x80000000).bytes(),
        "28: reference to string 2147483648, but only 1 were before it"},
   };

@@ -2,9 +2,9 @@
 
 #include "tests/tools/xmlbinc/XmlbincTesting.h"
 
-#include <gtest/gtest.h>
 #include <filesystem>
 #include <fstream>
+#include <gtest/gtest.h>
 #include <iterator>
 #include <random>
 #include <sstream>
@@ -139,8 +139,7 @@ TEST_F(CommandLine, LeavesAnOutputOnlyForGoodInput) {
     EXPECT_EQ(read("out"), row.output);
     EXPECT_EQ(fileCount(), row.output == "none" ? 1U : 2U) << "a temporary file was left";
     std::string error = row.error;
-    for (std::size_t i = error.find("IN"); i != error.npos; i = error.find("IN", i))
-      error.replace(i, 2, path("in"));
+    for (std::size_t i = error.find("IN"); i != error.npos; i = error.find("IN", i)) error.replace(i, 2, path("in"));
     EXPECT_EQ(err_, error);
     EXPECT_EQ(out_, "");
   }

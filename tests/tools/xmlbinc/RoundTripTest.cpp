@@ -55,8 +55,8 @@ TEST(RoundTrip, CompilesDecompilesAndCompilesToTheSameBytes) {
 }
 
 TEST(RoundTrip, EveryCharacterComesBackWhereverItStands) {
-  for (const int c : {0x9, 0xA, 0xD, 0x20, 0x22, 0x26, 0x27, 0x3C, 0x3E, 0x5D, 0x7F, 0x85, 0xA0, 0xD7FF, 0xE000,
-                      0xFEFF, 0xFFFD, 0x10000, 0x10FFFF}) {
+  for (const int c : {0x9, 0xA, 0xD, 0x20, 0x22, 0x26, 0x27, 0x3C, 0x3E, 0x5D, 0x7F, 0x85, 0xA0, 0xD7FF, 0xE000, 0xFEFF,
+                      0xFFFD, 0x10000, 0x10FFFF}) {
     const std::string reference = "&#" + std::to_string(c) + ";";
     const std::string value = reference + "x" + reference + reference;
     const std::string block =
@@ -97,8 +97,7 @@ TEST(Decompile, RefusesWhatXmlCannotSay) {
       {Bytes().element(u"", 0).bytes(), "10: the element \"\" has a name that is none in XML"},
       {Bytes().element(u"a", 1).attribute(u"b c", u"").bytes(),
        "24: the attribute \"b c\" in \"a\" has a name that is none in XML"},
-      {Bytes().element(u"a", 1).text(half).bytes(),
-       "24: the text \"\\uD83D\" in \"a\" holds half a surrogate pair"},
+      {Bytes().element(u"a", 1).text(half).bytes(), "24: the text \"\\uD83D\" in \"a\" holds half a surrogate pair"},
       {Bytes().element(u"a", 1).attribute(u"b", half).bytes(),
        "24: the attribute \"b\" in \"a\" holds half a surrogate pair"},
       {Bytes().element(u"a", 1).text(u"\x01").bytes(),
@@ -109,8 +108,7 @@ TEST(Decompile, RefusesWhatXmlCannotSay) {
        "24: the comment \"--\" in \"a\" holds \"--\" or ends in \"-\""},
       {Bytes().element(u"a", 1).comment(u"x-").bytes(),
        "24: the comment \"x-\" in \"a\" holds \"--\" or ends in \"-\""},
-      {Bytes().element(u"a", 1).comment(u"\r").bytes(),
-       "24: the comment \"\\u000D\" in \"a\" holds a carriage return"},
+      {Bytes().element(u"a", 1).comment(u"\r").bytes(), "24: the comment \"\\u000D\" in \"a\" holds a carriage return"},
   };
   for (const Row& row : rows) EXPECT_EQ(decompileError(row.block), row.error);
 }

@@ -28,7 +28,7 @@ TEST(XmlReader, SaysWhereAndWhatIsWrong) {
       {"<a b/>", "1:5: an attribute's name is not followed by \"=\""},
       {"<a / ></a>", "1:5: the tag goes on with neither an attribute nor its end"},
       {"<a b='1>", "1:6: the value is not ended by a quote"},
-      {"<a b='1>\n<c/>", "2:1: \"<\" in a value: write &lt;, or is the closing quote missing?"},
+      {"<a b='1>\n<c/>", "2:1: \"<\" in the value that begins in line 1: write &lt;, or is the closing quote missing?"},
       {"<a 1='1'/>", "1:4: \"1\" is not a name"},
       {"<1/>", "1:2: \"1\" is not a name"},
       {"<a'/><a'>", "1:2: \"a'\" is not a name"},

@@ -68,9 +68,7 @@ class Bytes {
   Bytes& text(std::u16string_view text) { return u32(0).string(text); }
   Bytes& comment(std::u16string_view text) { return u32(1).string(text); }
   Bytes& element(std::u16string_view name, std::uint32_t count) { return u32(2).string(name).u32(count); }
-  Bytes& attribute(std::u16string_view name, std::u16string_view value) {
-    return u32(3).string(name).string(value);
-  }
+  Bytes& attribute(std::u16string_view name, std::u16string_view value) { return u32(3).string(name).string(value); }
   std::string bytes() const { return bytes_; }
 
  private:

@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -22,6 +23,8 @@ class Listener : public BSmartObject {
   int answer = notify::kGoOn;
   std::function<void()> act;
 };
+
+class Sender final : public BNotifySender {};
 
 class NotifySenderTest : public testing::Test {
  protected:
@@ -48,7 +51,7 @@ class NotifySenderTest : public testing::Test {
     });
   }
 
-  std::unique_ptr<BNotifySender> sender = std::make_unique<BNotifySender>();
+  std::optional<Sender> sender{std::in_place};
   std::string log;
 
  private:

@@ -2,7 +2,7 @@
 // guarded: the file may hold anything.
 #pragma once
 
-#include "core/baselib/system/KernelFile_p.h"
+#include "core/baselib/system/KernelFile.h"
 
 #include <string>
 

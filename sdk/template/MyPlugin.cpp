@@ -1,0 +1,12 @@
+#include "IMyInterface.h"
+#include "shell/Plugin.h"
+
+class MyObject : public corvix::BSmartObject, public IMyInterface {
+  CORVIX_IDENTITY(MyObject, 0x18D64F7A, 0x43B0C2E5, 0xA9F58316, 0xD07E2B94, corvix::BSmartObject, IMyInterface)
+
+ public:
+  int twice(int number) const override { return 2 * number; }
+};
+
+// One row for each interface of plugin.xml.
+CORVIX_PLUGIN({L"My.Interface", corvix::create<MyObject>})

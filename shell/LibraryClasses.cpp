@@ -1,0 +1,96 @@
+#include "shell/LibraryClasses_p.h"
+
+#include "core/baselib/objects/Collection.h"
+#include "core/baselib/objects/NotifySender.h"
+#include "core/baselib/objects/Singleton.h"
+#include "core/baselib/objects/SmartObject.h"
+#include "core/baselib/objects/Transportable.h"
+#include "core/settings/BSettings.h"
+#include "core/settings/Settings.h"
+#include "core/xml/XmlNode.h"
+#include "shell/Actions.h"
+#include "shell/ClassFactory.h"
+#include "shell/CommandLine.h"
+#include "shell/Documents.h"
+#include "shell/GlobalEvent.h"
+#include "shell/Gui.h"
+#include "shell/KClassFactoryLocal.h"
+#include "shell/KPluginManager.h"
+#include "shell/KShell.h"
+#include "shell/PluginManager.h"
+#include "shell/Progress.h"
+#include "shell/Services.h"
+#include "shell/Shell.h"
+
+namespace corvix {
+
+namespace {
+
+template <class Class>
+constexpr LibraryClass row() noexcept {
+  return {Class::classInfo(), [](void* object, const stype_info& wanted) -> void* {
+            return identity::find(static_cast<Class*>(object), wanted);
+          }};
+}
+
+}  // namespace
+
+std::span<const LibraryClass> libraryClasses() noexcept {
+  static const LibraryClass rows[] = {
+      row<IBTransportable>(),
+      row<BNotifySender>(),
+      row<IBRemoteRemovable>(),
+      row<IBSmartObject>(),
+      row<IBSingleton>(),
+      row<IBQuery>(),
+      row<BRemoteRemovable>(),
+      row<BSmartObject>(),
+      row<IBLangPackage>(),
+      row<IBTranslator>(),
+      row<IBRTTISupport>(),
+      row<IBProgressIndicator>(),
+      row<IBSelfReg>(),
+      row<IBEncryptionKey>(),
+      row<IBReport>(),
+      row<IBSecretary>(),
+      row<IActionSender>(),
+      row<IActionTarget>(),
+      row<IProgressCallback>(),
+      row<IShell>(),
+      row<IPluginManager>(),
+      row<IBSettings>(),
+      row<BSettings>(),
+      row<IDocument>(),
+      row<IMsgTarget>(),
+      row<IView>(),
+      row<IHWNDView>(),
+      row<IWindow>(),
+      row<IFrameWindow>(),
+      row<IGUIManager>(),
+      row<IAction>(),
+      row<IActionManager>(),
+      row<IFileFilter>(),
+      row<IDocFormat>(),
+      row<IDocManager>(),
+      row<XMLNode>(),
+      row<XMLNodeText>(),
+      row<XMLNodeComment>(),
+      row<XMLNodeNode>(),
+      row<XMLNodeParam>(),
+      row<IGlobalEvent>(),
+      row<IGlobalEventTarget>(),
+      row<KPluginManager>(),
+      row<KShell>(),
+      row<BClassFactory>(),
+      row<IBCollection>(),
+      row<KClassFactoryLocal>(),
+      row<ICommandLine>(),
+      row<IDocumentPanel>(),
+      row<IDocumentView>(),
+      row<IStateHistory>(),
+      row<IMenuItem>(),
+  };
+  return rows;
+}
+
+}  // namespace corvix

@@ -1,0 +1,20 @@
+# Stages the build, builds the plug-in template against the stage and nothing else, and lets the host find it.
+function(run)
+    execute_process(COMMAND ${ARGV} RESULT_VARIABLE code OUTPUT_VARIABLE said ERROR_VARIABLE said)
+    set(said "${said}" PARENT_SCOPE)
+    if(NOT code EQUAL 0)
+        message(FATAL_ERROR "${ARGV}\nended with ${code}:\n${said}")
+    endif()
+endfunction()
+
+file(REMOVE_RECURSE "${FOLDER}")
+run("${CMAKE_COMMAND}" --install "${BUILD}" --prefix "${FOLDER}/Corvix")
+file(COPY "${FOLDER}/Corvix/sdk/template" DESTINATION "${FOLDER}")
+run("${CMAKE_COMMAND}" -G Ninja -S "${FOLDER}/template" -B "${FOLDER}/build" -D "Corvix_DIR=${FOLDER}/Corvix/sdk/cmake"
+    -D "CMAKE_TOOLCHAIN_FILE=${TOOLCHAIN}")
+run("${CMAKE_COMMAND}" --build "${FOLDER}/build")
+file(COPY "${FOLDER}/build/my_plugin.dll" DESTINATION "${FOLDER}/Corvix/plugins")
+run(${EMULATOR} "${FOLDER}/Corvix/corvix-host.exe" list)
+if(NOT said MATCHES "my_plugin.dll +My plug-in +1.0 +Me +described" OR NOT said MATCHES "My.Interface")
+    message(FATAL_ERROR "the host does not list the plug-in:\n${said}")
+endif()
