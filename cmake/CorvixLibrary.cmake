@@ -57,13 +57,13 @@ add_library(corvix-objects OBJECT
     core/xml/Attributes.cpp
     core/xml/XmlNode.cpp
     core/xml/XmlbinReader.cpp
+    library/LibraryClasses.cpp
     shell/KActionManager.cpp
     shell/KClassFactoryLocal.cpp
     shell/KPluginManager.cpp
     shell/KShell.cpp
     shell/KShellCommandLine.cpp
     shell/KShellNotifications.cpp
-    shell/LibraryClasses.cpp
     shell/LibraryModule.cpp
     shell/Notifications.cpp
     shell/PluginModule.cpp

@@ -1,7 +1,7 @@
 #include "shell/KClassFactoryLocal.h"
 
 #include "core/baselib/text/NumberText.h"
-#include "core/xml/Attributes_p.h"
+#include "core/xml/Attributes.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/settings/SettingsRegistry_p.h"
+#include "core/settings/SettingsRegistry.h"
 #include "shell/GlobalEvent.h"
 #include "shell/KClassFactoryLocal.h"
 #include "shell/PluginModule_p.h"

@@ -1,7 +1,7 @@
 // KPluginModule: the record of one module. KPluginInterface: one interface that it declares.
 #pragma once
 
-#include "core/xml/Attributes_p.h"
+#include "core/xml/Attributes.h"
 #include "shell/ClassFactory.h"
 #include "shell/PluginManager.h"
 

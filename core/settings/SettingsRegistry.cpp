@@ -1,7 +1,7 @@
-#include "core/settings/SettingsRegistry_p.h"
+#include "core/settings/SettingsRegistry.h"
 
-#include "core/baselib/system/ApplicationKey_p.h"
-#include "core/baselib/system/RegistryKey_p.h"
+#include "core/baselib/system/ApplicationKey.h"
+#include "core/baselib/system/RegistryKey.h"
 #include "core/settings/SettingText_p.h"
 
 namespace corvix {

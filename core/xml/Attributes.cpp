@@ -1,4 +1,4 @@
-#include "core/xml/Attributes_p.h"
+#include "core/xml/Attributes.h"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
-#include "core/settings/SettingsRegistry_p.h"
+#include "core/settings/SettingsRegistry.h"
 
 #include "core/baselib/objects/Ref.h"
-#include "core/baselib/system/ApplicationKey_p.h"
+#include "core/baselib/system/ApplicationKey.h"
 #include "core/settings/BSettings.h"
 #include "tests/RegistryTesting.h"
 

@@ -1,4 +1,4 @@
-#include "shell/LibraryClasses_p.h"
+#include "library/LibraryClasses.h"
 
 #include "core/baselib/objects/Collection.h"
 #include "core/baselib/objects/NotifySender.h"

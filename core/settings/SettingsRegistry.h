@@ -4,7 +4,7 @@
 #pragma once
 
 #include "core/settings/Settings.h"
-#include "core/xml/Attributes_p.h"
+#include "core/xml/Attributes.h"
 
 #include <string>
 #include <vector>
