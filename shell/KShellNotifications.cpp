@@ -7,6 +7,7 @@ using Notification = ShellNotification;
 
 template <class Listener, class Result, class... Parameter, class... Argument>
 int KShell::raise(ShellNotification notification, Result (Listener::*handler)(Parameter...), Argument&&... arguments) {
+  if (!sender(notification).hasListeners() && !shellNotifications(notification).hasListeners()) return notify::kGoOn;
   const auto tell = [&](Listener& listener) { return (listener.*handler)(arguments...); };
   const int own = broadcastTo<Listener>(sender(notification), tell);
   if (own == notify::kStop) return own;

@@ -5,17 +5,32 @@
 
 namespace corvix {
 
+namespace {
+
+// Made at load: a notification that nobody listens to has no time for a look whether they are.
+GlobalSender senders[kShellNotifications] = {
+    {IShell::classInfo(), "OnInitialize"},
+    {IShell::classInfo(), "OnUnInitialize"},
+    {IShell::classInfo(), "OnSysMsgBox"},
+    {IShell::classInfo(), "OnShowCustomDialog"},
+    {IShell::classInfo(), "OnShowConfirmation"},
+    {IShell::classInfo(), "OnChangeStatusText"},
+    {IShell::classInfo(), "OnValidateAction"},
+    {IShell::classInfo(), "OnProcessAction"},
+    {IShell::classInfo(), "onStartProgress"},
+    {IShell::classInfo(), "onChangeProgress"},
+    {IShell::classInfo(), "onUpdateProgress"},
+    {IShell::classInfo(), "onStopProgress"},
+    {IActionTarget::classInfo(), "preValidateAction"},
+    {IActionTarget::classInfo(), "postValidateAction"},
+    {IActionTarget::classInfo(), "preProcessAction"},
+    {IActionTarget::classInfo(), "postProcessAction"},
+    {IShell::classInfo(), "OnOpenDocument"},
+};
+
+}  // namespace
+
 BNotifySender& shellNotifications(ShellNotification notification) {
-  static const stype_info& shell = IShell::classInfo();
-  static const stype_info& action = IActionTarget::classInfo();
-  static GlobalSender senders[kShellNotifications] = {
-      {shell, "OnInitialize"},       {shell, "OnUnInitialize"},      {shell, "OnSysMsgBox"},
-      {shell, "OnShowCustomDialog"}, {shell, "OnShowConfirmation"},  {shell, "OnChangeStatusText"},
-      {shell, "OnValidateAction"},   {shell, "OnProcessAction"},     {shell, "onStartProgress"},
-      {shell, "onChangeProgress"},   {shell, "onUpdateProgress"},    {shell, "onStopProgress"},
-      {action, "preValidateAction"}, {action, "postValidateAction"}, {action, "preProcessAction"},
-      {action, "postProcessAction"}, {shell, "OnOpenDocument"},
-  };
   return senders[static_cast<u32>(notification)].get();
 }
 
