@@ -1,27 +1,21 @@
 #include "shell/TaskQueue_p.h"
 
-#include "shell/LibraryModule_p.h"
-
 namespace corvix {
 
 namespace {
 
-constexpr wchar_t kClassName[] = L"Corvix.TaskQueue";
 constexpr UINT kWake = WM_APP;
 
 using Lock = SCriticalSection::Lock;
 
 }  // namespace
 
-TaskQueue::TaskQueue() {
-  const HINSTANCE module = libraryModule() ? static_cast<HINSTANCE>(libraryModule()) : GetModuleHandleW(nullptr);
-  WNDCLASSW windowClass{};
-  windowClass.lpfnWndProc = onMessage;
-  windowClass.hInstance = module;
-  windowClass.lpszClassName = kClassName;
-  RegisterClassW(&windowClass);
-  window_ = CreateWindowExW(0, kClassName, nullptr, 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, module, nullptr);
-  if (window_) SetWindowLongPtrW(window_, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
+// A window of a class of the system's: the library has none to take back when it goes.
+TaskQueue::TaskQueue()
+    : window_(CreateWindowExW(0, L"STATIC", nullptr, 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr)) {
+  if (!window_) return;
+  SetWindowLongPtrW(window_, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
+  SetWindowLongPtrW(window_, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(onMessage));
 }
 
 TaskQueue::~TaskQueue() {

@@ -40,7 +40,7 @@ class TaskQueue {
   void wake() noexcept;
 
   const DWORD thread_ = GetCurrentThreadId();
-  HWND window_ = nullptr;
+  const HWND window_;
   SCriticalSection section_;
   std::deque<Task> waiting_;
   bool isClosed_ = false;

@@ -120,10 +120,19 @@ TEST_F(BSettingsTest, WatchersSeeChangesOfTheirItemOnly) {
   };
   settings_->setValue(L"G", L"i", 3);
   EXPECT_EQ(journal_, "i=3 i=4 ");
+  auto gone = std::make_unique<Watcher>(journal_, "gone ");
+  settings_->watch(L"G", L"i", gone.get(), -1);
+  gone->then = [&](IBSettings& s) {  // goes while it is told
+    s.unwatch(L"G", L"i", gone.get());
+    gone.reset();
+  };
+  journal_.clear();
+  settings_->setValue(L"G", L"i", 5);
+  EXPECT_EQ(journal_, "gone i=5 i=5 ");
   settings_->unwatch(L"G", L"i", &own_);
   settings_->unwatch(L"G", L"never", &own_);
-  settings_->setValue(L"G", L"i", 5);
-  EXPECT_EQ(journal_, "i=3 i=4 ");
+  settings_->setValue(L"G", L"i", 6);
+  EXPECT_EQ(journal_, "gone i=5 i=5 ");
 }
 
 }  // namespace
