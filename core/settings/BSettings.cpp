@@ -172,7 +172,7 @@ void BSettings::setAttribute(const wchar_t* group, const wchar_t* item, const wc
 void BSettings::watch(const wchar_t* group, const wchar_t* item, ISettingListener* listener, i32 priority) {
   Lock lock(section_);
   Item& watched = makeItem(makeGroup(group), item);
-  if (!watched.watchers) watched.watchers = std::make_unique<BNotifySender>();
+  if (!watched.watchers) watched.watchers = std::make_unique<Watchers>();
   watched.watchers->addListener(listener, priority);
 }
 

@@ -43,12 +43,13 @@ class BSettings final : public IBSettings {
     WideString name;
     WideString text;
   };
+  struct Watchers final : BNotifySender {};
   struct Item : HeapAllocated {
     WideString name;
     Slot current;
     Slot standard;
     std::vector<Attribute> attributes;
-    std::unique_ptr<BNotifySender> watchers;
+    std::unique_ptr<Watchers> watchers;
   };
   struct Group : HeapAllocated {
     WideString name;

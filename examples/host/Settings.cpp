@@ -119,8 +119,17 @@ int setSetting(IShell& shell, const std::string& group, const std::string& item,
 }
 
 int saveSettings(IShell& shell) {
-  std::printf("%d settings saved\n", shell.pluginManager()->saveSettings());
-  return 0;
+  const IBSettings& settings = *shell.settings();
+  i32 count = 0;
+  for (i32 g = 0; g < settings.groupCount(); ++g) count += settings.itemCount(settings.groupAt(g));
+  const i32 saved = shell.pluginManager()->saveSettings();
+  std::printf("%d settings saved\n", saved);
+  if (saved >= count) return 0;
+  std::fprintf(stderr,
+               "corvix-host: %d settings could not be written to the registry. Is the program's path longer than 255 "
+               "characters, or is the user not allowed to write there?\n",
+               count - saved);
+  return 1;
 }
 
 }  // namespace host

@@ -7,7 +7,7 @@ namespace corvix {
 namespace {
 
 TEST(SettingText, TextsBecomeValuesByType) {
-  const Variant none;
+  const Variant none{};
   const struct {
     const wchar_t* type;
     const wchar_t* values;
