@@ -5,8 +5,15 @@ set(CORVIX_PUBLIC_HEADERS
     core/baselib/identity/IdentityWalk.h
     core/baselib/identity/RttiSupport.h
     core/baselib/identity/StypeInfo.h
+    core/baselib/memory/AutoRealizePool.h
+    core/baselib/memory/FixedMemoryPool.h
     core/baselib/memory/Heap.h
     core/baselib/memory/HeapAllocated.h
+    core/baselib/memory/Hibernatable.h
+    core/baselib/memory/MemoryManager.h
+    core/baselib/memory/MemoryPool.h
+    core/baselib/memory/SizeClassMemoryPool.h
+    core/baselib/memory/SystemMemoryPool.h
     core/baselib/objects/Collection.h
     core/baselib/objects/GlobalData.h
     core/baselib/objects/GlobalSender.h
@@ -16,6 +23,8 @@ set(CORVIX_PUBLIC_HEADERS
     core/baselib/objects/SmartObject.h
     core/baselib/objects/Transportable.h
     core/baselib/system/CriticalSection.h
+    core/baselib/system/Thread.h
+    core/baselib/system/TimerTable.h
     core/baselib/text/NumberText.h
     core/baselib/text/StringHash.h
     core/baselib/text/Variant.h
@@ -39,15 +48,25 @@ set(CORVIX_PUBLIC_HEADERS
 add_library(corvix-objects OBJECT
     core/baselib/identity/ParseClassWords.cpp
     core/baselib/identity/StypeInfo.cpp
+    core/baselib/memory/AutoRealizePool.cpp
+    core/baselib/memory/FixedMemoryPool.cpp
     core/baselib/memory/Heap.cpp
+    core/baselib/memory/Hibernatable.cpp
+    core/baselib/memory/ManagerState.cpp
+    core/baselib/memory/MemoryManager.cpp
+    core/baselib/memory/MemoryPool.cpp
+    core/baselib/memory/SizeClassMemoryPool.cpp
+    core/baselib/memory/SystemMemoryPool.cpp
     core/baselib/objects/GlobalData.cpp
     core/baselib/objects/GlobalSender.cpp
     core/baselib/objects/NotifySender.cpp
     core/baselib/objects/SmartObject.cpp
-    core/baselib/system/CriticalSection.cpp
     core/baselib/system/ApplicationKey.cpp
+    core/baselib/system/CriticalSection.cpp
     core/baselib/system/KernelFile.cpp
     core/baselib/system/RegistryKey.cpp
+    core/baselib/system/Thread.cpp
+    core/baselib/system/TimerTable.cpp
     core/baselib/text/NumberText.cpp
     core/baselib/text/StringHash.cpp
     core/baselib/text/Variant.cpp

@@ -1,10 +1,12 @@
 #include "library/LibraryClasses.h"
 
+#include "core/baselib/memory/Hibernatable.h"
 #include "core/baselib/objects/Collection.h"
 #include "core/baselib/objects/NotifySender.h"
 #include "core/baselib/objects/Singleton.h"
 #include "core/baselib/objects/SmartObject.h"
 #include "core/baselib/objects/Transportable.h"
+#include "core/baselib/system/Thread.h"
 #include "core/settings/BSettings.h"
 #include "core/settings/Settings.h"
 #include "core/xml/XmlNode.h"
@@ -45,6 +47,8 @@ std::span<const LibraryClass> libraryClasses() noexcept {
       row<IBQuery>(),
       row<BRemoteRemovable>(),
       row<BSmartObject>(),
+      row<IBHibernatable>(),
+      row<BHibernatable>(),
       row<IBLangPackage>(),
       row<IBTranslator>(),
       row<IBRTTISupport>(),
@@ -60,6 +64,7 @@ std::span<const LibraryClass> libraryClasses() noexcept {
       row<IPluginManager>(),
       row<IBSettings>(),
       row<BSettings>(),
+      row<BThread>(),
       row<IDocument>(),
       row<IMsgTarget>(),
       row<IView>(),

@@ -29,7 +29,9 @@ KShell::KShell()
     : settings_(make<BSettings>()),
       pluginManager_(
           make<KPluginManager>(static_cast<KClassFactoryLocal&>(*queryClassFactoryLocal()), *this, settings_)),
-      actionManager_(make<KActionManager>(*this)) {}
+      actionManager_(make<KActionManager>(*this)) {
+  setMemoryShell(this);
+}
 
 void KShell::start(void* module) {
   if (std::exchange(isStarted_, true)) return;
@@ -53,6 +55,7 @@ void KShell::shutDown() {
 // first, and the senders at last.
 KShell::~KShell() {
   shutDown();
+  setMemoryShell(nullptr);
   for (Ref<IBSmartObject>& object : held_) object.reset();
   actionManager_->forgetActions();
   pluginManager_->forgetInstances();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/baselib/memory/MemoryShell.h"
 #include "shell/KActionManager.h"
 #include "shell/KPluginManager.h"
 #include "shell/Shell.h"
@@ -9,7 +10,7 @@
 
 namespace corvix {
 
-class KShell final : public IShell, public IUserAlert {
+class KShell final : public IShell, public IUserAlert, public IMemoryShell {
   CORVIX_IDENTITY(KShell, 0x4690C2EB, 0x4F1BD573, 0x9A28E7F0, 0x6EC3518D, IShell)
 
  public:

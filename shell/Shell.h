@@ -47,8 +47,8 @@ class CORVIX_API IShell : public BSmartObject {
   virtual void shutDown() = 0;
 
   // Has the shell's message loop call `function` on the shell's thread, in the order of the calls, also when
-  // this is that thread. An exception that leaves the function is dropped. False when the shell is shut down;
-  // the function is then not called. [any thread]
+  // this is that thread. An exception that leaves the function is dropped. False when the shell is shut down
+  // or memory is short; the function is then not called. [any thread]
   virtual bool runOnShellThread(void (*function)(void* argument), void* argument) = 0;
 
   // For programs without a message loop: does what waits now. [shell thread]

@@ -24,10 +24,14 @@ TaskQueue::~TaskQueue() {
   DestroyWindow(window_);
 }
 
-bool TaskQueue::add(void (*function)(void*), void* argument) {
+bool TaskQueue::add(void (*function)(void*), void* argument) noexcept {
   Lock lock(section_);
   if (isClosed_) return false;
-  waiting_.push_back({function, argument});
+  try {
+    waiting_.push_back({function, argument});
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
   wake();
   return true;
 }

@@ -18,8 +18,8 @@ class TaskQueue {
   TaskQueue(const TaskQueue&) = delete;
   TaskQueue& operator=(const TaskQueue&) = delete;
 
-  // False when it is closed. [any thread]
-  bool add(void (*function)(void*), void* argument);
+  // False when it is closed or memory is short. [any thread]
+  bool add(void (*function)(void*), void* argument) noexcept;
 
   // Does what waits now; what that adds is left for later.
   void runWaiting();

@@ -29,4 +29,8 @@ int raiseEvent(corvix::IShell& shell, const std::string& name);
 // Processes an action, unless it says that it cannot be done now.
 int processAction(corvix::IShell& shell, const std::string& name);
 
+// Works with pools and a hibernatable, and shows what the memory manager knows of them before and after it is asked
+// to give memory back.
+int showMemory();
+
 }  // namespace host

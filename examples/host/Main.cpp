@@ -51,6 +51,11 @@ int main() {
   CLI::App& action = *app.add_subcommand("action", "Process an action: \"action Example.Work\"");
   action.add_option("name", name, "The action's name, with or without \"Actions.\"")->required();
   action.callback([&] { exitCode = host::processAction(shell(), name); });
+  app.add_subcommand("memory", "Show the memory pools and hibernatables before and after they give memory back")
+      ->callback([&] {
+        manager();  // makes the shell, which is asked when memory runs out
+        exitCode = host::showMemory();
+      });
 
   std::vector<std::string> arguments = host::arguments();
   std::reverse(arguments.begin(), arguments.end());
