@@ -6,6 +6,16 @@
 #include "core/baselib/objects/Singleton.h"
 #include "core/baselib/objects/SmartObject.h"
 #include "core/baselib/objects/Transportable.h"
+#include "core/baselib/streams/ChunkInputStream.h"
+#include "core/baselib/streams/FileOutputStream.h"
+#include "core/baselib/streams/InputStream.h"
+#include "core/baselib/streams/MemoryOutputStream.h"
+#include "core/baselib/streams/OutputStream.h"
+#include "core/baselib/streams/RandomAccess.h"
+#include "core/baselib/streams/RandomAccessInputStream.h"
+#include "core/baselib/streams/Stream.h"
+#include "core/baselib/streams/TempStorage.h"
+#include "core/baselib/system/Exception.h"
 #include "core/baselib/system/Thread.h"
 #include "core/settings/BSettings.h"
 #include "core/settings/Settings.h"
@@ -39,6 +49,7 @@ constexpr LibraryClass row() noexcept {
 
 std::span<const LibraryClass> libraryClasses() noexcept {
   static const LibraryClass rows[] = {
+      row<SException>(),
       row<IBTransportable>(),
       row<BNotifySender>(),
       row<IBRemoteRemovable>(),
@@ -64,6 +75,14 @@ std::span<const LibraryClass> libraryClasses() noexcept {
       row<IPluginManager>(),
       row<IBSettings>(),
       row<BSettings>(),
+      row<IBStream>(),
+      row<BStream>(),
+      row<IBRAStream>(),
+      row<BInputStream>(),
+      row<BRAInputStream>(),
+      row<BOutputStream>(),
+      row<BFileOutputStream>(),
+      row<BMemoryOutputStream>(),
       row<BThread>(),
       row<IDocument>(),
       row<IMsgTarget>(),
@@ -94,6 +113,8 @@ std::span<const LibraryClass> libraryClasses() noexcept {
       row<IDocumentView>(),
       row<IStateHistory>(),
       row<IMenuItem>(),
+      row<BTempStorage>(),
+      row<BChunkInputStream>(),
   };
   return rows;
 }

@@ -1,5 +1,6 @@
 #include "shell/KShell.h"
 
+#include "core/baselib/system/Log.h"
 #include "core/settings/BSettings.h"
 #include "shell/Documents.h"
 #include "shell/Gui.h"
@@ -90,7 +91,11 @@ bool KShell::askToRetry(u32) {
 
 i32 KShell::messageBox(const wchar_t* text, const wchar_t* caption, u32 style, i32 silentAnswer) {
   MessageBoxRequest request{text, caption, style, silentAnswer};
-  if (sysMsgBox(request) != notify::kGoOn || isUnattended()) return request.answer;
+  if (sysMsgBox(request) != notify::kGoOn) return request.answer;
+  if (isUnattended()) {
+    sWriteLog(L"%s: %s\n", caption ? caption : L"", text ? text : L"");
+    return request.answer;
+  }
   return MessageBoxW(nullptr, text, caption, style);
 }
 

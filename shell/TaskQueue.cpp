@@ -1,5 +1,7 @@
 #include "shell/TaskQueue_p.h"
 
+#include "core/baselib/system/Log.h"
+
 namespace corvix {
 
 namespace {
@@ -50,6 +52,7 @@ bool TaskQueue::runOne() {
     task.function(task.argument);
   } catch (...) {
     // Nobody is left to catch it: the system's frames do not pass it on.
+    sWriteLog("An exception left a task of the shell's thread.\n");
   }
   return true;
 }

@@ -33,4 +33,13 @@ int processAction(corvix::IShell& shell, const std::string& name);
 // to give memory back.
 int showMemory();
 
+// Switches the log of this program on or off, from its next start.
+int switchLog(bool on);
+
+// Whether the log is on, and where it is.
+int tellLog();
+
+// What this run has logged so far.
+int showLog();
+
 }  // namespace host

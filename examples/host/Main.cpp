@@ -13,6 +13,8 @@ int main() {
   app.require_subcommand(0, 1);
   bool unattended = false;
   app.add_flag("--unattended", unattended, "Show no message boxes: nobody is there to answer them");
+  bool withLog = false;
+  app.add_flag("--show-log", withLog, "At the end, show what this run has logged");
 
   corvix::IShell* started = nullptr;
   const auto shell = [&]() -> corvix::IShell& {
@@ -56,6 +58,10 @@ int main() {
         manager();  // makes the shell, which is asked when memory runs out
         exitCode = host::showMemory();
       });
+  std::string state;
+  CLI::App* const log = app.add_subcommand("log", "Switch the log of this program on or off, or tell where it is");
+  log->add_option("state", state, "on or off, from the next start")->check(CLI::IsMember({"on", "off"}));
+  log->callback([&] { exitCode = state.empty() ? host::tellLog() : host::switchLog(state == "on"); });
 
   std::vector<std::string> arguments = host::arguments();
   std::reverse(arguments.begin(), arguments.end());
@@ -65,6 +71,7 @@ int main() {
       host::listModules(manager());
       exitCode = host::runDemo(manager());
     }
+    if (withLog) host::showLog();
   } catch (const CLI::ParseError& error) {
     return app.exit(error);
   } catch (const std::exception& exception) {

@@ -13,6 +13,7 @@ namespace {
 
 // Other modules and stored descriptors know the classes by these names.
 constexpr const char* kNames[] = {
+    "SException",
     "IBTransportable",
     "BNotifySender",
     "IBRemoteRemovable",
@@ -38,6 +39,14 @@ constexpr const char* kNames[] = {
     "IPluginManager",
     "IBSettings",
     "BSettings",
+    "IBStream",
+    "BStream",
+    "IBRAStream",
+    "BInputStream",
+    "BRAInputStream",
+    "BOutputStream",
+    "BFileOutputStream",
+    "BMemoryOutputStream",
     "BThread",
     "IDocument",
     "IMsgTarget",
@@ -68,6 +77,8 @@ constexpr const char* kNames[] = {
     "IDocumentView",
     "IStateHistory",
     "IMenuItem",
+    "BTempStorage",
+    "BChunkInputStream",
 };
 
 TEST(LibraryClasses, HaveTheirNamesWordsOfTheirOwnAndFindThemselves) {
