@@ -114,6 +114,7 @@ add_library(corvix-objects OBJECT
     shell/Notifications.cpp
     shell/PluginModule.cpp
     shell/TaskQueue.cpp
+    shell/Thrown.cpp
     shell/modules/ModuleFile.cpp
     shell/modules/PeImage.cpp)
 target_compile_definitions(corvix-objects PUBLIC CORVIX_BUILDING PRIVATE UNICODE _UNICODE WIN32_LEAN_AND_MEAN NOMINMAX _WIN32_WINNT=0x0601)

@@ -1,7 +1,9 @@
 #include "shell/KPluginManager.h"
 
 #include "core/baselib/objects/GlobalSender.h"
+#include "core/baselib/system/Log.h"
 #include "core/xml/XmlbinReader.h"
+#include "shell/Thrown_p.h"
 #include "shell/modules/ModuleFile.h"
 
 #include <algorithm>
@@ -78,13 +80,18 @@ IBSmartObject* KPluginManager::createObject(const wchar_t* interfaceName) {
   return nullptr;
 }
 
-// The count is read anew each time: an object may have more modules registered.
+// The count is read anew each time: an object may have more modules registered. One that throws does not keep
+// the others from being told.
 template <class Interface, class Call>
 void KPluginManager::forEachObject(const std::wstring& interfaceName, Call call) {
   const KInterfaceCollection* const found = registry_.find(interfaceName);
   for (i32 i = 0; found && i < found->count(); ++i) {
     const auto object = Ref<IBSmartObject>::adopt(found->item(i)->createObject());
-    if (Interface* const wanted = corvix::query<Interface>(object.get())) call(*wanted);
+    Interface* const wanted = corvix::query<Interface>(object.get());
+    if (!wanted) continue;
+    if (const auto thrown = thrownBy([&] { call(*wanted); }))
+      sWriteLog(L"Told as \"%s\", %s threw: %s\n", interfaceName.c_str(), found->item(i)->module()->path(),
+                thrown->c_str());
   }
 }
 

@@ -1,6 +1,7 @@
 #include "shell/TaskQueue_p.h"
 
 #include "core/baselib/system/Log.h"
+#include "shell/Thrown_p.h"
 
 namespace corvix {
 
@@ -52,7 +53,7 @@ bool TaskQueue::runOne() {
     task.function(task.argument);
   } catch (...) {
     // Nobody is left to catch it: the system's frames do not pass it on.
-    sWriteLog("An exception left a task of the shell's thread.\n");
+    sWriteLog(L"A task of the shell's thread threw: %s\n", textOfThrown().c_str());
   }
   return true;
 }

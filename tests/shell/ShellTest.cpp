@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
@@ -53,7 +54,8 @@ class Target final : public BSmartObject, public IGlobalEventTarget {
  public:
   int onGlobalEvent(IGlobalEvent& event) override {
     journal() += "target" + std::to_string(++targetsMade) + narrow(event.name()) + " ";
-    return notify::kStop;  // of no consequence
+    if (targetsMade == 3) throw std::runtime_error("no time for events");  // the others are told nevertheless
+    return notify::kStop;                                                  // of no consequence
   }
 };
 
