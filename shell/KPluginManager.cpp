@@ -147,8 +147,9 @@ void KPluginManager::readDescriptor(Ref<KPluginModule> module, const XMLNodeNode
     if (child->type() != XmlNodeType::Element) continue;
     const auto& element = static_cast<const XMLNodeNode&>(*child);
     if (element.nameView() == L"Setting") {
-      module->addSetting(element);
-      settingsRegistry_.registerSetting(Attributes(element), *settings_);
+      Attributes declared(element);
+      settingsRegistry_.registerSetting(declared, *settings_);
+      module->addSetting(std::move(declared));
     } else if (element.nameView() == L"Interface") {
       Attributes attributes(element);
       const wchar_t* const name = attributes.find(L"Name");
