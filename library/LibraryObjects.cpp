@@ -1,14 +1,23 @@
 #include "shell/LibraryObjects.h"
 
 #include "graphics/creators/QuillCreators.h"
+#include "graphics/quality/QualityListener.h"
+#include "shell/Shell.h"
 
 namespace corvix {
 
 namespace {
 
+// From the first creator on, drawing follows the user's settings.
+template <class Creator>
+IBSmartObject* createForDrawing() {
+  watchQuality(*IShell::getInstance()->settings());
+  return new Creator;
+}
+
 constexpr FactoryRow kObjects[] = {
-    {L"AGDC.Memory", create<QuillMemoryDCCreator>},
-    {L"AGDC.Screen", create<QuillScreenDCCreator>},
+    {L"AGDC.Memory", createForDrawing<QuillMemoryDCCreator>},
+    {L"AGDC.Screen", createForDrawing<QuillScreenDCCreator>},
 };
 
 }  // namespace
