@@ -138,7 +138,24 @@ bool AGDCPlain::clear() {
   return isFilled;
 }
 
+// Most lines are near and whole: no path is needed for them.
+bool AGDCPlain::line(double x1, double y1, double x2, double y2) {
+  constexpr double kWidestNear = 4096;
+  int ends[4];
+  const bool isNear = isAttached_ && !isPathOpen_ && !line_.isDashed && line_.width < kWidestNear &&
+                      gdi::roundNear(x1, ends[0]) && gdi::roundNear(y1, ends[1]) && gdi::roundNear(x2, ends[2]) &&
+                      gdi::roundNear(y2, ends[3]);
+  if (!isNear) return DrawingContext::line(x1, y1, x2, y2);
+  return preparePen(false) && MoveToEx(device_, ends[0], ends[1], nullptr) && LineTo(device_, ends[2], ends[3]);
+}
+
 bool AGDCPlain::fillRect(double x, double y, double width, double height) {
+  int edges[4];  // negative, so that halves go down as the rule for areas has it
+  if (isAttached_ && width >= 0 && height >= 0 && gdi::roundNear(-x, edges[0]) && gdi::roundNear(-y, edges[1]) &&
+      gdi::roundNear(-x - width, edges[2]) && gdi::roundNear(-y - height, edges[3])) {
+    const RECT place = {-edges[0], -edges[1], -edges[2], -edges[3]};
+    return prepareBrush() && FillRect(device_, &place, brushObject_.get());
+  }
   if (!isAttached_ || !isFinite({x, y}) || !isFinite({x + width, y + height})) return false;
   double right = x + width;
   double bottom = y + height;

@@ -29,6 +29,7 @@ class AGDCPlain : public DrawingContext {
   bool selectGeometricPen() override;
   bool clear() override;
   bool drawRectangle(double, double, double, double) override { return false; }
+  bool line(double x1, double y1, double x2, double y2) override;
   bool fillRect(double x, double y, double width, double height) override;
   bool patternRectPixel(i32 x, i32 y, i32 width, i32 height, const u8* pattern) override;
   bool patternRect(double x, double y, double width, double height, const u8* pattern) override;

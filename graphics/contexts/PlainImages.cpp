@@ -8,7 +8,7 @@ namespace {
 
 struct BitsInfo {
   BITMAPINFOHEADER header = {};
-  RGBQUAD colors[256] = {};
+  RGBQUAD colors[256];  // as many as there are in the palette
 
   explicit BitsInfo(const ImageBits& bits) noexcept {
     header.biSize = sizeof header;

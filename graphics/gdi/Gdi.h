@@ -68,6 +68,14 @@ inline bool roundPixel(double value, int& pixel) noexcept {
   return true;
 }
 
+// The same for numbers near the output, which are most, without the run-time's rounding; false for others.
+inline bool roundNear(double value, int& pixel) noexcept {
+  constexpr int kNear = 16384;
+  if (!(value > -kNear && value < kNear)) return false;
+  pixel = static_cast<int>(value + (kNear + 0.5)) - kNear;
+  return true;
+}
+
 // The pixels whose middles are inside; false if the corners do not fit.
 inline bool roundRect(double left, double top, double right, double bottom, RECT& rect) noexcept {
   int values[4];
