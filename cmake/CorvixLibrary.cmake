@@ -46,6 +46,7 @@ set(CORVIX_PUBLIC_HEADERS
     core/settings/Settings.h
     core/xml/XmlNode.h
     core/xml/XmlbinReader.h
+    graphics/fonts/FontMachine.h
     shell/Actions.h
     shell/ClassFactory.h
     shell/CommandLine.h
@@ -103,6 +104,8 @@ add_library(corvix-objects OBJECT
     core/xml/Attributes.cpp
     core/xml/XmlNode.cpp
     core/xml/XmlbinReader.cpp
+    graphics/fonts/FMFontMachine.cpp
+    graphics/fonts/FontSubstitutors.cpp
     library/LibraryClasses.cpp
     shell/KActionManager.cpp
     shell/KClassFactoryLocal.cpp
@@ -119,7 +122,7 @@ add_library(corvix-objects OBJECT
     shell/modules/PeImage.cpp)
 target_compile_definitions(corvix-objects PUBLIC CORVIX_BUILDING PRIVATE UNICODE _UNICODE WIN32_LEAN_AND_MEAN NOMINMAX _WIN32_WINNT=0x0601)
 target_include_directories(corvix-objects PUBLIC "${PROJECT_SOURCE_DIR}")
-target_link_libraries(corvix-objects PRIVATE corvix-warnings)
+target_link_libraries(corvix-objects PUBLIC gdi32 PRIVATE corvix-warnings)
 
 if(MSVC)
     target_sources(corvix-objects PRIVATE shell/modules/GuardedCall_msvc.cpp)
