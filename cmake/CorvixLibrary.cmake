@@ -52,6 +52,7 @@ set(CORVIX_PUBLIC_HEADERS
     graphics/Geometry.h
     graphics/Image.h
     graphics/SystemHandles.h
+    graphics/fonts/FontMachine.h
     shell/Actions.h
     shell/ClassFactory.h
     shell/CommandLine.h
@@ -124,6 +125,8 @@ add_library(corvix-objects OBJECT
     graphics/contexts/PlainContext.cpp
     graphics/contexts/PlainImages.cpp
     graphics/creators/QuillCreators.cpp
+    graphics/fonts/FMFontMachine.cpp
+    graphics/fonts/FontSubstitutors.cpp
     graphics/gdi/Gdi.cpp
     graphics/gdiplus/ClipStack.cpp
     graphics/gdiplus/GdiPlusTable.cpp
@@ -152,7 +155,7 @@ add_library(corvix-objects OBJECT
     shell/modules/PeImage.cpp)
 target_compile_definitions(corvix-objects PUBLIC CORVIX_BUILDING PRIVATE UNICODE _UNICODE WIN32_LEAN_AND_MEAN NOMINMAX _WIN32_WINNT=0x0601)
 target_include_directories(corvix-objects PUBLIC "${PROJECT_SOURCE_DIR}")
-target_link_libraries(corvix-objects PRIVATE corvix-warnings INTERFACE gdi32)
+target_link_libraries(corvix-objects PUBLIC gdi32 PRIVATE corvix-warnings)
 
 if(MSVC)
     target_sources(corvix-objects PRIVATE shell/modules/GuardedCall_msvc.cpp)
@@ -168,7 +171,7 @@ endif()
 corvix_add_descriptor(corvix-descriptor resources/plugin.xml)
 
 add_library(corvix SHARED shell/LibraryEntry.cpp)
-target_link_libraries(corvix PRIVATE corvix-objects corvix-warnings corvix-descriptor gdi32)
+target_link_libraries(corvix PRIVATE corvix-objects corvix-warnings corvix-descriptor)
 target_compile_definitions(corvix PRIVATE WIN32_LEAN_AND_MEAN NOMINMAX)
 target_sources(corvix PUBLIC FILE_SET HEADERS BASE_DIRS "${PROJECT_SOURCE_DIR}" FILES ${CORVIX_PUBLIC_HEADERS})
 target_compile_features(corvix PUBLIC cxx_std_17)

@@ -2,6 +2,7 @@
 
 #include "core/baselib/objects/GlobalData.h"
 #include "tests/shell/OwnPlugin.h"
+#include "tests/support/HeapBlocks.h"
 
 #include <gtest/gtest.h>
 
@@ -151,22 +152,11 @@ TEST(Notifications, ReachTheOwnListAndThenTheOneThatEveryModuleFinds) {
   }
 }
 
-std::size_t blocksInUse() {
-  std::size_t count = 0;
-  for (void* heap : {reinterpret_cast<void*>(_get_heap_handle()), static_cast<void*>(GetProcessHeap())}) {
-    PROCESS_HEAP_ENTRY entry{};
-    HeapLock(heap);
-    while (HeapWalk(heap, &entry)) count += (entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0;
-    HeapUnlock(heap);
-  }
-  return count;
-}
-
 TEST(Notifications, WithoutListenersAllocateNothing) {
   for (const Row& row : rows) row.raise(shell());  // the lists are there from now on
-  const std::size_t before = blocksInUse();
+  const std::size_t before = testing_support::heapBlocksInUse();
   for (const Row& row : rows) row.raise(shell());
-  EXPECT_EQ(blocksInUse(), before);
+  EXPECT_EQ(testing_support::heapBlocksInUse(), before);
 }
 
 class Answers final : public IDialogListener {
