@@ -2,6 +2,7 @@
 
 #include "core/baselib/text/NumberText.h"
 #include "core/xml/Attributes.h"
+#include "shell/LibraryObjects.h"
 
 #include <algorithm>
 
@@ -33,7 +34,9 @@ void KInterfaceCollection::add(Ref<IPluginInterface> entry, i32 order) {
 
 IBSmartObject* KClassFactoryLocal::createObject(const wchar_t* interfaceName, const stype_info&) {
   const Ref<IBSmartObject>* const instance = instances_.find(interfaceName);
-  return instance ? Ref<IBSmartObject>(*instance).detach() : nullptr;
+  if (instance) return Ref<IBSmartObject>(*instance).detach();
+  const FactoryRow* const row = findLibraryObject(interfaceName);
+  return row ? row->create() : nullptr;
 }
 
 void KClassFactoryLocal::setInstance(const wchar_t* interfaceName, Ref<IBSmartObject> instance) {

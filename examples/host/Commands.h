@@ -13,6 +13,12 @@ int listModules(corvix::IPluginManager& manager);
 // Makes objects of the example plug-ins, uses them and lets them go.
 int runDemo(corvix::IPluginManager& manager);
 
+// Draws the test page through plain GDI and through GDI+, side by side, into a PNG file.
+int drawToFile(corvix::IPluginManager& manager, const std::string& file);
+
+// The same in a window, until the user closes it; or by itself, when the seconds are above 0.
+int showWindow(corvix::IPluginManager& manager, double closeAfterSeconds);
+
 // Every setting with its value, its default and what can be chosen.
 int listSettings(corvix::IShell& shell);
 

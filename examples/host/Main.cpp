@@ -11,6 +11,7 @@ int main() {
       "corvix-host"};
   app.set_version_flag("--version", std::string("corvix-host ") + CORVIX_VERSION);
   app.require_subcommand(0, 1);
+  app.allow_windows_style_options(false);  // a path may begin with a slash
   bool unattended = false;
   app.add_flag("--unattended", unattended, "Show no message boxes: nobody is there to answer them");
   bool withLog = false;
@@ -62,6 +63,15 @@ int main() {
   CLI::App* const log = app.add_subcommand("log", "Switch the log of this program on or off, or tell where it is");
   log->add_option("state", state, "on or off, from the next start")->check(CLI::IsMember({"on", "off"}));
   log->callback([&] { exitCode = state.empty() ? host::tellLog() : host::switchLog(state == "on"); });
+
+  std::string file;
+  CLI::App& draw = *app.add_subcommand("draw", "Draw a test page through GDI and GDI+ into a PNG file");
+  draw.add_option("FILE.png", file, "The file to write")->required();
+  draw.callback([&] { exitCode = host::drawToFile(manager(), file); });
+  double seconds = 0;
+  CLI::App& window = *app.add_subcommand("window", "Show the test page in a window; drag for a rubber band");
+  window.add_option("--close-after", seconds, "Close it by itself after that many seconds");
+  window.callback([&] { exitCode = host::showWindow(manager(), seconds); });
 
   std::vector<std::string> arguments = host::arguments();
   std::reverse(arguments.begin(), arguments.end());

@@ -20,7 +20,8 @@ constexpr char kNames[] =
     "IMsgTarget IView IHWNDView IWindow IFrameWindow IGUIManager IAction IActionManager IFileFilter "
     "IDocFormat IDocManager XMLNode XMLNodeText XMLNodeComment XMLNodeNode XMLNodeParam IGlobalEvent "
     "IGlobalEventTarget KPluginManager KShell BClassFactory IBCollection KClassFactoryLocal ICommandLine "
-    "IDocumentPanel IDocumentView IStateHistory IMenuItem BTempStorage BChunkInputStream ";
+    "IDocumentPanel IDocumentView IStateHistory IMenuItem BTempStorage BChunkInputStream "
+    "IAGDC AGDC IAGDCCreator AGDCCreator QuillScreenDCCreator QuillMemoryDCCreator IAGImage AGImage ";
 
 TEST(LibraryClasses, HaveTheirNamesWordsOfTheirOwnAndFindThemselves) {
   std::istringstream names(kNames);
