@@ -14,7 +14,21 @@ set(CORVIX_PUBLIC_HEADERS
     core/baselib/objects/Ref.h
     core/baselib/objects/SmartObject.h
     core/baselib/objects/Transportable.h
+    core/baselib/streams/ChunkInputStream.h
+    core/baselib/streams/FileInputStream.h
+    core/baselib/streams/FileOutputStream.h
+    core/baselib/streams/ForwardInputStream.h
+    core/baselib/streams/InputStream.h
+    core/baselib/streams/MemoryInputStream.h
+    core/baselib/streams/MemoryOutputStream.h
+    core/baselib/streams/OutputStream.h
+    core/baselib/streams/RandomAccess.h
+    core/baselib/streams/RandomAccessInputStream.h
+    core/baselib/streams/Stream.h
+    core/baselib/streams/TempStorage.h
     core/baselib/system/CriticalSection.h
+    core/baselib/system/Exception.h
+    core/baselib/system/Log.h
     core/baselib/text/StringHash.h
     core/baselib/text/WideString.h
     core/xml/XmlNode.h
@@ -32,8 +46,22 @@ add_library(corvix-objects OBJECT
     core/baselib/objects/GlobalSender.cpp
     core/baselib/objects/NotifySender.cpp
     core/baselib/objects/SmartObject.cpp
+    core/baselib/streams/ChunkInputStream.cpp
+    core/baselib/streams/FileInputStream.cpp
+    core/baselib/streams/FileOutputStream.cpp
+    core/baselib/streams/ForwardInputStream.cpp
+    core/baselib/streams/InputStream.cpp
+    core/baselib/streams/MemoryInputStream.cpp
+    core/baselib/streams/MemoryOutputStream.cpp
+    core/baselib/streams/OutputStream.cpp
+    core/baselib/streams/RandomAccessInputStream.cpp
+    core/baselib/streams/RangedFile.cpp
+    core/baselib/streams/TempStorage.cpp
     core/baselib/system/CriticalSection.cpp
+    core/baselib/system/Exception.cpp
     core/baselib/system/KernelFile.cpp
+    core/baselib/system/Log.cpp
+    core/baselib/system/RegistryKey.cpp
     core/baselib/text/StringHash.cpp
     core/xml/XmlNode.cpp
     core/xml/XmlbinReader.cpp

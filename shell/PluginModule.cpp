@@ -1,5 +1,6 @@
 #include "shell/PluginModule_p.h"
 
+#include "core/baselib/system/Log.h"
 #include "shell/UserAlert_p.h"
 #include "shell/modules/ModuleFile.h"
 
@@ -48,6 +49,7 @@ void KPluginModule::setPlugin(const XMLNodeNode& element) {
 void KPluginModule::fail(std::wstring reason) {
   state_ = ModuleState::Failed;
   reason_ = std::move(reason);
+  sWriteLog(L"Module %s failed: %s\n", path_.c_str(), reason_.c_str());
 }
 
 bool KPluginModule::attach(void* handle) {
@@ -71,6 +73,7 @@ bool KPluginModule::attach(void* handle) {
 
 bool KPluginModule::load() {
   if (state_ != ModuleState::Described) return state_ == ModuleState::Loaded;
+  sWriteLog(L"Load library %s\n", path_.c_str());
   const LoadedModule loaded = loadModuleCode(path_);
   if (loaded.module) return attach(loaded.module);
   fail(loaded.reason);

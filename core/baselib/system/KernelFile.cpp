@@ -2,6 +2,18 @@
 
 namespace corvix {
 
+FileHandle openFile(const wchar_t* path, u32 mode) noexcept {
+  const auto has = [mode](u32 word) { return (mode & word) != 0; };
+  const DWORD access = (has(file_mode::kRead) ? GENERIC_READ : 0) | (has(file_mode::kWrite) ? GENERIC_WRITE : 0);
+  const DWORD share =
+      (has(file_mode::kShareRead) ? FILE_SHARE_READ : 0u) | (has(file_mode::kShareWrite) ? FILE_SHARE_WRITE : 0u);
+  DWORD disposition = OPEN_EXISTING;
+  if (has(file_mode::kCreate)) disposition = has(file_mode::kAppend) ? OPEN_ALWAYS : CREATE_ALWAYS;
+  FileHandle file(CreateFileW(path, access, share, nullptr, disposition, FILE_ATTRIBUTE_NORMAL, nullptr));
+  if (file && has(file_mode::kAppend)) SetFilePointerEx(file.get(), LARGE_INTEGER{}, nullptr, FILE_END);
+  return file;
+}
+
 std::optional<std::vector<unsigned char>> readWholeFile(const wchar_t* path, u64 mostBytes) {
   const FileHandle file(CreateFileW(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
                                     FILE_FLAG_SEQUENTIAL_SCAN, nullptr));

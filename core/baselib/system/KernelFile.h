@@ -33,6 +33,19 @@ struct CloseModule {
 };
 using ModuleHandle = OwningHandle<CloseModule>;
 
+// How the library opens its own files: words are combined of these.
+namespace file_mode {
+constexpr u32 kRead = 0x01;
+constexpr u32 kWrite = 0x02;
+constexpr u32 kCreate = 0x04;  // replaces a file that exists; without it the file must exist
+constexpr u32 kAppend = 0x08;  // starts at the end; with kCreate a file that exists is kept
+constexpr u32 kShareRead = 0x10;
+constexpr u32 kShareWrite = 0x20;
+}  // namespace file_mode
+
+// None when the file cannot be opened that way.
+FileHandle openFile(const wchar_t* path, u32 mode) noexcept;
+
 // Nothing when it cannot be read or is larger than `mostBytes`.
 std::optional<std::vector<unsigned char>> readWholeFile(const wchar_t* path, u64 mostBytes);
 

@@ -1,0 +1,41 @@
+#include "core/baselib/streams/FileInputStream.h"
+
+#include "core/baselib/streams/RangedFile_p.h"
+
+namespace corvix {
+
+BFileInputStream::BFileInputStream() : file_(new RangedFile) {}
+
+BFileInputStream::~BFileInputStream() { file_->close(); }
+
+bool BFileInputStream::open(const wchar_t* path, u32 start, u32 length) {
+  close();
+  return file_->attach(openFile(path, file_mode::kRead | file_mode::kShareRead | file_mode::kShareWrite), start,
+                       length);
+}
+
+bool BFileInputStream::isOpen() const noexcept { return file_->isOpen(); }
+
+void BFileInputStream::close() { file_->close(); }
+
+u32 BFileInputStream::getPosition() const noexcept { return file_->position(); }
+
+u32 BFileInputStream::size() const noexcept { return file_->size(); }
+
+u32 BFileInputStream::read(void* buffer, u32 count) { return file_->read(buffer, count); }
+
+int BFileInputStream::readByte() { return file_->readByte(); }
+
+bool BFileInputStream::atEnd() { return file_->atEnd(); }
+
+bool BFileInputStream::seek(u32 position) { return file_->seek(position); }
+
+BFileInputStream* BFileInputStream::clone() {
+  FileHandle second = file_->duplicate();
+  if (!second) return nullptr;
+  auto* const copy = new BFileInputStream;
+  copy->file_->attach(std::move(second), file_->base(), file_->limit());
+  return copy;
+}
+
+}  // namespace corvix

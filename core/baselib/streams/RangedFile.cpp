@@ -1,0 +1,106 @@
+#include "core/baselib/streams/RangedFile_p.h"
+
+#include <cstring>
+
+namespace corvix {
+
+namespace {
+
+// Files that share a count by chance cost each other a page read anew, nothing else.
+constexpr u32 kCounts = 1024;
+std::atomic<u32> writeCounts[kCounts];
+
+std::atomic<u32>& writeCountOf(HANDLE file) noexcept {
+  BY_HANDLE_FILE_INFORMATION info{};
+  GetFileInformationByHandle(file, &info);
+  const u32 mixed = (info.nFileIndexLow ^ info.nFileIndexHigh ^ info.dwVolumeSerialNumber) * 0x9E3779B1u;
+  return writeCounts[mixed >> 22];
+}
+
+OVERLAPPED at(u64 offset) noexcept {
+  OVERLAPPED where{};
+  where.Offset = static_cast<DWORD>(offset);
+  where.OffsetHigh = static_cast<DWORD>(offset >> 32);
+  return where;
+}
+
+}  // namespace
+
+bool RangedFile::attach(FileHandle file, u32 base, u32 limit) noexcept {
+  close();
+  file_ = std::move(file);
+  position_ = 0;
+  base_ = base;
+  limit_ = limit;
+  if (isOpen()) writes_ = &writeCountOf(file_.get());
+  return isOpen();
+}
+
+bool RangedFile::close() noexcept {
+  pageLength_ = 0;
+  return !isOpen() || CloseHandle(file_.release());
+}
+
+u32 RangedFile::size() const noexcept {
+  LARGE_INTEGER size;
+  if (!isOpen() || !GetFileSizeEx(file_.get(), &size)) return 0;
+  const u64 bytes = static_cast<u64>(size.QuadPart);
+  return bytes < base_ ? 0 : static_cast<u32>(std::min<u64>(bytes - base_, limit_));
+}
+
+FileHandle RangedFile::duplicate() const noexcept {
+  HANDLE second = INVALID_HANDLE_VALUE;
+  const HANDLE self = GetCurrentProcess();
+  if (!isOpen() || !DuplicateHandle(self, file_.get(), self, &second, 0, FALSE, DUPLICATE_SAME_ACCESS)) {
+    return FileHandle();
+  }
+  return FileHandle(second);
+}
+
+u32 RangedFile::read(void* buffer, u32 count) noexcept {
+  count = std::min(count, room());
+  if (count == 0 || !isOpen()) return 0;
+  u32 got = 0;
+  if (count <= kSmallRead && (isAhead(position_) || readAhead()) && position_ - pageStart_ + count <= pageLength_) {
+    std::memcpy(buffer, page_.get() + (position_ - pageStart_), count);
+    got = count;
+  } else {
+    got = readAt(position_, buffer, count);
+  }
+  position_ += got;
+  return got;
+}
+
+u32 RangedFile::write(const void* buffer, u32 count) noexcept {
+  count = std::min(count, room());
+  if (count == 0 || !isOpen()) return 0;
+  OVERLAPPED where = at(u64{base_} + position_);
+  DWORD written = 0;
+  if (!WriteFile(file_.get(), buffer, count, &written, &where)) written = 0;
+  writes_->fetch_add(1, std::memory_order_release);
+  position_ += written;
+  return written;
+}
+
+bool RangedFile::seek(u32 position) noexcept {
+  if (!isOpen()) return false;
+  position_ = std::min(position, limit_);
+  return true;
+}
+
+bool RangedFile::readAhead() noexcept {
+  if (!page_) page_.reset(static_cast<u8*>(_smalloc(kPageBytes)));
+  if (!page_) return false;
+  pageWrites_ = writes_->load(std::memory_order_acquire);  // before reading: a write meanwhile drops the page
+  pageStart_ = position_ & ~(kPageBytes - 1);
+  pageLength_ = readAt(pageStart_, page_.get(), kPageBytes);
+  return position_ - pageStart_ < pageLength_;
+}
+
+u32 RangedFile::readAt(u32 position, void* buffer, u32 count) const noexcept {
+  OVERLAPPED where = at(u64{base_} + position);
+  DWORD got = 0;
+  return ReadFile(file_.get(), buffer, count, &got, &where) ? got : 0;
+}
+
+}  // namespace corvix

@@ -1,0 +1,79 @@
+// RangedFile: a handle on a file seen as a stream, from a base offset up to a limit, with a position of its
+// own. The engine of the streams over files.
+//
+// Small reads are served from one page that is read ahead. The page is dropped as soon as any stream of the
+// process has written to the same file, so that a reader sees at once what a writer wrote: every file has a
+// count of writes, shared by all handles on it, and the page remembers the count that it was read at.
+#pragma once
+
+#include "core/baselib/memory/HeapAllocated.h"
+#include "core/baselib/system/KernelFile.h"
+
+#include <algorithm>
+#include <atomic>
+#include <memory>
+
+namespace corvix {
+
+class RangedFile : public HeapAllocated {
+ public:
+  static constexpr u32 kNoLimit = 0xFFFFFFFF;
+
+  RangedFile() = default;
+  RangedFile(const RangedFile&) = delete;
+  RangedFile& operator=(const RangedFile&) = delete;
+
+  // Takes a file over that was opened for this; false if there is none. What was open before is closed.
+  bool attach(FileHandle file, u32 base = 0, u32 limit = kNoLimit) noexcept;
+
+  // False if the system refused; the file counts as closed all the same.
+  bool close() noexcept;
+
+  bool isOpen() const noexcept { return static_cast<bool>(file_); }
+  u32 position() const noexcept { return position_; }
+  u32 base() const noexcept { return base_; }
+  u32 limit() const noexcept { return limit_; }
+  void setLimit(u32 limit) noexcept { limit_ = limit; }
+  u32 size() const noexcept;
+
+  // A second handle without opening the file anew.
+  FileHandle duplicate() const noexcept;
+
+  u32 read(void* buffer, u32 count) noexcept;
+  u32 write(const void* buffer, u32 count) noexcept;
+  bool seek(u32 position) noexcept;
+  bool atEnd() const noexcept { return position_ >= limit_ || (!isAhead(position_) && position_ >= size()); }
+
+  int readByte() noexcept {
+    if (isAhead(position_) && position_ < limit_) return page_[position_++ - pageStart_];
+    u8 byte;
+    return read(&byte, 1) == 1 ? byte : -1;
+  }
+
+ private:
+  static constexpr u32 kPageBytes = 4096;
+  static constexpr u32 kSmallRead = 512;  // more than that is read where it is wanted
+
+  u32 room() const noexcept { return position_ < limit_ ? limit_ - position_ : 0; }
+  bool isAhead(u32 position) const noexcept {
+    return position - pageStart_ < pageLength_ && pageWrites_ == writes_->load(std::memory_order_acquire);
+  }
+  bool readAhead() noexcept;
+  u32 readAt(u32 position, void* buffer, u32 count) const noexcept;
+
+  u32 position_ = 0;
+  u32 base_ = 0;
+  u32 limit_ = kNoLimit;
+  FileHandle file_;
+
+  struct Free {
+    void operator()(u8* block) const noexcept { _sfree(block); }
+  };
+  std::atomic<u32>* writes_ = nullptr;  // the file's count; set when there is a page
+  std::unique_ptr<u8[], Free> page_;
+  u32 pageStart_ = 0;
+  u32 pageLength_ = 0;
+  u32 pageWrites_ = 0;
+};
+
+}  // namespace corvix

@@ -1,0 +1,53 @@
+// RegistryKey: a key of the registry, owned. Reading takes nothing on trust: a value of another type or size
+// than asked for is no value.
+#pragma once
+
+#include "core/baselib/Api.h"
+#include "core/baselib/system/OwningHandle.h"
+#include "core/baselib/text/WideString.h"
+
+#include <optional>
+#include <string>
+
+#include <windows.h>
+
+namespace corvix {
+
+struct CloseRegistryKey {
+  using Handle = HKEY;
+  static Handle none() noexcept { return nullptr; }
+  static void close(Handle handle) noexcept { RegCloseKey(handle); }
+};
+using RegistryHandle = OwningHandle<CloseRegistryKey>;
+
+class RegistryKey {
+ public:
+  RegistryKey() noexcept = default;
+  explicit RegistryKey(HKEY key) noexcept : key_(key) {}
+
+  // Empty if it does not exist, must not be opened, or has a name that no key can have.
+  static RegistryKey open(HKEY parent, const std::wstring& path, REGSAM access) noexcept;
+
+  // Opens it too if it exists.
+  static RegistryKey create(HKEY parent, const std::wstring& path, REGSAM access) noexcept;
+
+  explicit operator bool() const noexcept { return static_cast<bool>(key_); }
+  HKEY get() const noexcept { return key_.get(); }
+  [[nodiscard]] HKEY release() noexcept { return key_.release(); }
+
+  std::optional<u32> number(const wchar_t* name) const noexcept;
+  bool setNumber(const wchar_t* name, u32 value) const noexcept;
+
+  // A string value up to its first zero, whether it is terminated or not. Empty when there is none or when it
+  // is longer than a mebibyte.
+  WideString text(const wchar_t* name) const;
+  bool setText(const wchar_t* name, const WideString& text) const noexcept;
+
+ private:
+  RegistryHandle key_;
+};
+
+// Where, under HKEY_CURRENT_USER, everything of an executable is kept.
+std::wstring registryPathOf(const std::wstring& executable);
+
+}  // namespace corvix

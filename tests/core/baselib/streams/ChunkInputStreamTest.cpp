@@ -1,0 +1,158 @@
+#include "core/baselib/streams/ChunkInputStream.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/core/baselib/streams/StreamTesting.h"
+
+namespace corvix {
+namespace {
+
+using stream_testing::pattern;
+using stream_testing::Scripted;
+
+struct LoadRow {
+  u32 position;
+  u32 count;               // 0: only the seek
+  std::vector<u32> pages;  // that are read from the source
+};
+
+TEST(BChunkInputStream, LoadsThePagesOfAReadAndTheOneBehindIt) {
+  const LoadRow rows[] = {
+      {0, 0, {0}},          {4095, 0, {0, 1}},      {4095, 1, {0, 1}}, {4096, 1, {1}},
+      {4096, 4096, {1, 2}}, {100, 9000, {0, 1, 2}}, {99999, 1, {24}},  {99999, 50, {24}},
+      {100000, 1, {24}},    {200000, 1, {24}},
+  };
+  for (const LoadRow& row : rows) {
+    SCOPED_TRACE(row.position);
+    SCOPED_TRACE(row.count);
+    const auto source = make<Scripted>(pattern(100000));
+    BChunkInputStream stream(source);
+    EXPECT_EQ(stream.pageMapSize(), 4u);
+    std::string buffer(row.count, 0);
+    for (int time = 0; time < 2; ++time) {
+      ASSERT_TRUE(stream.seek(row.position));
+      stream.read(buffer.data(), row.count);
+      std::vector<u32> pages;
+      for (const u32 position : source->readPositions) pages.push_back(position / 4096);
+      EXPECT_EQ(pages, row.pages) << "and nothing the second time";
+    }
+    for (u32 page = 0; page < 25; ++page) {
+      EXPECT_EQ(stream.isPageLoaded(page), std::count(row.pages.begin(), row.pages.end(), page) > 0) << page;
+    }
+  }
+}
+
+TEST(BChunkInputStream, MovingLoadsNothing) {
+  const auto source = make<Scripted>(pattern(100000));
+  BChunkInputStream stream(source);
+  EXPECT_EQ(stream.skip(50000), 50000u);
+  EXPECT_EQ(stream.unreadByte(), 49999u);
+  EXPECT_TRUE(source->readPositions.empty());
+  EXPECT_EQ(stream.readByte(), static_cast<u8>(source->bytes[49999]));
+}
+
+struct SourceRow {
+  const char* why;
+  void (*prepare)(Scripted& source);
+  u32 first;   // how much of 20000 bytes the first read gets
+  u32 second;  // and the next ones
+  u32 size;    // then
+};
+
+constexpr u32 kSize = 20000;
+
+const SourceRow kSourceRows[] = {
+    {"plain", [](Scripted&) {}, kSize, 0, kSize},
+    {"no seek", [](Scripted& source) { source.seeks = false; }, kSize, 0, kSize},
+    {"short reads", [](Scripted& source) { source.piece = 333; }, kSize, 0, kSize},
+    {"ends early", [](Scripted& source) { source.bytes.resize(9000); }, 9000, 0, 9000},
+    {"ends early at a page", [](Scripted& source) { source.bytes.resize(8192); }, 8192, 0, 8192},
+    {"has more than it told", [](Scripted& source) { source.toldSize = 5000; }, 5000, 0, 5000},
+    {"says it is empty", [](Scripted& source) { source.toldSize = 0; }, 0, 0, 0},
+    {"tells no size", [](Scripted& source) { source.toldSize = 0xFFFFFFFF; }, kSize, 0, kSize},
+    {"tells no size, no seek",
+     [](Scripted& source) {
+       source.toldSize = 0xFFFFFFFF;
+       source.seeks = false;
+     },
+     kSize, 0, kSize},
+    {"fails once in a page",
+     [](Scripted& source) {
+       source.failsAt = 9000;
+       source.failures = 1;
+     },
+     9000, kSize - 9000, kSize},
+    {"fails once in a page, no seek",
+     [](Scripted& source) {
+       source.failsAt = 9000;
+       source.failures = 1;
+       source.seeks = false;
+     },
+     9000, kSize - 9000, kSize},
+    {"fails for good",
+     [](Scripted& source) {
+       source.failsAt = 4096;
+       source.failures = 100;
+     },
+     4096, 0, kSize},
+};
+
+TEST(BChunkInputStream, NeverGivesAByteThatTheSourceDidNot) {
+  for (const SourceRow& row : kSourceRows) {
+    SCOPED_TRACE(row.why);
+    const std::string bytes = pattern(kSize);
+    const auto source = make<Scripted>(bytes);
+    row.prepare(*source);
+    BChunkInputStream stream(source);
+    std::string read(kSize, 0);
+    const u32 first = stream.read(read.data(), kSize);
+    EXPECT_EQ(first, row.first);
+    EXPECT_EQ(readFully(stream, read.data() + first, kSize - first), row.second);
+    EXPECT_EQ(read.compare(0, first + row.second, bytes, 0, first + row.second), 0);
+    EXPECT_EQ(stream.size(), row.size);
+    EXPECT_EQ(stream.atEnd(), first + row.second == row.size);
+  }
+}
+
+// A page behind one that failed is in the file already; the hole between must not be read as zeros.
+TEST(BChunkInputStream, AHoleIsNotRead) {
+  const auto source = make<Scripted>(pattern(kSize));
+  BChunkInputStream stream(source);
+  ASSERT_TRUE(stream.seek(12288));
+  source->failsAt = 5000;
+  source->failures = 1;
+  ASSERT_TRUE(stream.seek(100));
+  std::string read(15000, 0);
+  EXPECT_EQ(stream.read(read.data(), 15000), 4900u);
+  EXPECT_EQ(stream.read(read.data() + 4900, 10100), 10100u) << "asked again";
+  EXPECT_EQ(read.compare(0, 15000, source->bytes, 100, 15000), 0);
+}
+
+TEST(BChunkInputStream, WhatHasGoneByCannotBeHad) {
+  const auto source = make<Scripted>(pattern(kSize));
+  source->seek(6000);
+  source->seeks = false;
+  BChunkInputStream stream(source);
+  u8 byte;
+  EXPECT_EQ(stream.read(&byte, 1), 0u);
+  ASSERT_TRUE(stream.seek(10000));
+  EXPECT_EQ(stream.readByte(), static_cast<u8>(source->bytes[10000]));
+  ASSERT_TRUE(stream.seek(6000));
+  EXPECT_EQ(stream.readByte(), -1) << "half a page";
+}
+
+TEST(BChunkInputStream, HoldsItsSourceUntilItIsClosed) {
+  const auto source = make<Scripted>(pattern(100));
+  {
+    BChunkInputStream stream(source);
+    EXPECT_EQ(source->refCount(), 1u);
+    stream.close();
+    EXPECT_EQ(source->refCount(), 0u);
+    BChunkInputStream dropped(source);
+  }
+  EXPECT_EQ(source->refCount(), 0u);
+  EXPECT_FALSE(BChunkInputStream(nullptr).isOpen());
+}
+
+}  // namespace
+}  // namespace corvix

@@ -1,0 +1,235 @@
+// What every stream promises, tried on every one: random operations against a plain model.
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <random>
+
+#include "core/baselib/streams/ChunkInputStream.h"
+#include "core/baselib/streams/FileInputStream.h"
+#include "core/baselib/streams/FileOutputStream.h"
+#include "core/baselib/streams/MemoryInputStream.h"
+#include "core/baselib/streams/MemoryOutputStream.h"
+#include "tests/FolderTesting.h"
+#include "tests/core/baselib/streams/StreamTesting.h"
+
+namespace corvix {
+namespace {
+
+using stream_testing::Forward;
+using stream_testing::pattern;
+
+constexpr u32 kStart = 1234;  // of the range in its file
+constexpr u32 kSize = 20001;
+
+class StreamContract : public testing::Test {
+ protected:
+  std::filesystem::path file() const { return folder_.file(L"bytes"); }
+
+  Ref<BInputStream> openFile(u32 start, u32 length) {
+    std::ofstream(file(), std::ios::binary) << pattern(kStart) << bytes_ << pattern(length == kSize ? kStart : 0);
+    auto stream = make<BFileInputStream>();
+    EXPECT_TRUE(stream->open(file().c_str(), start, length));
+    return stream;
+  }
+  Ref<BTempStorage> temporary() {
+    auto storage = make<BTempStorage>();
+    EXPECT_TRUE(storage->open());
+    EXPECT_EQ(storage->write(bytes_.data(), kSize), kSize);
+    EXPECT_TRUE(storage->seek(0));
+    return storage;
+  }
+
+  testing_world::OwnFolder folder_;
+  std::string bytes_ = pattern(kSize);
+};
+
+struct ReaderRow {
+  const char* name;
+  std::function<Ref<BInputStream>()> open;
+  bool random;      // IBRAStream
+  bool stopsAtEnd;  // moving past the end goes to the end
+};
+
+// The same as the stream under test, of which nothing can go wrong.
+struct Model {
+  const std::string& bytes;
+  u32 position = 0;
+  u32 left() const { return position < bytes.size() ? static_cast<u32>(bytes.size()) - position : 0; }
+  std::string take(u32 count) {
+    std::string part = position < bytes.size() ? bytes.substr(position, count) : "";
+    position += static_cast<u32>(part.size());
+    return part;
+  }
+};
+
+void compare(const ReaderRow& row, BInputStream& stream, const std::string& bytes) {
+  std::mt19937 random(7);
+  Model model{bytes};
+  IBRAStream* const seekable = query<IBRAStream>(&stream);
+  ASSERT_EQ(seekable != nullptr, row.random);
+  bool justRead = false;
+  const auto moved = [&](u32 target) { return row.stopsAtEnd ? std::min(target, kSize) : target; };
+  for (int step = 0; step < 4000; ++step) {
+    const u32 count = random() % 8 == 0 ? random() % 9000 : random() % 40;
+    std::string buffer(count + 1, '#');
+    switch (random() % 6) {
+      case 0: {
+        const u32 got = stream.read(buffer.data(), count);
+        ASSERT_EQ(buffer[got], '#') << "wrote past what it read";
+        ASSERT_TRUE(!row.random || got == std::min(count, model.left()));
+        ASSERT_EQ(got == 0, count == 0 || model.left() == 0);
+        ASSERT_TRUE(buffer.substr(0, got) == model.take(got));
+        justRead = got > 0;
+        break;
+      }
+      case 1: {
+        const int byte = stream.readByte();
+        const std::string expected = model.take(1);
+        ASSERT_EQ(byte, expected.empty() ? -1 : static_cast<unsigned char>(expected[0]));
+        justRead = byte >= 0;
+        break;
+      }
+      case 2:
+        if (!row.random && !justRead) break;
+        if (model.position > 0) --model.position;
+        ASSERT_EQ(stream.unreadByte(), model.position);
+        justRead = false;
+        break;
+      case 3: {
+        const u32 from = model.position;
+        model.position = row.random ? moved(from + count) : from + std::min(count, model.left());
+        ASSERT_EQ(stream.skip(count), model.position - from);
+        justRead = justRead && count == 0;
+        break;
+      }
+      case 4:
+        if (!seekable) break;
+        model.position = moved(random() % (kSize + 100));
+        ASSERT_TRUE(seekable->seek(model.position));
+        break;
+      default:
+        ASSERT_EQ(stream.atEnd(), model.left() == 0);
+        ASSERT_EQ(stream.available(), kSize);
+    }
+    ASSERT_EQ(stream.getPosition(), model.position) << "step " << step;
+    if (!seekable && model.left() == 0) return;
+  }
+}
+
+TEST_F(StreamContract, EveryReaderDoesAsTheModel) {
+  const auto chunked = [](Ref<BInputStream> source) { return make<BChunkInputStream>(std::move(source)); };
+  const auto memory = [&](BMemoryInputStream::Bytes how) {
+    return make<BMemoryInputStream>(bytes_.data(), kSize, how);
+  };
+  const auto forward = [&](u32 piece) { return make<Forward>(bytes_, piece); };
+  const ReaderRow rows[] = {
+      {"memory", [&] { return memory(BMemoryInputStream::Bytes::Borrow); }, true, false},
+      {"copied memory", [&] { return memory(BMemoryInputStream::Bytes::Copy); }, true, false},
+      {"to the file's end", [&] { return openFile(kStart, BFileInputStream::kUnknownSize); }, true, false},
+      {"a range of a file", [&] { return openFile(kStart, kSize); }, true, true},
+      {"temporary storage", [&] { return temporary(); }, true, false},
+      {"a copy of temporary storage", [&] { return Ref<BTempStorage>::adopt(temporary()->clone()); }, true, false},
+      {"forward", [&] { return forward(0xFFFFFFFF); }, false, false},
+      {"forward, one by one", [&] { return forward(1); }, false, false},
+      {"forward in odd pieces", [&] { return forward(777); }, false, false},
+      {"pages of memory", [&] { return chunked(memory(BMemoryInputStream::Bytes::Borrow)); }, true, true},
+      {"pages of a forward stream", [&] { return chunked(forward(777)); }, true, true},
+  };
+  for (const ReaderRow& row : rows) {
+    SCOPED_TRACE(row.name);
+    const Ref<BInputStream> stream = row.open();
+    compare(row, *stream, bytes_);
+    if (!row.random) continue;
+    stream->close();
+    stream->close();
+    u8 byte = 7;
+    EXPECT_FALSE(stream->isOpen());
+    EXPECT_EQ(stream->read(&byte, 1), 0u);
+    EXPECT_EQ(stream->readByte(), -1);
+    EXPECT_EQ(stream->skip(1), 0u);
+    EXPECT_EQ(stream->size(), 0u);
+    EXPECT_TRUE(stream->atEnd());
+    EXPECT_FALSE(query<IBRAStream>(stream.get())->seek(0));
+  }
+}
+
+TEST_F(StreamContract, ClonesReadTheSameBytesAtTheirOwnPosition) {
+  const Ref<BRAInputStream> streams[] = {
+      make<BMemoryInputStream>(bytes_.data(), kSize, BMemoryInputStream::Bytes::Copy),
+      openFile(kStart, kSize).as<BRAInputStream>(),
+      temporary(),
+  };
+  for (const Ref<BRAInputStream>& stream : streams) {
+    stream->seek(5000);
+    const auto second = Ref<BRAInputStream>::adopt(stream->clone());
+    ASSERT_TRUE(second);
+    stream->close();
+    std::string read(kSize, 0);
+    EXPECT_EQ(readFully(*second, read.data(), kSize), kSize);
+    EXPECT_TRUE(read == bytes_);
+  }
+}
+
+// Writes forward, over what stands, and behind a gap.
+void writeAll(BOutputStream& stream) {
+  IBRAStream& random = *query<IBRAStream>(&stream);
+  EXPECT_EQ(stream.write("0123456789", 10), 10u);
+  EXPECT_TRUE(random.seek(3));
+  EXPECT_EQ(stream.write("abc", 3), 3u);
+  EXPECT_EQ(stream.writeByte('!'), 1u);
+  EXPECT_EQ(stream.write("", 0), 0u);
+  EXPECT_TRUE(random.seek(3000));
+  EXPECT_EQ(stream.size(), 10u) << "moving writes nothing";
+  EXPECT_EQ(stream.write(pattern(2000).data(), 2000), 2000u);
+  EXPECT_EQ(stream.getPosition(), 5000u);
+  EXPECT_EQ(stream.size(), 5000u);
+}
+
+TEST_F(StreamContract, EveryWriterWritesTheSame) {
+  const std::string expected = "012abc!789" + std::string(2990, '\0') + pattern(2000);
+  BMemoryOutputStream memory;
+  writeAll(memory);
+  EXPECT_TRUE(std::string(reinterpret_cast<const char*>(memory.data()), memory.size()) == expected);
+
+  BTempStorage storage;
+  EXPECT_EQ(storage.write("a", 1), 0u) << "closed";
+  ASSERT_TRUE(storage.open());
+  writeAll(storage);
+  std::string read(5000, 0);
+  storage.seek(0);
+  EXPECT_EQ(storage.read(read.data(), 5000), 5000u);
+  EXPECT_TRUE(read == expected);
+
+  BFileOutputStream output;
+  EXPECT_FALSE(output.open(file().c_str(), BFileOutputStream::Existing::Modify)) << "there is none";
+  ASSERT_TRUE(output.open(file().c_str()));
+  writeAll(output);
+  ASSERT_TRUE(output.open(file().c_str(), BFileOutputStream::Existing::Append));
+  EXPECT_EQ(output.getPosition(), 5000u);
+  EXPECT_EQ(output.write("+", 1), 1u);
+  ASSERT_TRUE(output.open(file().c_str(), BFileOutputStream::Existing::Modify));
+  EXPECT_EQ(output.write("-", 1), 1u);
+  output.close();
+  EXPECT_EQ(output.write("a", 1), 0u) << "closed";
+  EXPECT_TRUE(testing_world::bytesOf(file()) == "-" + expected.substr(1) + "+");
+  ASSERT_TRUE(output.open(file().c_str()));
+  EXPECT_EQ(output.size(), 0u) << "replaced";
+  EXPECT_FALSE(output.open(folder_.file(L"absent\\file").c_str()));
+  EXPECT_FALSE(output.isOpen());
+}
+
+TEST(BMemoryOutputStream, StopsAtItsLimitAndHandsItsBlockOver) {
+  BMemoryOutputStream stream(10);
+  EXPECT_EQ(stream.write("12345678", 8), 8u);
+  EXPECT_EQ(stream.write("abcd", 4), 2u);
+  EXPECT_EQ(stream.write("abcd", 4), 0u);
+  EXPECT_EQ(stream.size(), 10u);
+  u8* const block = stream.detach();
+  EXPECT_EQ(std::string(reinterpret_cast<char*>(block), 10), "12345678ab");
+  EXPECT_EQ(stream.size(), 0u);
+  auto reader = make<BMemoryInputStream>(block, 10u, BMemoryInputStream::Bytes::Adopt);
+  EXPECT_EQ(reader->readByte(), '1');
+}
+
+}  // namespace
+}  // namespace corvix

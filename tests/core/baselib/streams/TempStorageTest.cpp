@@ -1,0 +1,254 @@
+#include "core/baselib/streams/TempStorage.h"
+
+#include <gtest/gtest.h>
+
+#include "core/baselib/objects/Ref.h"
+#include "core/baselib/streams/FileInputStream.h"
+#include "core/baselib/streams/FileOutputStream.h"
+#include "core/baselib/system/Exception.h"
+#include "core/baselib/system/KernelFile.h"
+#include "tests/FolderTesting.h"
+#include "tests/core/baselib/streams/StreamTesting.h"
+
+namespace corvix {
+namespace {
+
+namespace fs = std::filesystem;
+
+// The system's temporary folder is the test's own.
+class TempStorageTest : public testing::Test {
+ protected:
+  TempStorageTest() { use(folder_.path()); }
+  ~TempStorageTest() override {
+    for (const wchar_t* name : {L"TMP", L"TEMP"}) SetEnvironmentVariableW(name, former_.c_str());
+  }
+  static void use(const fs::path& folder) {
+    for (const wchar_t* name : {L"TMP", L"TEMP"}) SetEnvironmentVariableW(name, folder.c_str());
+  }
+  std::ptrdiff_t files() const {
+    return std::distance(fs::directory_iterator(folder_.path()), fs::directory_iterator());
+  }
+
+  std::wstring former_ = fs::temp_directory_path().wstring();
+  testing_world::OwnFolder folder_;
+};
+
+TEST_F(TempStorageTest, ItsFileIsNamedAsPromised) {
+  BTempStorage storage;
+  EXPECT_EQ(storage.fileName().capacity(), 0u);
+  ASSERT_TRUE(storage.open());
+  const fs::path path(storage.fileName().c_str());
+  EXPECT_EQ(path.parent_path(), folder_.path());
+  EXPECT_EQ(path.filename().wstring().substr(0, 3), L"cvx");
+  EXPECT_EQ(storage.fileName().capacity(), storage.fileName().length() / 32 * 32 + 32);
+  WideString name(std::wstring(31, L'a'));
+  EXPECT_EQ(name.capacity(), 32u);
+  name.assign(std::wstring(32, L'a'));
+  EXPECT_EQ(name.capacity(), 64u) << "32 units and a terminator";
+}
+
+TEST_F(TempStorageTest, FileGoesWithTheLastStreamInWhateverOrder) {
+  for (const bool originalFirst : {true, false}) {
+    auto original = make<BTempStorage>();
+    ASSERT_TRUE(original->open());
+    original->write("abc", 3);
+    auto copy = Ref<BTempStorage>::adopt(original->clone());
+    auto third = Ref<BTempStorage>::adopt(copy->clone());
+    EXPECT_EQ(files(), 1);
+    (originalFirst ? original : copy).reset();
+    auto late = Ref<BTempStorage>::adopt(third->clone());
+    EXPECT_TRUE(late->isOpen()) << "still to be copied after one was closed";
+    EXPECT_EQ(late->readByte(), 'a');
+    EXPECT_EQ(third->size(), 3u);
+    original.reset();
+    copy.reset();
+    late.reset();
+    EXPECT_EQ(third->readByte(), 'a');
+    third->close();
+    EXPECT_EQ(files(), 0);
+  }
+}
+
+TEST_F(TempStorageTest, OpeningAgainStartsAnew) {
+  BTempStorage storage;
+  ASSERT_TRUE(storage.open());
+  storage.write("abc", 3);
+  const WideString first = storage.fileName();
+  ASSERT_TRUE(storage.open());
+  EXPECT_EQ(storage.getPosition(), 0u);
+  EXPECT_EQ(storage.size(), 0u);
+  EXPECT_EQ(files(), 1);
+  const BTempStorage copyOfClosed{BTempStorage()};
+  EXPECT_FALSE(copyOfClosed.isOpen());
+}
+
+struct LimitRow {
+  u32 limit;
+  u32 position;
+  u32 count;
+  u32 moved;  // by reading, writing or skipping so much
+};
+
+TEST_F(TempStorageTest, NothingPassesTheLimit) {
+  constexpr u32 kNone = BTempStorage::kNoLimit;
+  const LimitRow rows[] = {
+      {10, 8, 5, 2}, {10, 10, 5, 0}, {10, 12, 5, 0}, {10, 0, 25, 10}, {0, 0, 1, 0}, {kNone, 8, 5, 5},
+  };
+  for (const LimitRow& row : rows) {
+    SCOPED_TRACE(row.limit);
+    SCOPED_TRACE(row.position);
+    BTempStorage storage;
+    ASSERT_TRUE(storage.open());
+    const std::string bytes = stream_testing::pattern(30);
+    storage.write(bytes.data(), 30);
+    std::string buffer(40, 0);
+    const auto at = [&] {
+      storage.setLimit(kNone);
+      storage.seek(row.position);
+      storage.setLimit(row.limit);
+    };
+    at();
+    EXPECT_EQ(storage.read(buffer.data(), row.count), row.moved);
+    at();
+    EXPECT_EQ(storage.write(bytes.data(), row.count), row.moved);
+    at();
+    EXPECT_EQ(storage.skip(row.count), row.moved);
+    at();
+    EXPECT_EQ(storage.readByte() >= 0, row.moved > 0);
+    EXPECT_EQ(storage.atEnd(), row.position >= row.limit);
+    EXPECT_EQ(storage.available(), std::min(row.limit, 30u));
+    EXPECT_TRUE(storage.seek(25));
+    EXPECT_EQ(storage.getPosition(), std::min(row.limit, 25u));
+  }
+}
+
+// The page that is read ahead must not hide anything.
+TEST_F(TempStorageTest, CopiesSeeEachOthersWritesAtOnce) {
+  BTempStorage original;
+  ASSERT_TRUE(original.open());
+  BTempStorage copy(original);
+  for (u32 i = 0; i < 10000; ++i) {
+    ASSERT_TRUE(copy.atEnd());
+    ASSERT_EQ(copy.readByte(), -1);
+    ASSERT_EQ(original.writeByte(static_cast<u8>(i)), 1u);
+    ASSERT_EQ(copy.readByte(), static_cast<u8>(i));
+  }
+  const auto rewrite = [](BTempStorage& writer, BTempStorage& reader, u8 byte) {
+    reader.seek(4000);
+    reader.readByte();
+    writer.seek(4001);
+    writer.writeByte(byte);
+    return reader.readByte() == byte;
+  };
+  EXPECT_TRUE(rewrite(original, copy, 201));
+  EXPECT_TRUE(rewrite(copy, original, 202));
+  BTempStorage third(copy);
+  EXPECT_TRUE(rewrite(third, original, 203));
+
+  BFileOutputStream output;
+  ASSERT_TRUE(output.open(folder_.file(L"plain").c_str()));
+  BFileInputStream input;
+  ASSERT_TRUE(input.open(folder_.file(L"plain").c_str()));
+  for (const char byte : {'a', 'b'}) {
+    output.seek(0);
+    output.write(&byte, 1);
+    input.seek(0);
+    EXPECT_EQ(input.readByte(), byte) << "streams that know of each other by the file only";
+  }
+}
+
+struct LargeRow {
+  u32 position;
+  u32 size;  // after writing two bytes there
+  u32 written;
+};
+
+// Files with a hole: they take no room on the disk.
+TEST_F(TempStorageTest, GoesUpToFourGibibytes) {
+  const LargeRow rows[] = {
+      {0x7FFFFFFE, 0x80000000, 2}, {0x80000000, 0x80000002, 2}, {0xFFFFFFFD, 0xFFFFFFFF, 2},
+      {0xFFFFFFFE, 0xFFFFFFFF, 1}, {0xFFFFFFFF, 0, 0},
+  };
+  for (const LargeRow& row : rows) {
+    SCOPED_TRACE(row.position);
+    BTempStorage storage;
+    ASSERT_TRUE(storage.open());
+    ASSERT_TRUE(storage.seek(row.position));
+    EXPECT_EQ(storage.write("xy", 2), row.written);
+    EXPECT_EQ(storage.size(), row.size);
+    EXPECT_EQ(storage.skip(10), std::min(10u, 0xFFFFFFFF - storage.getPosition()));
+    ASSERT_TRUE(storage.seek(row.position));
+    EXPECT_EQ(storage.readByte(), row.written > 0 ? 'x' : -1);
+  }
+  // What others made larger can be read as far as positions go.
+  const std::wstring path = folder_.file(L"large");
+  FileHandle file = openFile(path.c_str(), file_mode::kWrite | file_mode::kCreate);
+  LARGE_INTEGER size;
+  size.QuadPart = 5'000'000'000;
+  SetFilePointerEx(file.get(), size, nullptr, FILE_BEGIN);
+  ASSERT_TRUE(SetEndOfFile(file.get()));
+  file.reset();
+  BFileInputStream stream;
+  ASSERT_TRUE(stream.open(path.c_str()));
+  EXPECT_EQ(stream.size(), BFileInputStream::kUnknownSize);
+  EXPECT_TRUE(stream.seek(0xFFFFFFFE));
+  EXPECT_EQ(stream.readByte(), 0);
+  EXPECT_EQ(stream.readByte(), -1);
+  ASSERT_TRUE(stream.open(path.c_str(), 0xFFFFFFFF));
+  EXPECT_EQ(stream.size(), 5'000'000'000 - 0xFFFFFFFF);
+  BFileOutputStream output;
+  EXPECT_FALSE(output.open(path.c_str(), BFileOutputStream::Existing::Append));
+}
+
+TEST_F(TempStorageTest, LeavesNothingWhenTheFolderIsMissing) {
+  use(folder_.path() / "absent");
+  BTempStorage storage;
+  EXPECT_FALSE(storage.open());
+  EXPECT_FALSE(storage.isOpen());
+  use(folder_.path() / std::wstring(300, L'x'));
+  EXPECT_FALSE(storage.open());
+  EXPECT_EQ(files(), 0);
+}
+
+HANDLE handleOf(const BTempStorage& storage) {
+  for (std::uintptr_t value = 4; value < 0x4000; value += 4) {
+    HANDLE const handle = reinterpret_cast<HANDLE>(value);
+    wchar_t path[1024];
+    if (GetFileType(handle) == FILE_TYPE_DISK && GetFinalPathNameByHandleW(handle, path, 1024, 0) &&
+        fs::path(path).filename() == fs::path(storage.fileName().c_str()).filename()) {
+      return handle;
+    }
+  }
+  return nullptr;
+}
+
+TEST_F(TempStorageTest, ACloseThatFailsIsThrownEachTimeAsTheSameObject) {
+  const SException* first = nullptr;
+  for (int time = 0; time < 2; ++time) {
+    BTempStorage storage;
+    ASSERT_TRUE(storage.open());
+    CloseHandle(handleOf(storage));
+    const SException* caught = nullptr;
+    try {
+      storage.close();
+    } catch (SException* exception) {
+      caught = exception;
+    }
+    ASSERT_TRUE(caught);
+    EXPECT_EQ(caught->sourceLine(), 74) << "a fixed number: reports are collected by it";
+    EXPECT_STREQ(caught->sourceFile(), L"core/baselib/streams/TempStorage.cpp");
+    wchar_t* const message = caught->getMessage();
+    EXPECT_STREQ(message, L"CloseHandle(m_hFile)");
+    _sfree(message);
+    EXPECT_FALSE(storage.isOpen());
+    EXPECT_NO_THROW(storage.close());
+    EXPECT_TRUE(!first || caught == first);
+    first = caught;
+  }
+  BTempStorage dropped;
+  ASSERT_TRUE(dropped.open());
+  CloseHandle(handleOf(dropped));  // the destructor does not throw
+}
+
+}  // namespace
+}  // namespace corvix
