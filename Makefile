@@ -12,7 +12,7 @@ ARGS ?=
 .PHONY: help setup run stage test bench clang clean
 
 help:
-	@echo 'make run [ARGS="..."]  build, stage and run the example host under Wine'
+	@echo 'make run [ARGS="..."]  build, stage and run the example host under Wine, with its log'
 	@echo 'make test              build and run the tests; ARGS="-R NAME" runs some, as ctest does'
 	@echo 'make stage             build what a user gets, into build/stage'
 	@echo 'make bench             build and run the benchmarks; results also in build/bench.json'
@@ -39,7 +39,8 @@ stage: setup
 
 # On a machine with a display the host's windows appear on it.
 run: stage
-	@CORVIX_DISPLAY=$${DISPLAY:+1} scripts/wine-run build/stage/corvix-host.exe $(ARGS)
+	@CORVIX_DISPLAY=$${DISPLAY:+1} scripts/wine-run build/stage/corvix-host.exe log on >/dev/null
+	@CORVIX_DISPLAY=$${DISPLAY:+1} scripts/wine-run build/stage/corvix-host.exe --show-log $(ARGS)
 
 test: setup
 	$(call build,debug)

@@ -1,5 +1,6 @@
 #include "shell/PluginModule_p.h"
 
+#include "core/baselib/system/Exception.h"
 #include "core/baselib/system/Log.h"
 #include "shell/UserAlert_p.h"
 #include "shell/modules/ModuleFile.h"
@@ -26,6 +27,11 @@ std::optional<std::wstring> thrownBy(Call call) {
     call();
   } catch (const std::exception& exception) {
     return widen(exception.what());
+  } catch (const SException* exception) {
+    wchar_t* const message = exception->getMessage();
+    std::wstring text(message ? message : L"");
+    _sfree(message);
+    return text;
   } catch (...) {
     return L"an exception of an unknown kind";
   }

@@ -11,4 +11,13 @@ int listModules(corvix::IPluginManager& manager);
 // Makes objects of the example plug-ins, uses them and lets them go.
 int runDemo(corvix::IPluginManager& manager);
 
+// Switches the log of this program on or off, from its next start.
+int switchLog(bool on);
+
+// Whether the log is on, and where it is.
+int tellLog();
+
+// What this run has logged so far.
+int showLog();
+
 }  // namespace host

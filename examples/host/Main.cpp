@@ -13,6 +13,8 @@ int main() {
   app.require_subcommand(0, 1);
   bool unattended = false;
   app.add_flag("--unattended", unattended, "Show no message boxes: nobody is there to answer them");
+  bool withLog = false;
+  app.add_flag("--show-log", withLog, "At the end, show what this run has logged");
 
   const auto manager = [&]() -> corvix::IPluginManager& {
     corvix::IShell& shell = *corvix::IShell::getInstance();
@@ -26,6 +28,10 @@ int main() {
   app.add_subcommand("demo", "Make objects by name, use them and release them")->callback([&] {
     exitCode = host::runDemo(manager());
   });
+  std::string state;
+  CLI::App* const log = app.add_subcommand("log", "Switch the log of this program on or off, or tell where it is");
+  log->add_option("state", state, "on or off, from the next start")->check(CLI::IsMember({"on", "off"}));
+  log->callback([&] { exitCode = state.empty() ? host::tellLog() : host::switchLog(state == "on"); });
 
   std::vector<std::string> arguments = host::arguments();
   std::reverse(arguments.begin(), arguments.end());
@@ -35,6 +41,7 @@ int main() {
       host::listModules(manager());
       exitCode = host::runDemo(manager());
     }
+    if (withLog) host::showLog();
   } catch (const CLI::ParseError& error) {
     return app.exit(error);
   } catch (const std::exception& exception) {

@@ -19,6 +19,7 @@ BChunkInputStream::BChunkInputStream(Ref<BInputStream> source) : source_(std::mo
 BChunkInputStream::~BChunkInputStream() { _sfree(pageMap_); }
 
 void BChunkInputStream::close() {
+  sureBytes_ = 0;
   randomSource_ = nullptr;
   source_.reset();
   storage_.close();
@@ -29,7 +30,27 @@ u32 BChunkInputStream::read(void* buffer, u32 count) {
   return storage_.read(buffer, load(position, count));
 }
 
-int BChunkInputStream::readByte() { return load(storage_.getPosition(), 1) == 1 ? storage_.readByte() : -1; }
+int BChunkInputStream::readByte() {
+  if (sureBytes_ > 0) {
+    --sureBytes_;
+    return storage_.readByte();
+  }
+  const u32 position = storage_.getPosition();
+  if (load(position, 1) != 1) return -1;
+  const u32 inPage = position % kPageBytes;
+  if (inPage < kPageBytes - 1) sureBytes_ = upToEnd(position + 1, kPageBytes - 2 - inPage);
+  return storage_.readByte();
+}
+
+u32 BChunkInputStream::unreadByte() {
+  sureBytes_ = 0;
+  return storage_.unreadByte();
+}
+
+u32 BChunkInputStream::skip(u32 count) {
+  sureBytes_ = 0;
+  return storage_.skip(count);
+}
 
 bool BChunkInputStream::seek(u32 position) {
   load(std::min(position, size_), 1);
@@ -46,6 +67,7 @@ void BChunkInputStream::setLoaded(u32 page) noexcept {
 
 // How many of the bytes that a read wants are there to be read.
 u32 BChunkInputStream::load(u32 position, u32 count) {
+  sureBytes_ = 0;
   if (!isOpen() || position > size_) return 0;
   const u32 wanted = upToEnd(position, count);
   const u32 last = (position + wanted) >> kPageShift;

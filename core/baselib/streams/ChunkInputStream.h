@@ -37,8 +37,8 @@ class CORVIX_API BChunkInputStream final : public BRAInputStream {
   // read, and the missing page is asked for again by the next read.
   u32 read(void* buffer, u32 count) override;
   int readByte() override;
-  u32 unreadByte() override { return storage_.unreadByte(); }
-  u32 skip(u32 count) override { return storage_.skip(count); }
+  u32 unreadByte() override;
+  u32 skip(u32 count) override;
 
   // Loads as a read of one byte there does. The end is the furthest.
   bool seek(u32 position) override;
@@ -70,6 +70,7 @@ class CORVIX_API BChunkInputStream final : public BRAInputStream {
   IBRAStream* randomSource_ = nullptr;
   u32 runStart_ = 0;  // [runStart_, runEnd_) was copied last; the source goes on at runEnd_
   u32 runEnd_ = 0;
+  u32 sureBytes_ = 0;  // so many single bytes from the position on need no page to be loaded
 };
 
 }  // namespace corvix

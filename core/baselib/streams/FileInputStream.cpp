@@ -1,5 +1,6 @@
 #include "core/baselib/streams/FileInputStream.h"
 
+#include "core/baselib/objects/Ref.h"
 #include "core/baselib/streams/RangedFile_p.h"
 
 namespace corvix {
@@ -31,11 +32,8 @@ bool BFileInputStream::atEnd() { return file_->atEnd(); }
 bool BFileInputStream::seek(u32 position) { return file_->seek(position); }
 
 BFileInputStream* BFileInputStream::clone() {
-  FileHandle second = file_->duplicate();
-  if (!second) return nullptr;
-  auto* const copy = new BFileInputStream;
-  copy->file_->attach(std::move(second), file_->base(), file_->limit());
-  return copy;
+  auto copy = make<BFileInputStream>();
+  return copy->file_->attachCopyOf(*file_, GENERIC_READ) ? copy.detach() : nullptr;
 }
 
 }  // namespace corvix

@@ -30,6 +30,8 @@ bool RangedFile::attach(FileHandle file, u32 base, u32 limit) noexcept {
   close();
   file_ = std::move(file);
   position_ = 0;
+  pointer_ = kNowhere;
+  sharesPointer_ = false;
   base_ = base;
   limit_ = limit;
   if (isOpen()) writes_ = &writeCountOf(file_.get());
@@ -48,13 +50,21 @@ u32 RangedFile::size() const noexcept {
   return bytes < base_ ? 0 : static_cast<u32>(std::min<u64>(bytes - base_, limit_));
 }
 
-FileHandle RangedFile::duplicate() const noexcept {
-  HANDLE second = INVALID_HANDLE_VALUE;
+// Opening anew gives a handle whose pointer is its own. The system may refuse it; a duplicate does as well, only
+// that every transfer then has to say where.
+bool RangedFile::attachCopyOf(RangedFile& other, DWORD access) noexcept {
+  constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+  if (!other.isOpen()) return attach(FileHandle());
+  FileHandle second(ReOpenFile(other.file_.get(), access, kShareAll, 0));
   const HANDLE self = GetCurrentProcess();
-  if (!isOpen() || !DuplicateHandle(self, file_.get(), self, &second, 0, FALSE, DUPLICATE_SAME_ACCESS)) {
-    return FileHandle();
-  }
-  return FileHandle(second);
+  HANDLE duplicate = INVALID_HANDLE_VALUE;
+  const bool shares =
+      !second && DuplicateHandle(self, other.file_.get(), self, &duplicate, 0, FALSE, DUPLICATE_SAME_ACCESS);
+  if (shares) second.reset(duplicate);
+  if (!attach(std::move(second), other.base_, other.limit_)) return false;
+  sharesPointer_ = shares;
+  other.sharesPointer_ |= shares;
+  return true;
 }
 
 u32 RangedFile::read(void* buffer, u32 count) noexcept {
@@ -74,9 +84,8 @@ u32 RangedFile::read(void* buffer, u32 count) noexcept {
 u32 RangedFile::write(const void* buffer, u32 count) noexcept {
   count = std::min(count, room());
   if (count == 0 || !isOpen()) return 0;
-  OVERLAPPED where = at(u64{base_} + position_);
-  DWORD written = 0;
-  if (!WriteFile(file_.get(), buffer, count, &written, &where)) written = 0;
+  const u32 written = transferAt(
+      position_, [&](DWORD* done, OVERLAPPED* where) { return WriteFile(file_.get(), buffer, count, done, where); });
   writes_->fetch_add(1, std::memory_order_release);
   position_ += written;
   return written;
@@ -97,10 +106,25 @@ bool RangedFile::readAhead() noexcept {
   return position_ - pageStart_ < pageLength_;
 }
 
-u32 RangedFile::readAt(u32 position, void* buffer, u32 count) const noexcept {
-  OVERLAPPED where = at(u64{base_} + position);
-  DWORD got = 0;
-  return ReadFile(file_.get(), buffer, count, &got, &where) ? got : 0;
+u32 RangedFile::readAt(u32 position, void* buffer, u32 count) noexcept {
+  return transferAt(position,
+                    [&](DWORD* done, OVERLAPPED* where) { return ReadFile(file_.get(), buffer, count, done, where); });
+}
+
+template <class Call>
+u32 RangedFile::transferAt(u32 position, Call call) noexcept {
+  const u64 offset = u64{base_} + position;
+  DWORD done = 0;
+  if (sharesPointer_) {
+    OVERLAPPED where = at(offset);
+    return call(&done, &where) ? done : 0;
+  }
+  LARGE_INTEGER target;
+  target.QuadPart = static_cast<LONGLONG>(offset);
+  if (offset != pointer_ && !SetFilePointerEx(file_.get(), target, nullptr, FILE_BEGIN)) return 0;
+  const bool isDone = call(&done, nullptr) != FALSE;
+  pointer_ = isDone ? offset + done : kNowhere;
+  return isDone ? done : 0;
 }
 
 }  // namespace corvix

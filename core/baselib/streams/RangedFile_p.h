@@ -36,8 +36,8 @@ class RangedFile : public HeapAllocated {
   void setLimit(u32 limit) noexcept { limit_ = limit; }
   u32 size() const noexcept;
 
-  // A second handle without opening the file anew.
-  FileHandle duplicate() const noexcept;
+  // A second stream on the same file, with the same base and limit, at position 0; false if it cannot be had.
+  bool attachCopyOf(RangedFile& other, DWORD access) noexcept;
 
   u32 read(void* buffer, u32 count) noexcept;
   u32 write(const void* buffer, u32 count) noexcept;
@@ -52,6 +52,7 @@ class RangedFile : public HeapAllocated {
 
  private:
   static constexpr u32 kPageBytes = 4096;
+  static constexpr u64 kNowhere = ~u64{0};
   static constexpr u32 kSmallRead = 512;  // more than that is read where it is wanted
 
   u32 room() const noexcept { return position_ < limit_ ? limit_ - position_ : 0; }
@@ -59,12 +60,16 @@ class RangedFile : public HeapAllocated {
     return position - pageStart_ < pageLength_ && pageWrites_ == writes_->load(std::memory_order_acquire);
   }
   bool readAhead() noexcept;
-  u32 readAt(u32 position, void* buffer, u32 count) const noexcept;
+  u32 readAt(u32 position, void* buffer, u32 count) noexcept;
+  template <class Call>
+  u32 transferAt(u32 position, Call call) noexcept;
 
   u32 position_ = 0;
   u32 base_ = 0;
   u32 limit_ = kNoLimit;
   FileHandle file_;
+  u64 pointer_ = kNowhere;      // the handle's own, not moved when it is right already
+  bool sharesPointer_ = false;  // with a duplicate of the handle: it is not relied on then
 
   struct Free {
     void operator()(u8* block) const noexcept { _sfree(block); }

@@ -38,12 +38,12 @@ bool makeName(WideString& name) {
 BTempStorage::BTempStorage() : file_(new RangedFile) {}
 
 // The existing file is opened: creating it anew would cut off what was written. Once a former copy was closed
-// the system may refuse to open the file by name; a duplicate of the handle does as well, since a stream keeps
-// its position itself.
+// the system may refuse to open the file by its name, but not through the handle.
 BTempStorage::BTempStorage(const BTempStorage& other) : BTempStorage() {
   name_ = other.name_;
   if (!other.isOpen()) return;
-  if (!file_->attach(openTemporary(name_.c_str(), OPEN_EXISTING))) file_->attach(other.file_->duplicate());
+  if (file_->attach(openTemporary(name_.c_str(), OPEN_EXISTING))) return;
+  if (file_->attachCopyOf(*other.file_, GENERIC_READ | GENERIC_WRITE)) file_->setLimit(kNoLimit);
 }
 
 BTempStorage::~BTempStorage() { file_->close(); }

@@ -9,7 +9,7 @@
 namespace corvix {
 
 class CORVIX_API SException : public HeapAllocated, public virtual IBRTTISupport {
-  CORVIX_IDENTITY(SException, 0x349DDF0C, 0x46F6E22B, 0xB7347A10, 0xA2178746)
+  CORVIX_IDENTITY(SException, 0x349DDF0C, 0x46F6E22B, 0xB7347A10, 0xA2178746, IBRTTISupport)
 
  public:
   // Where the error was detected, and what it is: for a condition that does not hold, its text. The texts are

@@ -8,6 +8,7 @@
 #include "core/baselib/system/Exception.h"
 #include "core/baselib/system/KernelFile.h"
 #include "tests/FolderTesting.h"
+#include "tests/HandleTesting.h"
 #include "tests/core/baselib/streams/StreamTesting.h"
 
 namespace corvix {
@@ -210,24 +211,12 @@ TEST_F(TempStorageTest, LeavesNothingWhenTheFolderIsMissing) {
   EXPECT_EQ(files(), 0);
 }
 
-HANDLE handleOf(const BTempStorage& storage) {
-  for (std::uintptr_t value = 4; value < 0x4000; value += 4) {
-    HANDLE const handle = reinterpret_cast<HANDLE>(value);
-    wchar_t path[1024];
-    if (GetFileType(handle) == FILE_TYPE_DISK && GetFinalPathNameByHandleW(handle, path, 1024, 0) &&
-        fs::path(path).filename() == fs::path(storage.fileName().c_str()).filename()) {
-      return handle;
-    }
-  }
-  return nullptr;
-}
-
 TEST_F(TempStorageTest, ACloseThatFailsIsThrownEachTimeAsTheSameObject) {
   const SException* first = nullptr;
   for (int time = 0; time < 2; ++time) {
     BTempStorage storage;
     ASSERT_TRUE(storage.open());
-    CloseHandle(handleOf(storage));
+    testing_world::closeBehindItsBack(storage);
     const SException* caught = nullptr;
     try {
       storage.close();
@@ -247,7 +236,7 @@ TEST_F(TempStorageTest, ACloseThatFailsIsThrownEachTimeAsTheSameObject) {
   }
   BTempStorage dropped;
   ASSERT_TRUE(dropped.open());
-  CloseHandle(handleOf(dropped));  // the destructor does not throw
+  testing_world::closeBehindItsBack(dropped);  // the destructor does not throw
 }
 
 }  // namespace
