@@ -174,6 +174,11 @@ TEST(PluginManager, GoesOnPastEveryKindOfBadModule) {
         << fs::path(module->reason()).string();
   }
   EXPECT_TRUE(createObject<IBSmartObject>(manager, L"Example.Greeter")) << "the good ones still work";
+  for (const ModuleRow& row : kRows) {
+    if (row.scanned != kFailed) continue;
+    EXPECT_TRUE(DeleteFileW((folder.path() / row.file).c_str()))
+        << fs::path(row.file).string() << " is still held open";
+  }
 }
 
 TEST(PluginManager, AThreeNumberIdentifierKeepsTheModuleUnregisteredButNotItsInterfaces) {

@@ -15,6 +15,12 @@ struct ListenerEntry {
   i32 priority;
 };
 
+namespace {
+
+using Listeners = std::vector<IBTransportable*, HeapAllocator<IBTransportable*>>;
+
+}  // namespace
+
 // The sentinel of the circle of entries.
 struct ListenerList : HeapAllocated {
   ListenerEntry ends{&ends, &ends, nullptr, 0};
@@ -24,8 +30,17 @@ struct ListenerList : HeapAllocated {
   bool isOrphaned = false;      // its sender is gone, the last delivery under way frees it
   u32 begun = 0;                // deliveries
   std::atomic<u32> ended{0};
+  std::vector<Listeners, HeapAllocator<Listeners>> copies;  // the last is of the list as it is, if it is not empty
 
   ~ListenerList() { clear(); }
+
+  bool isDelivering() const noexcept { return ended.load(std::memory_order_acquire) != begun; }
+
+  // Copies that deliveries may still work through are kept.
+  void changed() noexcept {
+    if (!isDelivering()) copies.clear();
+    version.fetch_add(1, std::memory_order_release);
+  }
 
   void clear() noexcept {
     for (ListenerEntry* entry = ends.next; entry != &ends;) {
@@ -35,31 +50,47 @@ struct ListenerList : HeapAllocated {
     }
     ends.next = ends.previous = &ends;
     count.store(0, std::memory_order_relaxed);
-    version.fetch_add(1, std::memory_order_release);
+    changed();
   }
+
+  // Each listener once, in order, without those of a sorted list.
+  Listeners copyWithout(const Listeners& served) const {
+    Listeners copy;
+    copy.reserve(count.load(std::memory_order_relaxed));
+    for (const ListenerEntry* entry = ends.next; entry != &ends; entry = entry->next) {
+      if (std::binary_search(served.begin(), served.end(), entry->listener)) continue;
+      if (hasDuplicates && std::find(copy.begin(), copy.end(), entry->listener) != copy.end()) continue;
+      copy.push_back(entry->listener);
+    }
+    return copy;
+  }
+
+  const Listeners& copy() {
+    const u32 now = version.load(std::memory_order_relaxed);
+    if (copies.empty() || copiedVersion_ != now) {
+      if (!isDelivering()) copies.clear();
+      copies.push_back(copyWithout({}));
+      copiedVersion_ = now;
+    }
+    return copies.back();
+  }
+
+ private:
+  u32 copiedVersion_ = 0;
 };
 
-struct Delivery::Pending : HeapAllocated {
-  using Listeners = std::vector<IBTransportable*, HeapAllocator<IBTransportable*>>;
-  Listeners listeners;
+struct Delivery::Changed : HeapAllocated {
   Listeners served;  // sorted
+  Listeners pending;
 };
 
 void Delivery::begin(BNotifySender& sender) {
   SCriticalSection::Lock lock(dataCSProc());
   ListenerList* const list = sender.list_.load(std::memory_order_relaxed);
-  const u32 count = list ? list->count.load(std::memory_order_relaxed) : 0;
-  if (!count) return;
-  at_ = inPlace_;
-  if (count > kInPlace) {
-    more_ = new Pending;
-    more_->listeners.resize(count);
-    at_ = more_->listeners.data();
-  }
-  end_ = at_;
-  for (ListenerEntry* entry = list->ends.next; entry != &list->ends; entry = entry->next) {
-    if (!list->hasDuplicates || std::find(at_, end_, entry->listener) == end_) *end_++ = entry->listener;
-  }
+  if (!list || !list->count.load(std::memory_order_relaxed)) return;
+  const Listeners& copy = list->copy();
+  first_ = at_ = copy.data();
+  end_ = at_ + copy.size();
   version_ = &list->version;
   seenVersion_ = list->version.load(std::memory_order_relaxed);
   ++list->begun;
@@ -67,32 +98,21 @@ void Delivery::begin(BNotifySender& sender) {
 }
 
 void Delivery::end() noexcept {
-  delete more_;
+  delete changed_;
   const u32 ended = list_->ended.fetch_add(1, std::memory_order_acq_rel) + 1;
   if (list_->isOrphaned && ended == list_->begun) delete list_;
 }
 
 void Delivery::lookAgain() {
   SCriticalSection::Lock lock(dataCSProc());
-  if (!more_) more_ = new Pending;
-  Pending::Listeners& served = more_->served;
-  IBTransportable** const first = more_->listeners.empty() ? inPlace_ : more_->listeners.data();
-  served.insert(served.end(), first, at_);
+  if (!changed_) changed_ = new Changed;
+  Listeners& served = changed_->served;
+  served.insert(served.end(), first_, at_);
   std::sort(served.begin(), served.end());
+  changed_->pending = list_->copyWithout(served);
   seenVersion_ = version_->load(std::memory_order_relaxed);
-  Pending::Listeners fresh;
-  fresh.reserve(list_->count.load(std::memory_order_relaxed) + 1);  // never empty: its place tells where we are
-  for (ListenerEntry* entry = list_->ends.next; entry != &list_->ends; entry = entry->next) {
-    IBTransportable* const listener = entry->listener;
-    if (std::binary_search(served.begin(), served.end(), listener)) continue;
-    if (list_->hasDuplicates && std::find(fresh.begin(), fresh.end(), listener) != fresh.end()) continue;
-    fresh.push_back(listener);
-  }
-  const std::size_t count = fresh.size();
-  fresh.resize(count + 1);
-  more_->listeners = std::move(fresh);
-  at_ = more_->listeners.data();
-  end_ = at_ + count;
+  first_ = at_ = changed_->pending.data();
+  end_ = at_ + changed_->pending.size();
 }
 
 // Lives until the process ends: objects that go late still tell their listeners.
@@ -130,7 +150,7 @@ void BNotifySender::addListener(IBTransportable* listener, i32 priority) {
   behind->previous->next = entry;
   behind->previous = entry;
   ++list->count;
-  list->version.fetch_add(1, std::memory_order_release);
+  list->changed();
 }
 
 void BNotifySender::removeListener(IBTransportable* listener) noexcept {
@@ -143,7 +163,7 @@ void BNotifySender::removeListener(IBTransportable* listener) noexcept {
   entry->previous->next = entry->next;
   entry->next->previous = entry->previous;
   --list->count;
-  list->version.fetch_add(1, std::memory_order_release);
+  list->changed();
   _sfree(entry);
 }
 

@@ -59,8 +59,9 @@ class CORVIX_API BNotifySender : public virtual IBRTTISupport {
   std::atomic<ListenerList*> list_{nullptr};
 };
 
-// One delivery under way. It works through a copy of the list and looks at the list again, under the lock,
-// only when the list has changed; what is told to whom is the same as if it looked before every step.
+// One delivery under way. It works through a copy of the list, which the list keeps as long as it does not
+// change, and looks at the list again, under the lock, only when it has changed; what is told to whom is the
+// same as if it looked before every step.
 class Delivery {
  public:
   explicit Delivery(BNotifySender& sender) {
@@ -80,20 +81,19 @@ class Delivery {
   }
 
  private:
-  static constexpr u32 kInPlace = 32;
-  struct Pending;
+  struct Changed;
 
   CORVIX_API void begin(BNotifySender& sender);
   CORVIX_API void end() noexcept;
   CORVIX_API void lookAgain();
 
   ListenerList* list_ = nullptr;
-  const std::atomic<u32>* version_;
-  u32 seenVersion_;
-  IBTransportable** at_;
-  IBTransportable** end_;
-  Pending* more_ = nullptr;  // what does not fit here, and who was told before the list changed
-  IBTransportable* inPlace_[kInPlace];
+  const std::atomic<u32>* version_ = nullptr;
+  u32 seenVersion_ = 0;
+  IBTransportable* const* first_ = nullptr;
+  IBTransportable* const* at_ = nullptr;
+  IBTransportable* const* end_ = nullptr;
+  Changed* changed_ = nullptr;  // once the list has changed: who was told before, and a list of our own
 };
 
 // `broadcast` for a callable that takes the listener as a Listener&.

@@ -8,6 +8,7 @@
 #include <windows.h>
 
 #include "core/baselib/objects/Ref.h"
+#include "tests/support/HeapBlocks.h"
 
 namespace corvix {
 namespace {
@@ -161,9 +162,11 @@ TEST(XmlbinReader, EveryTruncationFailsAndStaysInside) {
   for (std::size_t size = 0; size < whole.size(); ++size) EXPECT_FALSE(Guarded(whole.substr(0, size)).read()) << size;
 }
 
-TEST(XmlbinReader, DamagedBlocksNeverLeaveTheBlock) {
+TEST(XmlbinReader, DamagedBlocksNeverLeaveTheBlockNorMemoryBehind) {
   std::mt19937 random(11);
   const std::string whole = sample().bytes;
+  Guarded(whole).read();
+  const std::size_t blocks = testing_support::heapBlocksInUse();
   for (int i = 0; i < 3000; ++i) {
     std::string damaged = whole;
     for (int changes = 1 + i % 3; changes; --changes) {
@@ -171,6 +174,7 @@ TEST(XmlbinReader, DamagedBlocksNeverLeaveTheBlock) {
     }
     Guarded(damaged).read();
   }
+  EXPECT_EQ(testing_support::heapBlocksInUse(), blocks);
 }
 
 TEST(XmlbinReader, AMillionDeepIsReadAndReleased) {
