@@ -33,6 +33,8 @@ class CORVIX_API SException : public HeapAllocated, public virtual IBRTTISupport
   wchar_t* sourceFile_;
   i32 sourceLine_;
   wchar_t* message_;
+
+ protected:
   u32 reserved_ = 0;  // always 0; part of the object's layout
 };
 
