@@ -31,9 +31,21 @@ set(CORVIX_PUBLIC_HEADERS
     core/baselib/system/Log.h
     core/baselib/text/StringHash.h
     core/baselib/text/WideString.h
+    core/suppliers/FileLocation.h
+    core/suppliers/InternetStream.h
+    core/suppliers/KFileSupplier.h
+    core/suppliers/KHTTPSupplier.h
+    core/suppliers/KIStreamSupplier.h
+    core/suppliers/Supplier.h
+    core/suppliers/UrlRecord.h
+    core/suppliers/decoding/PackDecodeStream.h
+    core/suppliers/decoding/PackFlateInputStream.h
+    core/suppliers/decoding/PackImageInputStream.h
+    core/suppliers/decoding/PackParams.h
     core/xml/XmlNode.h
     core/xml/XmlbinReader.h
     shell/ClassFactory.h
+    shell/Locations.h
     shell/Plugin.h
     shell/PluginManager.h
     shell/Shell.h)
@@ -63,19 +75,39 @@ add_library(corvix-objects OBJECT
     core/baselib/system/Log.cpp
     core/baselib/system/RegistryKey.cpp
     core/baselib/text/StringHash.cpp
+    core/suppliers/FileLocation.cpp
+    core/suppliers/InternetInputStream.cpp
+    core/suppliers/KFileSupplier.cpp
+    core/suppliers/KHTTPSupplier.cpp
+    core/suppliers/KIStreamSupplier.cpp
+    core/suppliers/UrlEscape.cpp
+    core/suppliers/UrlRecord.cpp
+    core/suppliers/UrlResolve.cpp
+    core/suppliers/WinInet.cpp
+    core/suppliers/decoding/LzwInputStream.cpp
+    core/suppliers/decoding/PackDecodeStream.cpp
+    core/suppliers/decoding/PackFlateInputStream.cpp
+    core/suppliers/decoding/PackImageInputStream.cpp
+    core/suppliers/decoding/PackParams.cpp
+    core/suppliers/decoding/TextDecoders.cpp
     core/xml/XmlNode.cpp
     core/xml/XmlbinReader.cpp
+    library/LibraryObjects.cpp
     shell/Attributes.cpp
     shell/KClassFactoryLocal.cpp
     shell/KPluginManager.cpp
     shell/KShell.cpp
     shell/LibraryModule.cpp
+    shell/Locations.cpp
     shell/PluginModule.cpp
     shell/modules/ModuleFile.cpp
     shell/modules/PeImage.cpp)
 target_compile_definitions(corvix-objects PUBLIC CORVIX_BUILDING PRIVATE UNICODE _UNICODE WIN32_LEAN_AND_MEAN NOMINMAX _WIN32_WINNT=0x0601)
 target_include_directories(corvix-objects PUBLIC "${PROJECT_SOURCE_DIR}")
-target_link_libraries(corvix-objects PRIVATE corvix-warnings)
+
+# zlib goes into the library, so that no further file has to be shipped.
+find_library(CORVIX_ZLIB NAMES libz.a REQUIRED)
+target_link_libraries(corvix-objects PRIVATE corvix-warnings INTERFACE "${CORVIX_ZLIB}")
 
 if(MSVC)
     target_sources(corvix-objects PRIVATE shell/modules/GuardedCall_msvc.cpp)

@@ -1,8 +1,13 @@
 #include "shell/KClassFactoryLocal.h"
 
+#include "shell/LibraryObjects.h"
+
 namespace corvix {
 
-IBSmartObject* KClassFactoryLocal::createObject(const wchar_t*, const stype_info&) { return nullptr; }
+IBSmartObject* KClassFactoryLocal::createObject(const wchar_t* interfaceName, const stype_info&) {
+  const FactoryRow* const row = findLibraryObject(interfaceName);
+  return row ? row->create() : nullptr;
+}
 
 void KClassFactoryLocal::registerInterface(Ref<IPluginInterface> entry) {
   inOrder_.add(entry);

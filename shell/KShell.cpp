@@ -13,6 +13,7 @@ IShell* IShell::getInstance() {
 KShell::KShell(void* module)
     : pluginManager_(make<KPluginManager>(static_cast<KClassFactoryLocal&>(*queryClassFactoryLocal()), *this)) {
   useSafeModuleSearch();
+  setInternetAgent(this);
   pluginManager_->registerOwnDescriptor(module);
   pluginManager_->scanFolder((folderOf(modulePath(nullptr)) + L"\\plugins").c_str());
 }

@@ -3,6 +3,8 @@
 
 #include "shell/Shell.h"
 
+#include <string>
+
 namespace host {
 
 // Every module, interface and setting that the shell knows.
@@ -10,6 +12,9 @@ int listModules(corvix::IPluginManager& manager);
 
 // Makes objects of the example plug-ins, uses them and lets them go.
 int runDemo(corvix::IPluginManager& manager);
+
+// Copies what a location or a path names into a file, or to the standard output when `file` is empty.
+int fetch(corvix::IPluginManager& manager, const std::string& location, const std::string& file);
 
 // Switches the log of this program on or off, from its next start.
 int switchLog(bool on);

@@ -11,6 +11,7 @@ int main() {
       "corvix-host"};
   app.set_version_flag("--version", std::string("corvix-host ") + CORVIX_VERSION);
   app.require_subcommand(0, 1);
+  app.allow_windows_style_options(false);  // "/dir/name" is a path
   bool unattended = false;
   app.add_flag("--unattended", unattended, "Show no message boxes: nobody is there to answer them");
   bool withLog = false;
@@ -32,6 +33,14 @@ int main() {
   CLI::App* const log = app.add_subcommand("log", "Switch the log of this program on or off, or tell where it is");
   log->add_option("state", state, "on or off, from the next start")->check(CLI::IsMember({"on", "off"}));
   log->callback([&] { exitCode = state.empty() ? host::tellLog() : host::switchLog(state == "on"); });
+
+  std::string location;
+  std::string file;
+  CLI::App* const fetchCommand = app.add_subcommand("fetch", "Copy what a location names, whatever its scheme");
+  fetchCommand->add_option("LOCATION", location, "file:, http: or any scheme that a plug-in adds; or a path")
+      ->required();
+  fetchCommand->add_option("FILE", file, "Where to; the standard output if there is none");
+  fetchCommand->callback([&] { exitCode = host::fetch(manager(), location, file); });
 
   std::vector<std::string> arguments = host::arguments();
   std::reverse(arguments.begin(), arguments.end());
