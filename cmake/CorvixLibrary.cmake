@@ -5,8 +5,15 @@ set(CORVIX_PUBLIC_HEADERS
     core/baselib/identity/IdentityWalk.h
     core/baselib/identity/RttiSupport.h
     core/baselib/identity/StypeInfo.h
+    core/baselib/memory/AutoRealizePool.h
+    core/baselib/memory/FixedMemoryPool.h
     core/baselib/memory/Heap.h
     core/baselib/memory/HeapAllocated.h
+    core/baselib/memory/Hibernatable.h
+    core/baselib/memory/MemoryManager.h
+    core/baselib/memory/MemoryPool.h
+    core/baselib/memory/SizeClassMemoryPool.h
+    core/baselib/memory/SystemMemoryPool.h
     core/baselib/objects/Collection.h
     core/baselib/objects/GlobalData.h
     core/baselib/objects/GlobalSender.h
@@ -29,6 +36,8 @@ set(CORVIX_PUBLIC_HEADERS
     core/baselib/system/CriticalSection.h
     core/baselib/system/Exception.h
     core/baselib/system/Log.h
+    core/baselib/system/Thread.h
+    core/baselib/system/TimerTable.h
     core/baselib/text/StringHash.h
     core/baselib/text/WideString.h
     core/suppliers/FileLocation.h
@@ -53,7 +62,15 @@ set(CORVIX_PUBLIC_HEADERS
 add_library(corvix-objects OBJECT
     core/baselib/identity/ParseClassWords.cpp
     core/baselib/identity/StypeInfo.cpp
+    core/baselib/memory/AutoRealizePool.cpp
+    core/baselib/memory/FixedMemoryPool.cpp
     core/baselib/memory/Heap.cpp
+    core/baselib/memory/Hibernatable.cpp
+    core/baselib/memory/ManagerState.cpp
+    core/baselib/memory/MemoryManager.cpp
+    core/baselib/memory/MemoryPool.cpp
+    core/baselib/memory/SizeClassMemoryPool.cpp
+    core/baselib/memory/SystemMemoryPool.cpp
     core/baselib/objects/GlobalData.cpp
     core/baselib/objects/GlobalSender.cpp
     core/baselib/objects/NotifySender.cpp
@@ -74,6 +91,8 @@ add_library(corvix-objects OBJECT
     core/baselib/system/KernelFile.cpp
     core/baselib/system/Log.cpp
     core/baselib/system/RegistryKey.cpp
+    core/baselib/system/Thread.cpp
+    core/baselib/system/TimerTable.cpp
     core/baselib/text/StringHash.cpp
     core/suppliers/FileLocation.cpp
     core/suppliers/InternetInputStream.cpp
@@ -100,6 +119,7 @@ add_library(corvix-objects OBJECT
     shell/LibraryModule.cpp
     shell/Locations.cpp
     shell/PluginModule.cpp
+    shell/ShellThread.cpp
     shell/modules/ModuleFile.cpp
     shell/modules/PeImage.cpp)
 target_compile_definitions(corvix-objects PUBLIC CORVIX_BUILDING PRIVATE UNICODE _UNICODE WIN32_LEAN_AND_MEAN NOMINMAX _WIN32_WINNT=0x0601)

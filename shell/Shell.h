@@ -21,6 +21,14 @@ class CORVIX_API IShell : public BSmartObject {
   // wrong: what would be shown in a message box is then left to the log and to `IPluginModule::reason`.
   virtual bool isUnattended() const noexcept = 0;
   virtual void setUnattended(bool unattended) noexcept = 0;
+
+  // Memory ran out: asks the user whether to try again, with Retry and Cancel. False without a user. `kind` is
+  // 0. [any thread]
+  virtual bool askToRetry(u32 kind) = 0;
+
+  // Calls the function on the shell's thread: at once if that is this one, else from its message loop. False if
+  // the system cannot take the message; the function is then not called. [any thread]
+  virtual bool runOnShellThread(void (*function)(void* argument), void* argument) = 0;
 };
 
 }  // namespace corvix

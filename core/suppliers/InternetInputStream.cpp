@@ -24,6 +24,12 @@ i32 contentLength(const WinInetCalls& calls, HINTERNET request) noexcept {
   return digits > 0 ? static_cast<i32>(length) : -1;
 }
 
+// What must not stand in a request cannot get into one. The fragment is not for the server.
+WideString requestText(UrlRecord url) {
+  url.remove(UrlPart::Fragment);
+  return url.escapedText();
+}
+
 }  // namespace
 
 InternetSession& internetSession() noexcept {
@@ -36,8 +42,7 @@ void setInternetAgent(const IInternetAgent* agent) noexcept { agentTeller = agen
 InternetInputStream::InternetInputStream(const UrlRecord& url) : url_(url) {
   const WinInetCalls* const calls = winInet();
   if (!calls || !joinSession()) return;
-  // What must not stand in a request cannot get into one.
-  request_.reset(calls->openUrl(internetSession().handle.get(), url_.escapedText().c_str(), nullptr, 0, 0, 0));
+  request_.reset(calls->openUrl(internetSession().handle.get(), requestText(url_).c_str(), nullptr, 0, 0, 0));
   static_cast<void>(GetLastError());
   DWORD error = 0;
   wchar_t response[1024];
@@ -180,7 +185,7 @@ bool InternetInputStream::seek(u32 position) {
 
 bool InternetInputStream::checkConnection() {
   const WinInetCalls* const calls = winInet();
-  return calls && calls->checkConnection(url_.escapedText().c_str(), 0, 0) != FALSE;
+  return calls && calls->checkConnection(requestText(url_).c_str(), 0, 0) != FALSE;
 }
 
 }  // namespace corvix

@@ -17,8 +17,8 @@ struct Registered {
 };
 
 Registered& registered() {
-  static Registered all;
-  return all;
+  static Registered* const all = new Registered;  // what is registered may be gone when static objects go
+  return *all;
 }
 
 // "istream:name" and "istream://name" say the same.

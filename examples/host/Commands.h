@@ -16,6 +16,10 @@ int runDemo(corvix::IPluginManager& manager);
 // Copies what a location or a path names into a file, or to the standard output when `file` is empty.
 int fetch(corvix::IPluginManager& manager, const std::string& location, const std::string& file);
 
+// Works with pools and a hibernatable, and shows what the memory manager knows of them before and after it is asked
+// to give memory back.
+int showMemory();
+
 // Switches the log of this program on or off, from its next start.
 int switchLog(bool on);
 

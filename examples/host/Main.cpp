@@ -29,6 +29,11 @@ int main() {
   app.add_subcommand("demo", "Make objects by name, use them and release them")->callback([&] {
     exitCode = host::runDemo(manager());
   });
+  app.add_subcommand("memory", "Show the memory pools and hibernatables before and after they give memory back")
+      ->callback([&] {
+        manager();  // makes the shell, which is asked when memory runs out
+        exitCode = host::showMemory();
+      });
   std::string state;
   CLI::App* const log = app.add_subcommand("log", "Switch the log of this program on or off, or tell where it is");
   log->add_option("state", state, "on or off, from the next start")->check(CLI::IsMember({"on", "off"}));

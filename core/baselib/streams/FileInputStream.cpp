@@ -33,7 +33,7 @@ bool BFileInputStream::seek(u32 position) { return file_->seek(position); }
 
 BFileInputStream* BFileInputStream::clone() {
   auto copy = make<BFileInputStream>();
-  return copy->file_->attachCopyOf(*file_, GENERIC_READ) ? copy.detach() : nullptr;
+  return copy->file_->attach(file_->reopen(), file_->base(), file_->limit()) ? copy.detach() : nullptr;
 }
 
 }  // namespace corvix

@@ -30,7 +30,7 @@ class CORVIX_API BFileInputStream final : public BRAInputStream {
   int readByte() override;
   bool atEnd() override;
   bool seek(u32 position) override;
-  BFileInputStream* clone() override;  // null when closed
+  BFileInputStream* clone() override;  // null when closed or the system refuses
 
  private:
   std::unique_ptr<RangedFile> file_;

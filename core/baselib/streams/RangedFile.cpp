@@ -50,20 +50,19 @@ u32 RangedFile::size() const noexcept {
   return bytes < base_ ? 0 : static_cast<u32>(std::min<u64>(bytes - base_, limit_));
 }
 
-// Opening anew gives a handle whose pointer is its own. The system may refuse it; a duplicate does as well, only
-// that every transfer then has to say where.
-bool RangedFile::attachCopyOf(RangedFile& other, DWORD access) noexcept {
+FileHandle RangedFile::reopen() const noexcept {
   constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
-  if (!other.isOpen()) return attach(FileHandle());
-  FileHandle second(ReOpenFile(other.file_.get(), access, kShareAll, 0));
+  return FileHandle(isOpen() ? ReOpenFile(file_.get(), GENERIC_READ, kShareAll, 0) : INVALID_HANDLE_VALUE);
+}
+
+bool RangedFile::attachDuplicateOf(RangedFile& other) noexcept {
+  HANDLE second = INVALID_HANDLE_VALUE;
   const HANDLE self = GetCurrentProcess();
-  HANDLE duplicate = INVALID_HANDLE_VALUE;
-  const bool shares =
-      !second && DuplicateHandle(self, other.file_.get(), self, &duplicate, 0, FALSE, DUPLICATE_SAME_ACCESS);
-  if (shares) second.reset(duplicate);
-  if (!attach(std::move(second), other.base_, other.limit_)) return false;
-  sharesPointer_ = shares;
-  other.sharesPointer_ |= shares;
+  if (!other.isOpen() || !DuplicateHandle(self, other.file_.get(), self, &second, 0, FALSE, DUPLICATE_SAME_ACCESS)) {
+    return false;
+  }
+  attach(FileHandle(second), other.base_);
+  sharesPointer_ = other.sharesPointer_ = true;
   return true;
 }
 

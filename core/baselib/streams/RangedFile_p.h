@@ -36,8 +36,12 @@ class RangedFile : public HeapAllocated {
   void setLimit(u32 limit) noexcept { limit_ = limit; }
   u32 size() const noexcept;
 
-  // A second stream on the same file, with the same base and limit, at position 0; false if it cannot be had.
-  bool attachCopyOf(RangedFile& other, DWORD access) noexcept;
+  // A second handle on the same file, opened anew for reading; none if the system refuses.
+  FileHandle reopen() const noexcept;
+
+  // Attaches a duplicate of the other's handle. The two share the handle's pointer: every transfer of either has
+  // to say from then on where it goes, which is slower.
+  bool attachDuplicateOf(RangedFile& other) noexcept;
 
   u32 read(void* buffer, u32 count) noexcept;
   u32 write(const void* buffer, u32 count) noexcept;

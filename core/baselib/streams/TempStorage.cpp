@@ -38,12 +38,11 @@ bool makeName(WideString& name) {
 BTempStorage::BTempStorage() : file_(new RangedFile) {}
 
 // The existing file is opened: creating it anew would cut off what was written. Once a former copy was closed
-// the system may refuse to open the file by its name, but not through the handle.
+// the system may refuse to open the file, then a duplicate of the handle has to do.
 BTempStorage::BTempStorage(const BTempStorage& other) : BTempStorage() {
   name_ = other.name_;
   if (!other.isOpen()) return;
-  if (file_->attach(openTemporary(name_.c_str(), OPEN_EXISTING))) return;
-  if (file_->attachCopyOf(*other.file_, GENERIC_READ | GENERIC_WRITE)) file_->setLimit(kNoLimit);
+  if (!file_->attach(openTemporary(name_.c_str(), OPEN_EXISTING))) file_->attachDuplicateOf(*other.file_);
 }
 
 BTempStorage::~BTempStorage() { file_->close(); }

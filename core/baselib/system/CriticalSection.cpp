@@ -1,6 +1,6 @@
 #include "core/baselib/system/CriticalSection.h"
 
-#include <windows.h>
+#include "core/baselib/system/NativeSection.h"
 
 namespace corvix {
 
@@ -9,21 +9,25 @@ namespace {
 // Short waits spin: the locks of the library are held for well under a microsecond.
 constexpr DWORD kSpinCount = 4000;
 
-CRITICAL_SECTION* native(void** storage) noexcept { return reinterpret_cast<CRITICAL_SECTION*>(storage); }
-
 }  // namespace
 
 SCriticalSection::SCriticalSection() noexcept {
   static_assert(sizeof(CRITICAL_SECTION) <= sizeof section_ && alignof(CRITICAL_SECTION) <= alignof(void*));
-  InitializeCriticalSectionAndSpinCount(native(section_), kSpinCount);
+  InitializeCriticalSectionAndSpinCount(native(*this), kSpinCount);
 }
 
-SCriticalSection::~SCriticalSection() { DeleteCriticalSection(native(section_)); }
+SCriticalSection::~SCriticalSection() { DeleteCriticalSection(native(*this)); }
 
-void SCriticalSection::enter() noexcept { EnterCriticalSection(native(section_)); }
+void SCriticalSection::enter() noexcept { EnterCriticalSection(native(*this)); }
 
-bool SCriticalSection::tryEnter() noexcept { return TryEnterCriticalSection(native(section_)) != FALSE; }
+bool SCriticalSection::tryEnter() noexcept { return TryEnterCriticalSection(native(*this)) != FALSE; }
 
-void SCriticalSection::leave() noexcept { LeaveCriticalSection(native(section_)); }
+u32 SCriticalSection::heldCount() const noexcept {
+  const CRITICAL_SECTION& section = *native(const_cast<SCriticalSection&>(*this));
+  const bool isMine = static_cast<u32>(reinterpret_cast<std::uintptr_t>(section.OwningThread)) == GetCurrentThreadId();
+  return isMine ? static_cast<u32>(section.RecursionCount) : 0;
+}
+
+void SCriticalSection::leave() noexcept { LeaveCriticalSection(native(*this)); }
 
 }  // namespace corvix

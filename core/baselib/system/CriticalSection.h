@@ -16,6 +16,9 @@ class CORVIX_API SCriticalSection {
   bool tryEnter() noexcept;
   void leave() noexcept;
 
+  // How often the calling thread holds it: 0 when it does not.
+  u32 heldCount() const noexcept;
+
   // Holds the lock for a block of code, or until `release`.
   class Lock {
    public:

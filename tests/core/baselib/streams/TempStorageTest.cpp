@@ -70,6 +70,31 @@ TEST_F(TempStorageTest, FileGoesWithTheLastStreamInWhateverOrder) {
   }
 }
 
+// Systems refuse to open a file that is marked for deletion, as it is when a former copy was closed. Here it is
+// refused because it has another name.
+TEST_F(TempStorageTest, CopiesCanBeHadWhenTheFileIsNotOpened) {
+  BTempStorage original;
+  ASSERT_TRUE(original.open());
+  const std::string bytes = stream_testing::pattern(20000);
+  original.write(bytes.data(), 20000);
+  ASSERT_TRUE(MoveFileW(original.fileName().c_str(), folder_.file(L"elsewhere").c_str()));
+  const auto copy = Ref<BTempStorage>::adopt(original.clone());
+  const auto third = Ref<BTempStorage>::adopt(copy->clone());
+  original.seek(1000);
+  for (u32 at = 0; at < 5000; at += 1000) {
+    for (BTempStorage* stream : {&original, copy.get(), third.get()}) {
+      const u32 from = stream->getPosition();
+      std::string read(1000, 0);
+      ASSERT_EQ(stream->read(read.data(), 1000), 1000u);
+      ASSERT_EQ(read.compare(0, 1000, bytes, from, 1000), 0) << "each from its own position";
+    }
+  }
+  copy->seek(7);
+  EXPECT_EQ(copy->writeByte('+'), 1u);
+  third->seek(7);
+  EXPECT_EQ(third->readByte(), '+');
+}
+
 TEST_F(TempStorageTest, OpeningAgainStartsAnew) {
   BTempStorage storage;
   ASSERT_TRUE(storage.open());

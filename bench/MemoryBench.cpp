@@ -1,0 +1,220 @@
+// Pools against the heaps and pools that one would use instead. An operation is a batch of 256 blocks, each taken
+// and written to, and then all given back: newest first, oldest first or in no order.
+#include "bench/Bench.h"
+#include "core/baselib/memory/MemoryManager.h"
+#include "core/baselib/memory/SizeClassMemoryPool.h"
+#include "core/baselib/objects/Ref.h"
+#include "core/baselib/system/CriticalSection.h"
+
+#include <boost/pool/pool.hpp>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdlib>
+#include <memory_resource>
+#include <numeric>
+#include <random>
+#include <thread>
+
+#include <windows.h>
+
+namespace corvix::bench {
+namespace {
+
+constexpr std::size_t kBatch = 256;
+
+enum class Order { NewestFirst, OldestFirst, Random };
+
+const char* nameOf(Order order) {
+  switch (order) {
+    case Order::NewestFirst:
+      return "newest first";
+    case Order::OldestFirst:
+      return "oldest first";
+    case Order::Random:
+      return "random";
+  }
+  return "";
+}
+
+std::vector<std::size_t> permutation(Order order, std::size_t count) {
+  std::vector<std::size_t> places(count);
+  std::iota(places.begin(), places.end(), 0);
+  if (order == Order::NewestFirst) std::reverse(places.begin(), places.end());
+  if (order == Order::Random) std::shuffle(places.begin(), places.end(), std::mt19937(11));
+  return places;
+}
+
+struct Fixed {
+  explicit Fixed(u32 size) : pool(make<BFixedMemoryPool>(size)), bytes(size) {}
+  void* take() { return pool->alloc(bytes); }
+  void give(void* block) { pool->free(block); }
+  Ref<BMemoryPool> pool;  // as callers have it
+  u32 bytes;
+};
+
+struct SizeClasses {
+  explicit SizeClasses(u32 size) : pool(make<BSizeClassMemoryPool>()), bytes(size) {}
+  void* take() { return pool->alloc(bytes); }
+  void give(void* block) { pool->free(block); }
+  Ref<BMemoryPool> pool;
+  u32 bytes;
+};
+
+struct Malloc {
+  explicit Malloc(u32 size) : bytes(size) {}
+  void* take() { return std::malloc(bytes); }
+  void give(void* block) { std::free(block); }
+  u32 bytes;
+};
+
+struct SystemHeap {
+  explicit SystemHeap(u32 size) : heap(GetProcessHeap()), bytes(size) {}
+  void* take() { return HeapAlloc(heap, 0, bytes); }
+  void give(void* block) { HeapFree(heap, 0, block); }
+  HANDLE heap;
+  u32 bytes;
+};
+
+struct LockedBoostPool {
+  explicit LockedBoostPool(u32 size) : pool(size) {}
+  void* take() {
+    const SCriticalSection::Lock lock(section);
+    return pool.malloc();
+  }
+  void give(void* block) {
+    const SCriticalSection::Lock lock(section);
+    pool.free(block);
+  }
+  SCriticalSection section;
+  boost::pool<> pool;
+};
+
+struct PmrPool {
+  explicit PmrPool(u32 size) : bytes(size) {}
+  void* take() { return pool.allocate(bytes); }
+  void give(void* block) { pool.deallocate(block, bytes); }
+  std::pmr::synchronized_pool_resource pool;
+  u32 bytes;
+};
+
+template <class Source>
+void churn(Source& source, const std::vector<std::size_t>& places, std::uint64_t batches) {
+  void* blocks[kBatch];
+  for (; batches > 0; --batches) {
+    for (void*& block : blocks) {
+      block = source.take();
+      *static_cast<volatile u32*>(block) = 1;
+    }
+    for (std::size_t place : places) source.give(blocks[place]);
+  }
+}
+
+// Two threads do so many batches an operation that starting the second one does not count.
+constexpr std::uint64_t kBatchesOfTwo = 64;
+
+template <class Source>
+Work churning(Source& source, Order order) {
+  return [&source, places = permutation(order, kBatch)](std::uint64_t count) { churn(source, places, count); };
+}
+
+template <class Source>
+Work churningByTwo(Source& source, Order order) {
+  return [&source, places = permutation(order, kBatch)](std::uint64_t count) {
+    std::thread other([&] { churn(source, places, count * kBatchesOfTwo / 2); });
+    churn(source, places, count * kBatchesOfTwo / 2);
+    other.join();
+  };
+}
+
+struct Peers {
+  explicit Peers(u32 size) : heap(size), system(size), boost(size), pmr(size) {}
+  Malloc heap;
+  SystemHeap system;
+  LockedBoostPool boost;
+  PmrPool pmr;
+};
+
+template <class Ours>
+void compareAll(Report& report, const char* what, u32 size, Order order) {
+  Ours ours(size);
+  Peers peers(size);
+  const std::string name = std::string(what) + ", " + std::to_string(size) + " bytes, " + nameOf(order);
+  const Work mine = churning(ours, order);
+  report.compare(name, "malloc", 0.4, mine, churning(peers.heap, order));
+  report.compare(name, "HeapAlloc", 0, mine, churning(peers.system, order));
+  report.compare(name, "std::pmr::synchronized_pool_resource", 0.4, mine, churning(peers.pmr, order));
+  report.compare(name, "boost::pool behind the same lock", 1.2, mine, churning(peers.boost, order));
+  report.compare(name + ", two threads", "malloc", 0.6, churningByTwo(ours, order), churningByTwo(peers.heap, order));
+}
+
+// What the process has committed for itself.
+double committedBytes() {
+  double sum = 0;
+  MEMORY_BASIC_INFORMATION region;
+  for (char* at = nullptr; VirtualQuery(at, &region, sizeof region); at += region.RegionSize) {
+    if (region.State == MEM_COMMIT && region.Type == MEM_PRIVATE) sum += static_cast<double>(region.RegionSize);
+  }
+  return sum;
+}
+
+template <class Source>
+double heldPerLiveByte(u32 size) {
+  constexpr std::size_t kLiveBytes = 16u << 20;
+  Source source(size);
+  std::vector<void*> blocks(kLiveBytes / size);
+  const double before = committedBytes();
+  for (void*& block : blocks) block = source.take();
+  const double held = (committedBytes() - before) / kLiveBytes;
+  for (void* block : blocks) source.give(block);
+  return held;
+}
+
+// Memory runs short when a program has been busy with other things.
+void emptyCaches() {
+  static std::vector<char> other(64u << 20);
+  for (std::size_t i = 0; i < other.size(); i += 64) ++other[i];
+}
+
+// One compaction of a pool of so many chunks, with cold caches; of every second chunk a block stays in use.
+double compactionNs(std::size_t chunks, Order order) {
+  using Clock = std::chrono::steady_clock;
+  constexpr u32 kBytes = 20;
+  std::vector<double> times;
+  for (int round = 0; round < 9; ++round) {
+    const auto pool = make<BFixedMemoryPool>(kBytes);
+    std::vector<void*> blocks(chunks * 16);
+    for (void*& block : blocks) block = pool->alloc(kBytes);
+    for (std::size_t place : permutation(order, blocks.size())) {
+      if (place % 32 != 0) pool->free(blocks[place]);
+    }
+    emptyCaches();
+    const auto start = Clock::now();
+    pool->hibernate(true);
+    times.push_back(std::chrono::duration<double, std::nano>(Clock::now() - start).count());
+  }
+  std::nth_element(times.begin(), times.begin() + 4, times.end());
+  return times[4];
+}
+
+void measureMemory(Report& report) {
+  for (u32 size : {8u, 32u, 128u, 1024u}) {
+    for (Order order : {Order::NewestFirst, Order::OldestFirst, Order::Random})
+      compareAll<Fixed>(report, "fixed pool", size, order);
+  }
+  for (u32 size : {8u, 100u, 1000u}) compareAll<SizeClasses>(report, "size classes", size, Order::Random);
+  for (u32 size : {8u, 32u, 128u, 1024u}) {
+    report.add("fixed pool, held per live byte, " + std::to_string(size), "malloc", 0, heldPerLiveByte<Fixed>(size),
+               heldPerLiveByte<Malloc>(size));
+    report.add("size classes, held per live byte, " + std::to_string(size), "malloc", 0,
+               heldPerLiveByte<SizeClasses>(size), heldPerLiveByte<Malloc>(size));
+  }
+  for (Order order : {Order::NewestFirst, Order::Random})
+    report.add(std::string("compaction of 10000 chunks, freed ") + nameOf(order), "of 1000", 12,
+               compactionNs(10000, order), compactionNs(1000, order));
+}
+
+const Area area{"memory", measureMemory};
+
+}  // namespace
+}  // namespace corvix::bench

@@ -1,0 +1,49 @@
+// The parts of a fixed pool's memory, and the two operations that a size-class pool does under its own lock.
+#pragma once
+
+#include "core/baselib/memory/FixedMemoryPool.h"
+
+#include <algorithm>
+#include <cassert>
+
+namespace corvix {
+
+struct BFixedMemoryPool::Chunk {
+  Chunk* next;
+  u32 payloadBytes;
+  u32 usedBytes;  // as the last compaction found it
+};
+
+// Lies in the free memory itself: the run of `lengthBytes` that starts there.
+struct BFixedMemoryPool::FreeRun {
+  FreeRun* next;
+  u32 lengthBytes;
+};
+
+inline void* BFixedMemoryPool::take(u32 sizeBytes) {
+  assert(sizeBytes <= blockBytes_ && "more was asked of a fixed pool than its block size");
+  if (!freeRuns_ && !grow()) [[unlikely]]
+    return nullptr;
+  FreeRun* const run = freeRuns_;
+  // Deliberate: `alloc` counts what was asked for, `free` the whole block.
+  handedOutBytes_ += sizeBytes;
+  // No run starts where another's entry still stands.
+  const u32 stride = std::max(sizeBytes, static_cast<u32>(sizeof(FreeRun)));
+  if (stride <= run->lengthBytes / 2) {
+    auto* const rest = reinterpret_cast<FreeRun*>(reinterpret_cast<char*>(run) + stride);
+    *rest = {run->next, run->lengthBytes - stride};
+    freeRuns_ = rest;
+  } else {
+    freeRuns_ = run->next;
+  }
+  return run;
+}
+
+inline void BFixedMemoryPool::put(void* block) noexcept {
+  auto* const run = static_cast<FreeRun*>(block);
+  *run = {freeRuns_, std::max(blockBytes_, static_cast<u32>(sizeof(FreeRun)))};
+  freeRuns_ = run;
+  handedOutBytes_ -= blockBytes_;
+}
+
+}  // namespace corvix
