@@ -25,6 +25,7 @@ PackImageInputStream::PackImageInputStream(Ref<BInputStream> packed, const PackP
       colors_(static_cast<u32>(parameters.colors)),
       bits_(static_cast<u32>(parameters.bitsPerComponent)),
       pixelBytes_((colors_ * bits_ + 7) / 8),
+      rowSamples_(colors_ * static_cast<u32>(parameters.columns)),
       rowBytes_(parameters.rowBytes()) {
   const bool isPng = predictor_ >= PackParams::kPngPredictor && predictor_ <= PackParams::kPngPredictor + 5;
   const bool isKnown = isPng || predictor_ == PackParams::kNoPredictor || predictor_ == PackParams::kTiffPredictor;
@@ -104,7 +105,7 @@ void PackImageInputStream::takeBackTiff(u32 bytes) noexcept {
   } else {
     const u32 mask = (1u << bits_) - 1;
     u8 left[32] = {};
-    const u32 samples = bytes * 8 / bits_;
+    const u32 samples = std::min(bytes * 8 / bits_, rowSamples_);
     for (u32 i = 0, color = 0; i < samples; ++i, color = color + 1 < colors_ ? color + 1 : 0) {
       u8& byte = row_[i * bits_ / 8];
       const u32 shift = 8 - bits_ - i * bits_ % 8;

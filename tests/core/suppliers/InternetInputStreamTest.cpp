@@ -54,7 +54,7 @@ BOOL WINAPI readFile(HINTERNET, void* buffer, DWORD count, DWORD* got) {
   net.position += *got;
   return TRUE;
 }
-DWORD WINAPI setFilePointer(HINTERNET, LONG offset, LONG*, DWORD from, DWORD_PTR) {
+DWORD WINAPI setFilePointer(HINTERNET, LONG offset, void*, DWORD from, DWORD_PTR) {
   net.calls.push_back((from == FILE_END ? "end " : "begin ") + std::to_string(offset));
   SetLastError(net.seekError);
   if (!net.seeks) return static_cast<DWORD>(-1);

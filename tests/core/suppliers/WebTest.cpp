@@ -66,7 +66,7 @@ TEST(Web, ReadsWhatServersSend) {
     ASSERT_TRUE(stream) << row.why;
     EXPECT_EQ(stream->isOpen(), row.opens) << row.why;
     EXPECT_EQ(stream->size(), row.opens ? 100000u : 0u) << row.why;
-    EXPECT_EQ(readAll(*stream, 7001), body.substr(0, row.comes)) << row.why;
+    EXPECT_TRUE(readAll(*stream, 7001) == body.substr(0, row.comes)) << row.why;
     EXPECT_EQ(stream->getPosition(), row.comes) << row.why;
   }
 }
@@ -78,9 +78,10 @@ TEST(Web, GivesTheTextOfAnErrorReply) {
 }
 
 TEST(Web, AsksAsItShould) {
-  const auto stream = openAt(Servers().scripted, L"/a/../echo?q=1#fragment");
+  auto stream = openAt(Servers().scripted, L"/a/../echo?q=1#fragment");
   ASSERT_TRUE(stream && stream->isOpen());
   EXPECT_EQ(readAll(*stream, 512), "GET /echo?q=1 HTTP/1.1\nUser-Agent: Corvix/1.00\n");
+  stream.reset();  // one at a time
   EXPECT_EQ(readAll(*openAt(Servers().nginx, L"/a b.txt"), 512), "a blank in the name");
 }
 
@@ -90,12 +91,12 @@ TEST(Web, ByteByByteIsTheSame) {
   std::string head;
   for (int i = 0; i < 1000; ++i) head += static_cast<char>(stream->readByte());
   const auto passed = std::chrono::steady_clock::now() - before;
-  EXPECT_EQ(head, stream_testing::pattern(1000));
+  EXPECT_TRUE(head == stream_testing::pattern(1000));
   EXPECT_LT(passed, std::chrono::milliseconds(1200)) << "waited for what came later";
   EXPECT_EQ(stream->unreadByte(), 999u);
   std::string all = head.substr(0, 999);
   for (int byte = stream->readByte(); byte >= 0; byte = stream->readByte()) all += static_cast<char>(byte);
-  EXPECT_EQ(all, stream_testing::pattern(100000));
+  EXPECT_TRUE(all == stream_testing::pattern(100000));
 }
 
 TEST(Web, SeeksWhereTheSystemCan) {

@@ -52,46 +52,46 @@ std::string bytes(std::initializer_list<int> values) { return {values.begin(), v
 
 TEST(PackDecodeStream, UnpacksAndTellsWhatIsWrong) {
   using enum PackMethod;
-  using enum PackFault;
+  using PackFault::Damaged, PackFault::Truncated;
+  constexpr PackFault kFine = PackFault::None;
   const struct {
     PackMethod method;
     std::string packed;
     std::string plain;
     PackFault fault;
   } rows[] = {
-      {RunLength, bytes({2, 'a', 'b', 'c', 255, 'x', 129, 'y', 128, 'z'}), "abcxx" + std::string(128, 'y'), None},
+      {RunLength, bytes({2, 'a', 'b', 'c', 255, 'x', 129, 'y', 128, 'z'}), "abcxx" + std::string(128, 'y'), kFine},
       {RunLength, bytes({2, 'a', 'b'}), "ab", Truncated},
       {RunLength, bytes({0, 'a'}), "a", Truncated},
       {RunLength, bytes({200}), "", Truncated},
       {RunLength, "", "", Truncated},
-      {AsciiHex, "48 65\n6C6c 6F>zz", "Hello", None},
-      {AsciiHex, "487>", "Hp", None},
+      {AsciiHex, "48 65\n6C6c 6F>zz", "Hello", kFine},
+      {AsciiHex, "487>", "Hp", kFine},
       {AsciiHex, "4865", "He", Truncated},
       {AsciiHex, "48x5>", "H", Damaged},
-      {AsciiHex, ">", "", None},
-      {Ascii85, "87cURD_*#4DfTZ)~>", "Hello, World", None},
-      {Ascii85, "<~87cURD_*#4DfT\nZ)~>", "Hello, World", None},
-      {Ascii85, "z87cURDZ~>", std::string(4, 0) + "Hello", None},
+      {AsciiHex, ">", "", kFine},
+      {Ascii85, "87cURD_*#4DfTZ)~>", "Hello, World", kFine},
+      {Ascii85, "<~87cURD_*#4DfT\nZ)~>", "Hello, World", kFine},
+      {Ascii85, "z87cURDZ~>", std::string(4, 0) + "Hello", kFine},
       {Ascii85, "87cUR", "Hell", Truncated},
       {Ascii85, "87cUR8~>", "Hell", Damaged},
       {Ascii85, "87cUR8z~>", "Hell", Damaged},
       {Ascii85, "87cUR~x", "Hell", Truncated},
-      {Ascii85, "s8W-!~>", "\xFF\xFF\xFF\xFF", None},
+      {Ascii85, "s8W-!~>", "\xFF\xFF\xFF\xFF", kFine},
       {Ascii85, "s8W-\"~>", "", Damaged},
       {Ascii85, "87cUR{~>", "Hell", Damaged},
       // The documented example of the method, and what cannot be.
       {Lzw, bytes({0x80, 0x0B, 0x60, 0x50, 0x22, 0x0C, 0x0C, 0x85, 0x01}),
-       bytes({45, 45, 45, 45, 45, 65, 45, 45, 45, 66}), None},
+       bytes({45, 45, 45, 45, 45, 65, 45, 45, 45, 66}), kFine},
       {Lzw, bytes({0x80, 0x0B, 0x60, 0x50}), bytes({45, 45, 45}), Truncated},
       {Lzw, bytes({0x80, 0x0B, 0x7F, 0xFF}), bytes({45}), Damaged},
       {Lzw, bytes({0xFF, 0xFF}), "", Damaged},
-      {Flate, deflated("Hello"), "Hello", None},
-      {Flate, deflated("Hello") + "more", "Hello", None},
-      {Flate, deflated(""), "", None},
+      {Flate, deflated("Hello"), "Hello", kFine},
+      {Flate, deflated("Hello") + "more", "Hello", kFine},
+      {Flate, deflated(""), "", kFine},
       {Flate, "", "", Truncated},
       {Flate, "no zlib", "", Damaged},
-      {Flate, deflated(pattern(5000)).substr(0, 3000), pattern(5000).substr(0, 2988), Truncated},
-      {PackMethod::None, "as it is", "as it is", PackFault::None},
+      {PackMethod::None, "as it is", "as it is", kFine},
   };
   for (const auto& row : rows) {
     for (const u32 piece : {1u, 3u, 100000u}) {
@@ -101,6 +101,19 @@ TEST(PackDecodeStream, UnpacksAndTellsWhatIsWrong) {
         EXPECT_EQ(stream->fault(), row.fault) << static_cast<int>(row.method) << " " << row.packed;
       }
     }
+  }
+}
+
+// Of cut data comes whatever the part that is there tells.
+TEST(PackDecodeStream, GivesWhatCutDataHolds) {
+  const std::string plain = pattern(100000) + std::string(5000, 'x');
+  const std::string packed = deflated(plain);
+  for (const std::size_t left : {std::size_t{1000}, packed.size() / 2, packed.size() - 1}) {
+    const auto stream = decoderOf(packed.substr(0, left), *params(PackMethod::Flate));
+    const std::string got = readAll(*stream);
+    EXPECT_TRUE(plain.compare(0, got.size(), got) == 0);
+    EXPECT_GE(got.size() + 100, std::min(left, plain.size()));
+    EXPECT_EQ(stream->fault(), PackFault::Truncated);
   }
 }
 
@@ -156,7 +169,7 @@ TEST(PackDecodeStream, TakesPredictorsBack) {
     PackFault fault;
   } rows[] = {
       {12, 1, 8, 3, bytes({0, 1, 2, 3, 1, 1, 1, 1, 2, 1, 1, 1, 3, 10, 1, 0, 4, 1, 1, 1}),
-       bytes({1, 2, 3, 1, 2, 3, 2, 3, 4, 11, 8, 6, 12, 13, 14}), PackFault::None},
+       bytes({1, 2, 3, 1, 2, 3, 2, 3, 4, 11, 8, 6, 12, 9, 7}), PackFault::None},
       {10, 3, 8, 2, bytes({1, 1, 2, 3, 1, 1, 1}), bytes({1, 2, 3, 2, 3, 4}), PackFault::None},
       {15, 1, 16, 2, bytes({1, 1, 0, 1, 5}), bytes({1, 0, 2, 5}), PackFault::None},
       {15, 1, 1, 9, bytes({1, 3, 5}), bytes({3, 8}), PackFault::None},
@@ -166,7 +179,7 @@ TEST(PackDecodeStream, TakesPredictorsBack) {
       {2, 2, 8, 2, bytes({1, 10, 1, 10}), bytes({1, 10, 2, 20}), PackFault::None},
       {2, 1, 16, 2, bytes({0, 255, 0, 1}), bytes({0, 255, 1, 0}), PackFault::None},
       {2, 1, 4, 4, bytes({0x11, 0x1F}), bytes({0x12, 0x32}), PackFault::None},
-      {2, 3, 2, 2, bytes({0x6C, 0x40}), bytes({0x6E, 0x00 | 0x80 | 0x40}), PackFault::None},
+      {2, 3, 2, 2, bytes({0x6C, 0x40}), bytes({0x6D, 0xF0}), PackFault::None},
       {2, 1, 8, 3, bytes({1, 1, 1, 5}), bytes({1, 2, 3, 5}), PackFault::Truncated},
       {3, 1, 8, 3, "abc", "", PackFault::Parameters},
       {16, 1, 8, 3, "abc", "", PackFault::Parameters},
@@ -192,7 +205,7 @@ TEST(PackDecodeStream, TakesPredictorsBack) {
 
 TEST(PackDecodeStream, StepsBackAndCloses) {
   const auto stream = decoderOf(deflated(pattern(100000)), *params(PackMethod::Flate));
-  EXPECT_EQ(readAll(*stream, 65536), pattern(100000));
+  EXPECT_TRUE(readAll(*stream, 65536) == pattern(100000));
   EXPECT_EQ(stream->unreadByte(), 99999u);
   EXPECT_EQ(static_cast<char>(stream->readByte()), pattern(100000).back());
   stream->close();
