@@ -36,7 +36,7 @@ class PreviewCache : public BHibernatable {
 
 std::string number(u32 value) {
   std::string digits = std::to_string(value);
-  for (std::size_t at = digits.size(); at > 3; at -= 3) digits.insert(at - 3, ",");
+  for (std::size_t at = digits.size(); at > 3; at -= 3) digits.insert(at - 3, 1, ',');
   return digits;
 }
 

@@ -4,7 +4,7 @@
 #include "core/baselib/objects/Ref.h"
 #include "core/baselib/system/Exception.h"
 #include "shell/Shell.h"
-#include "tests/HandleTesting.h"
+#include "tests/support/CloseBehind.h"
 
 namespace corvix {
 namespace {

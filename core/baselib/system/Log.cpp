@@ -35,9 +35,11 @@ std::size_t lengthOf(const wchar_t* text) { return std::wcslen(text); }
 template <class Char>
 class Room {
  public:
+  static constexpr std::size_t kUsual = 512;
+
   // Null when memory is short.
   Char* of(std::size_t size) noexcept {
-    if (size <= sizeof usual_ / sizeof *usual_) return usual_;
+    if (size <= kUsual) return usual_;
     large_.reset(static_cast<Char*>(_smalloc(size * sizeof(Char))));
     return large_.get();
   }
@@ -46,7 +48,7 @@ class Room {
   struct Free {
     void operator()(Char* block) const noexcept { _sfree(block); }
   };
-  Char usual_[512];
+  Char usual_[kUsual];
   std::unique_ptr<Char, Free> large_;
 };
 
@@ -58,7 +60,7 @@ struct Text {
 
 template <class Char>
 Text<Char> formatted(Room<Char>& room, const Char* form, va_list arguments) {
-  constexpr std::size_t kUsual = 512;
+  constexpr std::size_t kUsual = Room<Char>::kUsual;
   if (!form) return {nullptr, 0};
   va_list again;
   va_copy(again, arguments);

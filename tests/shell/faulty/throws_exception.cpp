@@ -1,7 +1,7 @@
 #include "core/baselib/streams/TempStorage.h"
 #include "core/baselib/system/Exception.h"
 #include "shell/Plugin.h"
-#include "tests/HandleTesting.h"
+#include "tests/support/CloseBehind.h"
 
 namespace {
 

@@ -5,9 +5,9 @@
 #include "core/baselib/streams/MemoryInputStream.h"
 #include "core/baselib/system/Log.h"
 #include "core/baselib/system/Log_p.h"
-#include "tests/FolderTesting.h"
 #include "tests/RegistryTesting.h"
 #include "tests/core/baselib/streams/StreamTesting.h"
+#include "tests/support/OwnFolder.h"
 
 namespace corvix {
 namespace {

@@ -7,9 +7,9 @@
 #include "core/baselib/streams/FileOutputStream.h"
 #include "core/baselib/system/Exception.h"
 #include "core/baselib/system/KernelFile.h"
-#include "tests/FolderTesting.h"
-#include "tests/HandleTesting.h"
 #include "tests/core/baselib/streams/StreamTesting.h"
+#include "tests/support/CloseBehind.h"
+#include "tests/support/OwnFolder.h"
 
 namespace corvix {
 namespace {
@@ -93,19 +93,6 @@ TEST_F(TempStorageTest, CopiesCanBeHadWhenTheFileIsNotOpened) {
   EXPECT_EQ(copy->writeByte('+'), 1u);
   third->seek(7);
   EXPECT_EQ(third->readByte(), '+');
-}
-
-TEST_F(TempStorageTest, OpeningAgainStartsAnew) {
-  BTempStorage storage;
-  ASSERT_TRUE(storage.open());
-  storage.write("abc", 3);
-  const WideString first = storage.fileName();
-  ASSERT_TRUE(storage.open());
-  EXPECT_EQ(storage.getPosition(), 0u);
-  EXPECT_EQ(storage.size(), 0u);
-  EXPECT_EQ(files(), 1);
-  const BTempStorage copyOfClosed{BTempStorage()};
-  EXPECT_FALSE(copyOfClosed.isOpen());
 }
 
 struct LimitRow {

@@ -9,8 +9,8 @@
 
 #include "core/baselib/system/KernelFile.h"
 #include "core/baselib/system/Log_p.h"
-#include "tests/FolderTesting.h"
 #include "tests/RegistryTesting.h"
+#include "tests/support/OwnFolder.h"
 
 namespace corvix {
 namespace {
@@ -187,15 +187,6 @@ TEST_F(LogTest, EntriesOfThreadsAreNotSplit) {
   for (std::size_t at = 0; at < log.size(); at += 701) {
     ASSERT_EQ(log.substr(at, 701), std::string(700, log[at]) + "\n") << "at " << at;
   }
-}
-
-TEST_F(LogTest, SwitchIsThatOfTheRunningProgram) {
-  EXPECT_FALSE(isLogSwitchedOn());
-  EXPECT_TRUE(switchLog(true));
-  EXPECT_TRUE(isLogSwitchedOn());
-  EXPECT_TRUE(switchLog(false));
-  EXPECT_FALSE(isLogSwitchedOn());
-  EXPECT_EQ(logPath().view(), modulePath(nullptr) + L".log");
 }
 
 struct ModeRow {
