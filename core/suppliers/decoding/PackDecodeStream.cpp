@@ -8,7 +8,7 @@ namespace corvix {
 
 namespace {
 
-constexpr u32 kInputBytes = 32 * 1024;
+constexpr u32 kInputBytes = 64 * 1024;
 
 PackDecodeStream* decoderOf(Ref<BInputStream> packed, const PackParams& parameters) {
   switch (parameters.method) {
