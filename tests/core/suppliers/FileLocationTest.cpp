@@ -4,7 +4,7 @@
 #include "core/baselib/streams/MemoryInputStream.h"
 #include "core/suppliers/KFileSupplier.h"
 #include "core/suppliers/KIStreamSupplier.h"
-#include "tests/FolderTesting.h"
+#include "tests/support/OwnFolder.h"
 
 #include <gtest/gtest.h>
 
