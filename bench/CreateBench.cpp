@@ -69,4 +69,9 @@ const Area area{"creation", measureCreate};
 }  // namespace
 }  // namespace corvix::bench
 
-CORVIX_PLUGIN({L"Bench.Object", []() -> corvix::IBSmartObject* { return new corvix::bench::Object; }})
+namespace corvix::bench {
+IBSmartObject* makeEventTarget();  // in ShellBench.cpp
+}
+
+CORVIX_PLUGIN({L"Bench.Object", []() -> corvix::IBSmartObject* { return new corvix::bench::Object; }},
+              {L"GlobalEvent.Bench", corvix::bench::makeEventTarget})

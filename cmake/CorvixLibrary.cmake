@@ -19,6 +19,7 @@ set(CORVIX_PUBLIC_HEADERS
     core/baselib/objects/GlobalSender.h
     core/baselib/objects/NotifySender.h
     core/baselib/objects/Ref.h
+    core/baselib/objects/Singleton.h
     core/baselib/objects/SmartObject.h
     core/baselib/objects/Transportable.h
     core/baselib/streams/ChunkInputStream.h
@@ -38,8 +39,11 @@ set(CORVIX_PUBLIC_HEADERS
     core/baselib/system/Log.h
     core/baselib/system/Thread.h
     core/baselib/system/TimerTable.h
+    core/baselib/text/NumberText.h
     core/baselib/text/StringHash.h
+    core/baselib/text/Variant.h
     core/baselib/text/WideString.h
+    core/settings/Settings.h
     core/suppliers/FileLocation.h
     core/suppliers/InternetStream.h
     core/suppliers/KFileSupplier.h
@@ -53,10 +57,19 @@ set(CORVIX_PUBLIC_HEADERS
     core/suppliers/decoding/PackParams.h
     core/xml/XmlNode.h
     core/xml/XmlbinReader.h
+    graphics/fonts/FontMachine.h
+    shell/Actions.h
     shell/ClassFactory.h
+    shell/CommandLine.h
+    shell/Documents.h
+    shell/GlobalEvent.h
+    shell/Gui.h
     shell/Locations.h
+    shell/Notifications.h
     shell/Plugin.h
     shell/PluginManager.h
+    shell/Progress.h
+    shell/Services.h
     shell/Shell.h)
 
 add_library(corvix-objects OBJECT
@@ -86,6 +99,7 @@ add_library(corvix-objects OBJECT
     core/baselib/streams/RandomAccessInputStream.cpp
     core/baselib/streams/RangedFile.cpp
     core/baselib/streams/TempStorage.cpp
+    core/baselib/system/ApplicationKey.cpp
     core/baselib/system/CriticalSection.cpp
     core/baselib/system/Exception.cpp
     core/baselib/system/KernelFile.cpp
@@ -93,7 +107,12 @@ add_library(corvix-objects OBJECT
     core/baselib/system/RegistryKey.cpp
     core/baselib/system/Thread.cpp
     core/baselib/system/TimerTable.cpp
+    core/baselib/text/NumberText.cpp
     core/baselib/text/StringHash.cpp
+    core/baselib/text/Variant.cpp
+    core/settings/BSettings.cpp
+    core/settings/SettingText.cpp
+    core/settings/SettingsRegistry.cpp
     core/suppliers/FileLocation.cpp
     core/suppliers/InternetInputStream.cpp
     core/suppliers/KFileSupplier.cpp
@@ -109,17 +128,25 @@ add_library(corvix-objects OBJECT
     core/suppliers/decoding/PackImageInputStream.cpp
     core/suppliers/decoding/PackParams.cpp
     core/suppliers/decoding/TextDecoders.cpp
+    core/xml/Attributes.cpp
     core/xml/XmlNode.cpp
     core/xml/XmlbinReader.cpp
+    graphics/fonts/FMFontMachine.cpp
+    graphics/fonts/FontSubstitutors.cpp
+    library/LibraryClasses.cpp
     library/LibraryObjects.cpp
-    shell/Attributes.cpp
+    shell/KActionManager.cpp
     shell/KClassFactoryLocal.cpp
     shell/KPluginManager.cpp
     shell/KShell.cpp
+    shell/KShellCommandLine.cpp
+    shell/KShellNotifications.cpp
     shell/LibraryModule.cpp
     shell/Locations.cpp
+    shell/Notifications.cpp
     shell/PluginModule.cpp
-    shell/ShellThread.cpp
+    shell/TaskQueue.cpp
+    shell/Thrown.cpp
     shell/modules/ModuleFile.cpp
     shell/modules/PeImage.cpp)
 target_compile_definitions(corvix-objects PUBLIC CORVIX_BUILDING PRIVATE UNICODE _UNICODE WIN32_LEAN_AND_MEAN NOMINMAX _WIN32_WINNT=0x0601)
@@ -127,7 +154,7 @@ target_include_directories(corvix-objects PUBLIC "${PROJECT_SOURCE_DIR}")
 
 # zlib goes into the library, so that no further file has to be shipped.
 find_library(CORVIX_ZLIB NAMES libz.a REQUIRED)
-target_link_libraries(corvix-objects PRIVATE corvix-warnings INTERFACE "${CORVIX_ZLIB}")
+target_link_libraries(corvix-objects PUBLIC gdi32 PRIVATE corvix-warnings INTERFACE "${CORVIX_ZLIB}")
 
 if(MSVC)
     target_sources(corvix-objects PRIVATE shell/modules/GuardedCall_msvc.cpp)

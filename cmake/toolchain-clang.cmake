@@ -5,6 +5,7 @@ set(CMAKE_C_COMPILER clang)
 set(CMAKE_CXX_COMPILER clang++)
 set(CMAKE_C_COMPILER_TARGET i686-w64-mingw32)
 set(CMAKE_CXX_COMPILER_TARGET i686-w64-mingw32)
+set(CMAKE_STRIP i686-w64-mingw32-strip)  # LLVM's, if there is one, refuses GCC's run-time libraries
 
 # clang finds GCC's folder by its version number, but Debian names it "12-posix": give it a root of links where the name
 # is a number.

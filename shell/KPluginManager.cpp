@@ -1,6 +1,9 @@
 #include "shell/KPluginManager.h"
 
+#include "core/baselib/objects/GlobalSender.h"
+#include "core/baselib/system/Log.h"
 #include "core/xml/XmlbinReader.h"
+#include "shell/Thrown_p.h"
 #include "shell/modules/ModuleFile.h"
 
 #include <algorithm>
@@ -52,6 +55,16 @@ bool samePath(const wchar_t* a, const std::wstring& b) {
 
 }  // namespace
 
+BNotifySender& preGlobalEvents() {
+  static GlobalSender sender(IPluginManager::classInfo(), "preGlobalEvent");
+  return sender.get();
+}
+
+BNotifySender& postGlobalEvents() {
+  static GlobalSender sender(IPluginManager::classInfo(), "postGlobalEvent");
+  return sender.get();
+}
+
 IBCollection* KPluginManager::findByName(const wchar_t* interfaceName) {
   KInterfaceCollection* const found = registry_.find(interfaceName);
   if (found) found->addRef();
@@ -65,6 +78,49 @@ IBSmartObject* KPluginManager::createObject(const wchar_t* interfaceName) {
     if (IBSmartObject* object = found->item(i)->createObject()) return object;
   }
   return nullptr;
+}
+
+// The count is read anew each time: an object may have more modules registered. One that throws does not keep
+// the others from being told.
+template <class Interface, class Call>
+void KPluginManager::forEachObject(const std::wstring& interfaceName, Call call) {
+  const KInterfaceCollection* const found = registry_.find(interfaceName);
+  for (i32 i = 0; found && i < found->count(); ++i) {
+    const auto object = Ref<IBSmartObject>::adopt(found->item(i)->createObject());
+    Interface* const wanted = corvix::query<Interface>(object.get());
+    if (!wanted) continue;
+    if (const auto thrown = thrownBy([&] { call(*wanted); }))
+      sWriteLog(L"Told as \"%s\", %s threw: %s\n", interfaceName.c_str(), found->item(i)->module()->path(),
+                thrown->c_str());
+  }
+}
+
+void KPluginManager::raiseEvent(IGlobalEvent& event) {
+  const auto tell = [&event](IGlobalEventTarget& target) { return target.onGlobalEvent(event); };
+  broadcastTo<IGlobalEventTarget>(preEventSender_, tell);
+  broadcastTo<IGlobalEventTarget>(preGlobalEvents(), tell);
+  forEachObject<IGlobalEventTarget>(std::wstring(L"GlobalEvent.") + event.name(), tell);
+  broadcastTo<IGlobalEventTarget>(postEventSender_, tell);
+  broadcastTo<IGlobalEventTarget>(postGlobalEvents(), tell);
+}
+
+void KPluginManager::tellAfterInit() {
+  forEachObject<IPluginManagerAfterInit>(L"IPluginManagerAfterInit",
+                                         [this](IPluginManagerAfterInit& told) { told.afterInit(*this); });
+}
+
+void KPluginManager::tellBeforeDestroy() {
+  forEachObject<IPluginManagerBeforeDestroy>(L"IPluginManagerBeforeDestroy",
+                                             [this](IPluginManagerBeforeDestroy& told) { told.beforeDestroy(*this); });
+}
+
+void KPluginManager::registerInstance(const wchar_t* interfaceName, Ref<IBSmartObject> instance) {
+  if (modules_.empty()) return;
+  Attributes attributes;
+  attributes.add(L"Name", interfaceName);
+  const ClassWords identifier = instance->typeInfo().words();
+  registry_.registerInterface(make<KPluginInterface>(modules_.front(), std::move(attributes), identifier));
+  registry_.setInstance(interfaceName, std::move(instance));
 }
 
 void KPluginManager::registerOwnDescriptor(void* module) {
@@ -91,7 +147,9 @@ void KPluginManager::readDescriptor(Ref<KPluginModule> module, const XMLNodeNode
     if (child->type() != XmlNodeType::Element) continue;
     const auto& element = static_cast<const XMLNodeNode&>(*child);
     if (element.nameView() == L"Setting") {
-      module->addSetting(element);
+      Attributes declared(element);
+      settingsRegistry_.registerSetting(declared, *settings_);
+      module->addSetting(std::move(declared));
     } else if (element.nameView() == L"Interface") {
       Attributes attributes(element);
       const wchar_t* const name = attributes.find(L"Name");

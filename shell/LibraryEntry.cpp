@@ -2,7 +2,8 @@
 
 #include <windows.h>
 
-BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, void*) {
+BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, void* reserved) {
   if (reason == DLL_PROCESS_ATTACH) corvix::setLibraryModule(module);
+  if (reason == DLL_PROCESS_DETACH && reserved) corvix::setProcessEnding();
   return TRUE;
 }

@@ -6,4 +6,8 @@ namespace corvix {
 void* libraryModule() noexcept;
 void setLibraryModule(void* module) noexcept;
 
+// True once the process ends: statics of other modules are gone then, their code and their objects are not.
+bool isProcessEnding() noexcept;
+void setProcessEnding() noexcept;
+
 }  // namespace corvix

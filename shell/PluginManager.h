@@ -7,6 +7,8 @@
 
 namespace corvix {
 
+class IGlobalEvent;
+class IPluginManager;
 class XMLNode;
 
 enum class ModuleState {
@@ -60,12 +62,30 @@ class IPluginInterface : public BSmartObject {
   virtual IBSmartObject* createObject() = 0;
 };
 
+// An interface under the name "IPluginManagerAfterInit" is created and told once when every module of the start
+// is known; one under "IPluginManagerBeforeDestroy" when the shell shuts down. Both are released right after.
+class IPluginManagerAfterInit : public IBTransportable {
+  CORVIX_IDENTITY(IPluginManagerAfterInit, 0xA71B8102, 0x41F465CF, 0xD19A46AA, 0x7F0C17F1, IBTransportable)
+
+ public:
+  virtual void afterInit(IPluginManager& manager) = 0;
+};
+
+class IPluginManagerBeforeDestroy : public IBTransportable {
+  CORVIX_IDENTITY(IPluginManagerBeforeDestroy, 0x075A9369, 0x5B2A54C6, 0x96F422EE, 0x3A3D3032, IBTransportable)
+
+ public:
+  virtual void beforeDestroy(IPluginManager& manager) = 0;
+};
+
 class IPluginManager : public BSmartObject {
   CORVIX_IDENTITY(IPluginManager, 0xA95C1F70, 0x4683D2E9, 0x8C4F07B6, 0x35ED6A18, BSmartObject)
 
  public:
-  // The IPluginInterface objects declared under exactly this name, in their order of delivery; the list grows
-  // when more are registered. With a reference that the caller owns; null when nobody declares the name.
+  // The IPluginInterface objects declared under exactly this name; the list grows when more are registered.
+  // Their attribute "Order" ("Low" or "Hight": -100, "Default" or none: 0, or a number) says who comes first,
+  // a smaller one earlier, equal ones as they were registered. With a reference that the caller owns; null when nobody
+  // declares the name.
   virtual IBCollection* findByName(const wchar_t* interfaceName) = 0;
 
   // A new object, owned by the caller, from the first module under this name that can make one; else null.
@@ -94,6 +114,17 @@ class IPluginManager : public BSmartObject {
   // Every interface of every module, module by module in the order of their descriptors.
   virtual i32 interfaceCount() const noexcept = 0;
   virtual IPluginInterface* interfaceAt(i32 index) const noexcept = 0;  // null outside the list
+
+  // Writes every declared setting, value and default, to the user's registry. Returns how many could be
+  // written.
+  virtual i32 saveSettings() = 0;
+
+  // Delivers an event: to the manager's own list of those told before, the process-wide one, an object of
+  // every interface declared as "GlobalEvent." and the event's name, the manager's own list of those told
+  // after, the process-wide one. See shell/GlobalEvent.h.
+  virtual void raiseEvent(IGlobalEvent& event) = 0;
+  virtual BNotifySender& preEventSender() noexcept = 0;
+  virtual BNotifySender& postEventSender() noexcept = 0;
 };
 
 // A new object as one of its interfaces, or nothing when the name cannot be created or has no such interface.

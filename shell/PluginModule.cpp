@@ -1,42 +1,15 @@
 #include "shell/PluginModule_p.h"
 
-#include "core/baselib/system/Exception.h"
 #include "core/baselib/system/Log.h"
+#include "shell/Thrown_p.h"
 #include "shell/UserAlert_p.h"
 #include "shell/modules/ModuleFile.h"
-
-#include <exception>
 
 namespace corvix {
 
 namespace {
 
 constexpr char kFactoryFunction[] = "queryClassFactoryLocal";
-
-std::wstring widen(const char* text) {
-  std::wstring wide(static_cast<std::size_t>(MultiByteToWideChar(CP_UTF8, 0, text, -1, nullptr, 0)), 0);
-  MultiByteToWideChar(CP_UTF8, 0, text, -1, wide.data(), static_cast<int>(wide.size()));
-  if (!wide.empty()) wide.pop_back();
-  return wide;
-}
-
-// Runs the module's code: the text of a C++ exception that it throws, or nothing.
-template <class Call>
-std::optional<std::wstring> thrownBy(Call call) {
-  try {
-    call();
-  } catch (const std::exception& exception) {
-    return widen(exception.what());
-  } catch (const SException* exception) {
-    wchar_t* const message = exception->getMessage();
-    std::wstring text(message ? message : L"");
-    _sfree(message);
-    return text;
-  } catch (...) {
-    return L"an exception of an unknown kind";
-  }
-  return std::nullopt;
-}
 
 }  // namespace
 

@@ -1,7 +1,7 @@
 // KPluginModule: the record of one module. KPluginInterface: one interface that it declares.
 #pragma once
 
-#include "shell/Attributes_p.h"
+#include "core/xml/Attributes.h"
 #include "shell/ClassFactory.h"
 #include "shell/PluginManager.h"
 
@@ -35,7 +35,7 @@ class KPluginModule final : public IPluginModule {
 
   // What the descriptor says of the module itself.
   void setPlugin(const XMLNodeNode& element);
-  void addSetting(const XMLNodeNode& element) { settings_.emplace_back(element); }
+  void addSetting(Attributes declared) { settings_.push_back(std::move(declared)); }
 
   void fail(std::wstring reason);
 

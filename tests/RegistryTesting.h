@@ -1,7 +1,7 @@
 // A registry of its own for a test: HKEY_CURRENT_USER leads into a key that is removed at the end.
 #pragma once
 
-#include "core/baselib/system/RegistryKey_p.h"
+#include "core/baselib/system/RegistryKey.h"
 
 #include <string>
 

@@ -14,7 +14,23 @@ int listModules(corvix::IPluginManager& manager);
 int runDemo(corvix::IPluginManager& manager);
 
 // Copies what a location or a path names into a file, or to the standard output when `file` is empty.
-int fetch(corvix::IPluginManager& manager, const std::string& location, const std::string& file);
+int fetch(corvix::IShell& shell, const std::string& location, const std::string& file);
+
+// Every setting with its value, its default and what can be chosen.
+int listSettings(corvix::IShell& shell);
+
+int getSetting(corvix::IShell& shell, const std::string& group, const std::string& item);
+
+// Checks the text against the setting's type, changes the setting and saves it.
+int setSetting(corvix::IShell& shell, const std::string& group, const std::string& item, const std::string& text);
+
+int saveSettings(corvix::IShell& shell);
+
+// Raises a global event and says who declares to be told.
+int raiseEvent(corvix::IShell& shell, const std::string& name);
+
+// Processes an action, unless it says that it cannot be done now.
+int processAction(corvix::IShell& shell, const std::string& name);
 
 // Works with pools and a hibernatable, and shows what the memory manager knows of them before and after it is asked
 // to give memory back.

@@ -1,12 +1,14 @@
 #include "examples/host/Commands.h"
 #include "examples/host/Console.h"
-#include "examples/host/ProgressLine.h"
+#include "examples/host/ShellDisplay.h"
 
 #include "core/baselib/streams/FileOutputStream.h"
 #include "core/baselib/streams/InputStream.h"
 #include "shell/Locations.h"
 
+#include <chrono>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include <windows.h>
@@ -62,6 +64,37 @@ class Receiver {
   Ref<BFileOutputStream> file_;
 };
 
+// Tells the shell's listeners how far a transfer is, in percent.
+class Percentage {
+ public:
+  Percentage(IShell& shell, u32 total)
+      : shell_(shell), id_(shell.newProgressId()), total_(total), end_(total == IBStream::kUnknownSize ? 0 : 100) {
+    shell_.startProgress(id_, 0, end_, 0, kProgressCanStop);
+  }
+  ~Percentage() { shell_.stopProgress(id_, 0, end_, position_, kProgressCanStop); }
+
+  // False when somebody asks for an early end.
+  bool update(u64 done) {
+    const i32 position = end_ > 0 && total_ > 0 ? static_cast<i32>(done * 100 / total_) : 0;
+    const auto now = std::chrono::steady_clock::now();
+    if (position == position_ || (position < end_ && now - told_ < std::chrono::milliseconds(100))) return true;
+    position_ = position;
+    told_ = now;
+    return shell_.changeProgress(id_, 0, end_, position, kProgressCanStop) != notify::kStop;
+  }
+  void finish(u64 done) {
+    if (total_ == done) position_ = end_;
+  }
+
+ private:
+  IShell& shell_;
+  i32 id_;
+  u32 total_;
+  i32 end_;
+  i32 position_ = 0;
+  std::chrono::steady_clock::time_point told_;
+};
+
 std::string whyNoStream(IPluginManager& manager, const wchar_t* location) {
   const WideString name = supplierNameOf(location);
   const auto entries = Ref<IBCollection>::adopt(manager.findByName(name.c_str()));
@@ -75,7 +108,8 @@ std::string whyNoStream(IPluginManager& manager, const wchar_t* location) {
 
 }  // namespace
 
-int fetch(IPluginManager& manager, const std::string& location, const std::string& file) {
+int fetch(IShell& shell, const std::string& location, const std::string& file) {
+  IPluginManager& manager = *shell.pluginManager();
   const std::wstring wideLocation = wide(location);
   const auto opened = Ref<IBStream>::adopt(openLocation(manager, wideLocation.c_str()));
   const auto stream = opened.as<BInputStream>();
@@ -87,13 +121,15 @@ int fetch(IPluginManager& manager, const std::string& location, const std::strin
   Receiver receiver(wide(file));
   if (!receiver.open()) return failed("cannot write " + file + ": is its folder there, and may you write in it?");
   const u32 size = stream->size();
-  ProgressLine progress(location, size);
+  std::optional<ShellDisplay> display;  // the standard output has one use at a time
+  if (!file.empty()) display.emplace(shell);
+  Percentage progress(shell, size);
   const auto piece = std::make_unique<u8[]>(kPieceBytes);
   u64 done = 0;
   while (const u32 got = stream->read(piece.get(), kPieceBytes)) {
     done += got;
     if (!receiver.write(piece.get(), got)) return failed("cannot write " + file + ": the disk is full?");
-    progress.update(done);
+    if (!progress.update(done)) return failed("stopped by the user; nothing was kept");
   }
   progress.finish(done);
   if (size != IBStream::kUnknownSize && done < size)

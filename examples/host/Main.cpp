@@ -17,11 +17,13 @@ int main() {
   bool withLog = false;
   app.add_flag("--show-log", withLog, "At the end, show what this run has logged");
 
-  const auto manager = [&]() -> corvix::IPluginManager& {
-    corvix::IShell& shell = *corvix::IShell::getInstance();
-    shell.setUnattended(unattended);
-    return *shell.pluginManager();
+  corvix::IShell* started = nullptr;
+  const auto shell = [&]() -> corvix::IShell& {
+    if (unattended) corvix::IShell::startUnattended();
+    started = corvix::IShell::getInstance();
+    return *started;
   };
+  const auto manager = [&]() -> corvix::IPluginManager& { return *shell().pluginManager(); };
   int exitCode = 0;
   app.add_subcommand("list", "List modules, interfaces and settings")->callback([&] {
     exitCode = host::listModules(manager());
@@ -29,6 +31,29 @@ int main() {
   app.add_subcommand("demo", "Make objects by name, use them and release them")->callback([&] {
     exitCode = host::runDemo(manager());
   });
+  std::string name, group, item, value;
+  CLI::App& settings = *app.add_subcommand("settings", "The user's options, kept in the registry");
+  settings.require_subcommand(1);
+  settings.add_subcommand("list", "Every setting with its value, its default and its choices")->callback([&] {
+    exitCode = host::listSettings(shell());
+  });
+  CLI::App& get = *settings.add_subcommand("get", "The value of one setting");
+  get.add_option("group", group, "Its group")->required();
+  get.add_option("item", item, "Its name in the group")->required();
+  get.callback([&] { exitCode = host::getSetting(shell(), group, item); });
+  CLI::App& set = *settings.add_subcommand("set", "Change one setting and save");
+  set.add_option("group", group, "Its group")->required();
+  set.add_option("item", item, "Its name in the group")->required();
+  set.add_option("value", value, "true or false, a number, one of the choices, or a text; as the type has it")
+      ->required();
+  set.callback([&] { exitCode = host::setSetting(shell(), group, item, value); });
+  settings.add_subcommand("save", "Write all settings")->callback([&] { exitCode = host::saveSettings(shell()); });
+  CLI::App& event = *app.add_subcommand("event", "Raise a global event: \"event Morning\"");
+  event.add_option("name", name, "The event's name, without \"GlobalEvent.\"")->required();
+  event.callback([&] { exitCode = host::raiseEvent(shell(), name); });
+  CLI::App& action = *app.add_subcommand("action", "Process an action: \"action Example.Work\"");
+  action.add_option("name", name, "The action's name, with or without \"Actions.\"")->required();
+  action.callback([&] { exitCode = host::processAction(shell(), name); });
   app.add_subcommand("memory", "Show the memory pools and hibernatables before and after they give memory back")
       ->callback([&] {
         manager();  // makes the shell, which is asked when memory runs out
@@ -45,7 +70,7 @@ int main() {
   fetchCommand->add_option("LOCATION", location, "file:, http: or any scheme that a plug-in adds; or a path")
       ->required();
   fetchCommand->add_option("FILE", file, "Where to; the standard output if there is none");
-  fetchCommand->callback([&] { exitCode = host::fetch(manager(), location, file); });
+  fetchCommand->callback([&] { exitCode = host::fetch(shell(), location, file); });
 
   std::vector<std::string> arguments = host::arguments();
   std::reverse(arguments.begin(), arguments.end());
@@ -60,7 +85,8 @@ int main() {
     return app.exit(error);
   } catch (const std::exception& exception) {
     std::fprintf(stderr, "corvix-host: %s\n", exception.what());
-    return 1;
+    exitCode = 1;
   }
+  if (started) started->shutDown();
   return exitCode;
 }

@@ -68,7 +68,6 @@ class Key {
 struct Registry {
   SCriticalSection section;
   text::NameTable<char, Item> items;
-  std::atomic<u32> changes{1};
 
   Item* find(const Key& key) const noexcept {
     return items.find(key.hash(), key.length(), [&key](const char* other) { return key.is(other); });
@@ -79,7 +78,8 @@ struct Registry {
   }
 
   void changed() noexcept {
-    if (changes.fetch_add(1, std::memory_order_acq_rel) + 1 == 0) changes.fetch_add(1, std::memory_order_acq_rel);
+    std::atomic<u32>& count = globalDataChangeCount;
+    if (count.fetch_add(1, std::memory_order_acq_rel) + 1 == 0) count.fetch_add(1, std::memory_order_acq_rel);
   }
 };
 
@@ -92,7 +92,7 @@ Registry& registry() noexcept {
 
 }  // namespace
 
-u32 globalDataChanges() noexcept { return registry().changes.load(std::memory_order_acquire); }
+constinit std::atomic<u32> globalDataChangeCount{1};
 
 u32 globalDataBuckets() noexcept { return registry().items.bucketCount(); }
 

@@ -3,10 +3,13 @@
 
 #include "core/baselib/Api.h"
 
+#include <atomic>
+
 namespace corvix {
 
 // Never 0, and another number after every change of any value.
-u32 globalDataChanges() noexcept;
+extern std::atomic<u32> globalDataChangeCount;
+inline u32 globalDataChanges() noexcept { return globalDataChangeCount.load(std::memory_order_acquire); }
 
 // For tests: how many buckets the table has.
 u32 globalDataBuckets() noexcept;

@@ -47,7 +47,7 @@ class CORVIX_API BNotifySender : public virtual IBRTTISupport {
   // Takes out the first entry that holds the listener; nothing happens if there is none.
   void removeListener(IBTransportable* listener) noexcept;
 
-  bool hasListeners() const noexcept { return listenerCount() != 0; }
+  bool hasListeners() const noexcept { return list_.load(std::memory_order_acquire) && listenerCount() != 0; }
   u32 listenerCount() const noexcept;
 
   // Tells every listener once, also those that are added meanwhile, not those that are removed before their

@@ -11,6 +11,12 @@ int deliverDestroy(BNotifySender& sender, IBRTTISupport* object) {
                                        [object](IDestroyListener& listener) { return listener.onDestroy(object); });
 }
 
+int deliverDestroy(IBRemoteRemovable& object) {
+  const int own = deliverDestroy(object, &object);
+  BNotifySender& everybody = destroyNotifications();
+  return everybody.hasListeners() ? deliverDestroy(everybody, &object) : own;
+}
+
 }  // namespace
 
 BNotifySender& destroyNotifications() {
@@ -30,10 +36,14 @@ bool BSmartObject::release() {
   return true;
 }
 
-int BSmartObject::notifyDestroy() {
-  const int own = deliverDestroy(*this, this);
-  BNotifySender& everybody = destroyNotifications();
-  return everybody.hasListeners() ? deliverDestroy(everybody, this) : own;
+int BSmartObject::notifyDestroy() { return deliverDestroy(*this); }
+
+bool BRemoteRemovable::release() {
+  notifyDestroy();
+  delete this;
+  return true;
 }
+
+int BRemoteRemovable::notifyDestroy() { return deliverDestroy(*this); }
 
 }  // namespace corvix

@@ -54,6 +54,15 @@ class CORVIX_API BSmartObject : public IBSmartObject {
   u32 refs_ = 0;
 };
 
+// An object of one owner, without a count: the first `release` destroys it and answers true.
+class CORVIX_API BRemoteRemovable : public IBRemoteRemovable {
+  CORVIX_IDENTITY(BRemoteRemovable, 0x18313AE8, 0x8CCC0DB0, 0xBBAC7DA0, 0xED6D41F6, IBRemoteRemovable)
+
+ public:
+  bool release() override;
+  int notifyDestroy() override;
+};
+
 // The list of those who are told of the destruction of every object of the process; kept in the global data
 // under IBRemoteRemovable and "OnDestroy".
 CORVIX_API BNotifySender& destroyNotifications();

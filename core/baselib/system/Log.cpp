@@ -2,7 +2,7 @@
 
 #include "core/baselib/system/KernelFile.h"
 #include "core/baselib/system/Log_p.h"
-#include "core/baselib/system/RegistryKey_p.h"
+#include "core/baselib/system/RegistryKey.h"
 
 #include <algorithm>
 #include <cstdarg>

@@ -1,4 +1,4 @@
-#include "core/baselib/system/RegistryKey_p.h"
+#include "core/baselib/system/RegistryKey.h"
 
 #include <algorithm>
 #include <vector>

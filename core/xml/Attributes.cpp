@@ -1,4 +1,4 @@
-#include "shell/Attributes_p.h"
+#include "core/xml/Attributes.h"
 
 #include <algorithm>
 
@@ -8,18 +8,18 @@ namespace {
 
 wchar_t lowered(wchar_t c) noexcept { return c >= L'A' && c <= L'Z' ? static_cast<wchar_t>(c + (L'a' - L'A')) : c; }
 
+}  // namespace
+
 bool equalInAnyCase(std::wstring_view a, std::wstring_view b) noexcept {
   return a.size() == b.size() &&
          std::equal(a.begin(), a.end(), b.begin(), [](wchar_t x, wchar_t y) { return lowered(x) == lowered(y); });
 }
 
-}  // namespace
-
 Attributes::Attributes(const XMLNodeNode& element) {
   for (i32 i = 0; i < element.childCount(); ++i) {
     const XMLNode* const child = element.childAt(i);
     if (child->type() != XmlNodeType::Attribute) continue;
-    all_.push_back({child->name(), static_cast<const XMLNodeParam*>(child)->value()});
+    add(child->name(), static_cast<const XMLNodeParam*>(child)->value());
   }
 }
 

@@ -8,8 +8,16 @@
 
 namespace corvix {
 
+// Letters of the alphabet only.
+bool equalInAnyCase(std::wstring_view a, std::wstring_view b) noexcept;
+
 class Attributes {
  public:
+  struct Attribute {
+    WideString name;
+    WideString value;
+  };
+
   Attributes() = default;
   explicit Attributes(const XMLNodeNode& element);
 
@@ -17,11 +25,12 @@ class Attributes {
   const wchar_t* find(std::wstring_view name) const noexcept;
   const wchar_t* findAnyCase(std::wstring_view name) const noexcept;
 
+  void add(WideString name, WideString value) { all_.push_back({std::move(name), std::move(value)}); }
+
+  // In document order.
+  const std::vector<Attribute>& all() const noexcept { return all_; }
+
  private:
-  struct Attribute {
-    WideString name;
-    WideString value;
-  };
   std::vector<Attribute> all_;
 };
 

@@ -1,0 +1,185 @@
+#include "core/settings/BSettings.h"
+
+#include "core/baselib/objects/GlobalSender.h"
+
+#include <algorithm>
+
+namespace corvix {
+
+namespace {
+
+using Lock = SCriticalSection::Lock;
+
+std::wstring_view viewOf(const wchar_t* name) noexcept { return name ? name : L""; }
+
+template <class Owner>
+const wchar_t* nameAt(const std::vector<Owner*>& owners, i32 index) noexcept {
+  const auto at = static_cast<std::size_t>(index);
+  return index >= 0 && at < owners.size() ? owners[at]->name.c_str() : nullptr;
+}
+
+template <class Table>
+auto* findIn(const Table& table, const wchar_t* name) noexcept {
+  const auto* const found = table.find(viewOf(name));
+  return found ? found->get() : nullptr;
+}
+
+}  // namespace
+
+BNotifySender& settingsStartChanges() {
+  static GlobalSender sender(IBSettings::classInfo(), "onStartChanges");
+  return sender.get();
+}
+
+BNotifySender& settingsFinishChanges() {
+  static GlobalSender sender(IBSettings::classInfo(), "onFinishChanges");
+  return sender.get();
+}
+
+BSettings::Group* BSettings::findGroup(const wchar_t* group) const noexcept { return findIn(groups_, group); }
+
+BSettings::Item* BSettings::findItem(const wchar_t* group, const wchar_t* item) const noexcept {
+  const Group* const found = findGroup(group);
+  return found ? findIn(found->items, item) : nullptr;
+}
+
+BSettings::Group& BSettings::makeGroup(const wchar_t* group) {
+  if (Group* const found = findGroup(group)) return *found;
+  auto made = std::make_unique<Group>();
+  made->name = viewOf(group);
+  return *groups_.add(viewOf(group), std::move(made));
+}
+
+BSettings::Item& BSettings::makeItem(Group& group, const wchar_t* item) {
+  if (Item* const found = findIn(group.items, item)) return *found;
+  auto made = std::make_unique<Item>();
+  made->name = viewOf(item);
+  return *group.items.add(viewOf(item), std::move(made));
+}
+
+// An item that is only watched is not listed, nor is a group of such items.
+BSettings::Item& BSettings::listItem(const wchar_t* group, const wchar_t* item) {
+  Group& itsGroup = makeGroup(group);
+  Item& made = makeItem(itsGroup, item);
+  if (made.current.isSet || made.standard.isSet) return made;
+  if (itsGroup.listed.empty()) listed_.push_back(&itsGroup);
+  itsGroup.listed.push_back(&made);
+  return made;
+}
+
+bool BSettings::get(const wchar_t* group, const wchar_t* item, Slot Item::*slot, Variant& value) const {
+  Lock lock(section_);
+  const Item* const found = findItem(group, item);
+  if (!found || !(found->*slot).isSet) return false;
+  value = (found->*slot).value;
+  return true;
+}
+
+bool BSettings::getValue(const wchar_t* group, const wchar_t* item, Variant& value) const {
+  return get(group, item, &Item::current, value);
+}
+
+bool BSettings::getDefault(const wchar_t* group, const wchar_t* item, Variant& value) const {
+  return get(group, item, &Item::standard, value);
+}
+
+void BSettings::setValue(const wchar_t* group, const wchar_t* item, const Variant& value) {
+  Lock lock(section_);
+  Item& changed = listItem(group, item);
+  if (changed.current.isSet && changed.current.value == value) return;
+  changed.current = {value, true};
+  BNotifySender* const watchers = changed.watchers.get();
+  const wchar_t* const groupName = findGroup(group)->name.c_str();
+  lock.release();
+  if (!watchers) return;
+  broadcastTo<ISettingListener>(*watchers, [&](ISettingListener& listener) {
+    return listener.onSettingChanged(*this, groupName, changed.name.c_str());
+  });
+}
+
+void BSettings::setDefault(const wchar_t* group, const wchar_t* item, const Variant& value) {
+  Lock lock(section_);
+  listItem(group, item).standard = {value, true};
+}
+
+void BSettings::onStartChanges() {
+  {
+    Lock lock(section_);
+    if (++openBrackets_ != 1) return;
+  }
+  const auto tell = [this](ISettingsListener& listener) { return listener.onStartChanges(*this); };
+  broadcastTo<ISettingsListener>(startSender_, tell);
+  broadcastTo<ISettingsListener>(settingsStartChanges(), tell);
+}
+
+void BSettings::onFinishChanges() {
+  {
+    Lock lock(section_);
+    if (openBrackets_ == 0 || --openBrackets_ != 0) return;
+  }
+  const auto tell = [this](ISettingsListener& listener) { return listener.onFinishChanges(*this); };
+  broadcastTo<ISettingsListener>(finishSender_, tell);
+  broadcastTo<ISettingsListener>(settingsFinishChanges(), tell);
+}
+
+i32 BSettings::groupCount() const noexcept {
+  Lock lock(section_);
+  return static_cast<i32>(listed_.size());
+}
+
+const wchar_t* BSettings::groupAt(i32 index) const noexcept {
+  Lock lock(section_);
+  return nameAt(listed_, index);
+}
+
+i32 BSettings::itemCount(const wchar_t* group) const noexcept {
+  Lock lock(section_);
+  const Group* const found = findGroup(group);
+  return found ? static_cast<i32>(found->listed.size()) : 0;
+}
+
+const wchar_t* BSettings::itemAt(const wchar_t* group, i32 index) const noexcept {
+  Lock lock(section_);
+  const Group* const found = findGroup(group);
+  return found ? nameAt(found->listed, index) : nullptr;
+}
+
+bool BSettings::getAttribute(const wchar_t* group, const wchar_t* item, const wchar_t* attribute,
+                             WideString& text) const {
+  Lock lock(section_);
+  const Item* const found = findItem(group, item);
+  if (!found) return false;
+  const auto named = std::find_if(found->attributes.begin(), found->attributes.end(),
+                                  [&](const Attribute& one) { return one.name.view() == viewOf(attribute); });
+  if (named == found->attributes.end()) return false;
+  text = named->text;
+  return true;
+}
+
+void BSettings::setAttribute(const wchar_t* group, const wchar_t* item, const wchar_t* attribute, const wchar_t* text) {
+  Lock lock(section_);
+  std::vector<Attribute>& all = makeItem(makeGroup(group), item).attributes;
+  const auto named =
+      std::find_if(all.begin(), all.end(), [&](const Attribute& one) { return one.name.view() == viewOf(attribute); });
+  if (named == all.end()) {
+    all.push_back({viewOf(attribute), text});
+  } else {
+    named->text = text;
+  }
+}
+
+// The watchers of an item stay once there are any: a delivery may be under way.
+void BSettings::watch(const wchar_t* group, const wchar_t* item, ISettingListener* listener, i32 priority) {
+  Lock lock(section_);
+  Item& watched = makeItem(makeGroup(group), item);
+  if (!watched.watchers) watched.watchers = std::make_unique<Watchers>();
+  watched.watchers->addListener(listener, priority);
+}
+
+void BSettings::unwatch(const wchar_t* group, const wchar_t* item, ISettingListener* listener) {
+  Lock lock(section_);
+  const Item* const watched = findItem(group, item);
+  if (watched && watched->watchers) watched->watchers->removeListener(listener);
+}
+
+}  // namespace corvix

@@ -1,0 +1,184 @@
+#include "shell/Notifications.h"
+
+#include "core/baselib/objects/GlobalData.h"
+#include "tests/shell/OwnPlugin.h"
+#include "tests/support/HeapBlocks.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+namespace corvix {
+
+namespace {
+
+using testing_world::journal;
+using testing_world::shell;
+using N = ShellNotification;
+
+// Listens to everything: notes its name and what it was told.
+class Ear final : public IShellListener,
+                  public IDialogListener,
+                  public IStatusListener,
+                  public IProgressCallback,
+                  public IActionTarget,
+                  public IActionListener,
+                  public IDocumentListener {
+  CORVIX_IDENTITY(Ear, 0x5C409518, 0x6112E7AA, 0xC4DEF880, 0x0E5F3193, IShellListener, IDialogListener, IStatusListener,
+                  IProgressCallback, IActionTarget, IActionListener, IDocumentListener)
+
+ public:
+  explicit Ear(std::string name) : name_(std::move(name)) {}
+  int answer = notify::kGoOn;
+
+  int onInitialize(IShell&) override { return note("init"); }
+  int onUnInitialize(IShell&) override { return note("uninit"); }
+  int onSysMsgBox(MessageBoxRequest& request) override { return note("box", request.style); }
+  int onShowCustomDialog(CustomDialogRequest& request) override { return note("dialog", request.answer); }
+  int onShowConfirmation(ConfirmationRequest& request) override { return note("confirm", request.isConfirmed); }
+  int onChangeStatusText(i32 pane, const wchar_t*) override { return note("status", pane); }
+  int onStartProgress(const Progress& p) override { return note("start", sum(p)); }
+  int onChangeProgress(const Progress& p) override { return note("change", sum(p)); }
+  int onUpdateProgress(const Progress& p) override { return note("update", sum(p)); }
+  int onStopProgress(const Progress& p) override { return note("stop", sum(p)); }
+  int onValidateAction(IAction&, IActionSender*) override { return note("validate"); }
+  int onProcessAction(IAction&, IActionSender*) override { return note("process"); }
+  int preValidateAction(IAction&, IActionSender*) override { return note("preValidate"); }
+  int postValidateAction(IAction&, IActionSender*) override { return note("postValidate"); }
+  int preProcessAction(IAction&, IActionSender*) override { return note("preProcess"); }
+  int postProcessAction(IAction&, IActionSender*) override { return note("postProcess"); }
+  int onOpenDocument(IDocument*, const wchar_t*) override { return note("open"); }
+
+ private:
+  static i32 sum(const Progress& p) {
+    return (((p.id * 10 + p.minimum) * 10 + p.maximum) * 10 + p.position) * 10 + p.flags;
+  }
+  int note(const char* what, i64 argument = 0) {
+    journal() += name_ + what + (argument ? std::to_string(argument) : "") + " ";
+    return answer;
+  }
+  std::string name_;
+};
+
+class NoAction final : public IAction {
+  CORVIX_IDENTITY(NoAction, 0x9FB57753, 0x990B927A, 0xEF4E6862, 0x292BA0D8, IAction)
+ public:
+  const wchar_t* name() const noexcept override { return L"Actions.None"; }
+  int validate(IActionSender*) override { return notify::kGoOn; }
+  int process(IActionSender*) override { return notify::kGoOn; }
+};
+
+struct Row {
+  const char* name;
+  const stype_info& owner;
+  const char* told;
+  std::function<IBTransportable*(Ear&)> as;
+  std::function<int(IShell&)> raise;
+};
+
+template <class Listener>
+IBTransportable* as(Ear& ear) {
+  return static_cast<Listener*>(&ear);
+}
+
+NoAction action;
+MessageBoxRequest box{L"", L"", 4, 0};
+CustomDialogRequest dialog{L"Dialog.OpenSave", nullptr, 5};
+ConfirmationRequest confirmation{L"", L"", true};
+
+// In the order of the enumeration.
+const Row rows[] = {
+    {"OnInitialize", IShell::classInfo(), "init", as<IShellListener>, [](IShell& s) { return s.initialize(); }},
+    {"OnUnInitialize", IShell::classInfo(), "uninit", as<IShellListener>, [](IShell& s) { return s.unInitialize(); }},
+    {"OnSysMsgBox", IShell::classInfo(), "box4", as<IDialogListener>, [](IShell& s) { return s.sysMsgBox(box); }},
+    {"OnShowCustomDialog", IShell::classInfo(), "dialog5", as<IDialogListener>,
+     [](IShell& s) { return s.showCustomDialog(dialog); }},
+    {"OnShowConfirmation", IShell::classInfo(), "confirm1", as<IDialogListener>,
+     [](IShell& s) { return s.showConfirmation(confirmation); }},
+    {"OnChangeStatusText", IShell::classInfo(), "status2", as<IStatusListener>,
+     [](IShell& s) { return s.changeStatusText(2, L"x"); }},
+    {"OnValidateAction", IShell::classInfo(), "validate", as<IActionTarget>,
+     [](IShell& s) { return s.validateAction(action, nullptr); }},
+    {"OnProcessAction", IShell::classInfo(), "process", as<IActionTarget>,
+     [](IShell& s) { return s.processAction(action, nullptr); }},
+    {"onStartProgress", IShell::classInfo(), "start12345", as<IProgressCallback>,
+     [](IShell& s) { return s.startProgress(1, 2, 3, 4, 5); }},
+    {"onChangeProgress", IShell::classInfo(), "change12345", as<IProgressCallback>,
+     [](IShell& s) { return s.changeProgress(1, 2, 3, 4, 5); }},
+    {"onUpdateProgress", IShell::classInfo(), "update12345", as<IProgressCallback>,
+     [](IShell& s) { return s.updateProgress(1, 2, 3, 4, 5); }},
+    {"onStopProgress", IShell::classInfo(), "stop12345", as<IProgressCallback>,
+     [](IShell& s) { return s.stopProgress(1, 2, 3, 4, 5); }},
+    {"preValidateAction", IActionTarget::classInfo(), "preValidate", as<IActionListener>,
+     [](IShell& s) { return s.preValidateAction(action, nullptr); }},
+    {"postValidateAction", IActionTarget::classInfo(), "postValidate", as<IActionListener>,
+     [](IShell& s) { return s.postValidateAction(action, nullptr); }},
+    {"preProcessAction", IActionTarget::classInfo(), "preProcess", as<IActionListener>,
+     [](IShell& s) { return s.preProcessAction(action, nullptr); }},
+    {"postProcessAction", IActionTarget::classInfo(), "postProcess", as<IActionListener>,
+     [](IShell& s) { return s.postProcessAction(action, nullptr); }},
+    {"OnOpenDocument", IShell::classInfo(), "open", as<IDocumentListener>,
+     [](IShell& s) { return s.openDocument(nullptr, L"x"); }},
+};
+static_assert(std::size(rows) == kShellNotifications);
+
+TEST(Notifications, ReachTheOwnListAndThenTheOneThatEveryModuleFinds) {
+  for (u32 i = 0; i < kShellNotifications; ++i) {
+    const Row& row = rows[i];
+    Ear own("own ");
+    Ear all("all ");
+    EXPECT_EQ(row.raise(shell()), notify::kGoOn) << row.name;
+    shell().sender(N{i}).addListener(row.as(own));
+    // As another module would find it, with nothing but the name.
+    auto* const everybody = static_cast<BNotifySender*>(BGlobalData::getItem(row.owner, row.name));
+    ASSERT_EQ(everybody, &shellNotifications(N{i})) << row.name;
+    everybody->addListener(row.as(all));
+    const auto raised = [&](int ownAnswer, int allAnswer) {
+      journal().clear();
+      own.answer = ownAnswer;
+      all.answer = allAnswer;
+      return row.raise(shell());
+    };
+    const std::string both = std::string("own ") + row.told + " all " + row.told + " ";
+    EXPECT_EQ(raised(77, 0), notify::kGoOn);
+    EXPECT_EQ(journal(), both);
+    EXPECT_EQ(raised(notify::kTaken, 0), notify::kTaken);
+    EXPECT_EQ(journal(), both);
+    EXPECT_EQ(raised(notify::kTaken, notify::kStop), notify::kStop);
+    EXPECT_EQ(raised(notify::kStop, notify::kTaken), notify::kStop);
+    EXPECT_EQ(journal(), std::string("own ") + row.told + " ");
+    shell().sender(N{i}).removeListener(row.as(own));
+    everybody->removeListener(row.as(all));
+  }
+}
+
+TEST(Notifications, WithoutListenersAllocateNothing) {
+  for (const Row& row : rows) row.raise(shell());  // the lists are there from now on
+  const std::size_t before = testing_support::heapBlocksInUse();
+  for (const Row& row : rows) row.raise(shell());
+  EXPECT_EQ(testing_support::heapBlocksInUse(), before);
+}
+
+class Answers final : public IDialogListener {
+  CORVIX_IDENTITY(Answers, 0xB71C1C6A, 0x61601486, 0x72A13C51, 0x422D24A4, IDialogListener)
+ public:
+  int onSysMsgBox(MessageBoxRequest& request) override {
+    request.answer = IDNO;
+    return notify::kTaken;
+  }
+  int onShowCustomDialog(CustomDialogRequest&) override { return 0; }
+  int onShowConfirmation(ConfirmationRequest&) override { return 0; }
+};
+
+TEST(Notifications, ABoxIsAnsweredByWhoTakesItOrSilently) {
+  Answers answers;
+  EXPECT_EQ(shell().messageBox(L"Sure?", L"Test", MB_YESNO, IDYES), IDYES);
+  shell().sender(N::SysMsgBox).addListener(&answers);
+  EXPECT_EQ(shell().messageBox(L"Sure?", L"Test", MB_YESNO, IDYES), IDNO);
+  shell().sender(N::SysMsgBox).removeListener(&answers);
+  EXPECT_FALSE(shell().askToRetry(0));
+}
+
+}  // namespace
+
+}  // namespace corvix
