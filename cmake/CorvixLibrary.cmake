@@ -44,6 +44,17 @@ set(CORVIX_PUBLIC_HEADERS
     core/baselib/text/Variant.h
     core/baselib/text/WideString.h
     core/settings/Settings.h
+    core/suppliers/FileLocation.h
+    core/suppliers/InternetStream.h
+    core/suppliers/KFileSupplier.h
+    core/suppliers/KHTTPSupplier.h
+    core/suppliers/KIStreamSupplier.h
+    core/suppliers/Supplier.h
+    core/suppliers/UrlRecord.h
+    core/suppliers/decoding/PackDecodeStream.h
+    core/suppliers/decoding/PackFlateInputStream.h
+    core/suppliers/decoding/PackImageInputStream.h
+    core/suppliers/decoding/PackParams.h
     core/xml/XmlNode.h
     core/xml/XmlbinReader.h
     graphics/AGDC.h
@@ -59,6 +70,7 @@ set(CORVIX_PUBLIC_HEADERS
     shell/Documents.h
     shell/GlobalEvent.h
     shell/Gui.h
+    shell/Locations.h
     shell/Notifications.h
     shell/Plugin.h
     shell/PluginManager.h
@@ -107,6 +119,21 @@ add_library(corvix-objects OBJECT
     core/settings/BSettings.cpp
     core/settings/SettingText.cpp
     core/settings/SettingsRegistry.cpp
+    core/suppliers/FileLocation.cpp
+    core/suppliers/InternetInputStream.cpp
+    core/suppliers/KFileSupplier.cpp
+    core/suppliers/KHTTPSupplier.cpp
+    core/suppliers/KIStreamSupplier.cpp
+    core/suppliers/UrlEscape.cpp
+    core/suppliers/UrlRecord.cpp
+    core/suppliers/UrlResolve.cpp
+    core/suppliers/WinInet.cpp
+    core/suppliers/decoding/LzwInputStream.cpp
+    core/suppliers/decoding/PackDecodeStream.cpp
+    core/suppliers/decoding/PackFlateInputStream.cpp
+    core/suppliers/decoding/PackImageInputStream.cpp
+    core/suppliers/decoding/PackParams.cpp
+    core/suppliers/decoding/TextDecoders.cpp
     core/xml/Attributes.cpp
     core/xml/XmlNode.cpp
     core/xml/XmlbinReader.cpp
@@ -147,6 +174,7 @@ add_library(corvix-objects OBJECT
     shell/KShellCommandLine.cpp
     shell/KShellNotifications.cpp
     shell/LibraryModule.cpp
+    shell/Locations.cpp
     shell/Notifications.cpp
     shell/PluginModule.cpp
     shell/TaskQueue.cpp
@@ -155,7 +183,10 @@ add_library(corvix-objects OBJECT
     shell/modules/PeImage.cpp)
 target_compile_definitions(corvix-objects PUBLIC CORVIX_BUILDING PRIVATE UNICODE _UNICODE WIN32_LEAN_AND_MEAN NOMINMAX _WIN32_WINNT=0x0601)
 target_include_directories(corvix-objects PUBLIC "${PROJECT_SOURCE_DIR}")
-target_link_libraries(corvix-objects PUBLIC gdi32 PRIVATE corvix-warnings)
+
+# zlib goes into the library, so that no further file has to be shipped.
+find_library(CORVIX_ZLIB NAMES libz.a REQUIRED)
+target_link_libraries(corvix-objects PUBLIC gdi32 PRIVATE corvix-warnings INTERFACE "${CORVIX_ZLIB}")
 
 if(MSVC)
     target_sources(corvix-objects PRIVATE shell/modules/GuardedCall_msvc.cpp)

@@ -19,9 +19,23 @@
 #include "core/baselib/system/Thread.h"
 #include "core/settings/BSettings.h"
 #include "core/settings/Settings.h"
+#include "core/suppliers/KFileSupplier.h"
+#include "core/suppliers/KHTTPSupplier.h"
+#include "core/suppliers/KIStreamSupplier.h"
+#include "core/suppliers/Supplier.h"
+#include "core/suppliers/decoding/PackDecodeStream.h"
+#include "core/suppliers/decoding/PackFlateInputStream.h"
+#include "core/suppliers/decoding/PackImageInputStream.h"
+#include "core/suppliers/decoding/PackParams.h"
 #include "core/xml/XmlNode.h"
-#include "graphics/contexts/MemoryContexts.h"
+#include "graphics/AGDC.h"
+#include "graphics/AGDCCreator.h"
+#include "graphics/Image.h"
+#include "graphics/contexts/GdiPlusContext.h"
 #include "graphics/creators/QuillCreators.h"
+#include "graphics/fonts/FMFontMachine.h"
+#include "graphics/fonts/FontMachine.h"
+#include "graphics/fonts/FontSubstitutors.h"
 #include "graphics/images/AGImage.h"
 #include "shell/Actions.h"
 #include "shell/ClassFactory.h"
@@ -68,6 +82,7 @@ std::span<const LibraryClass> libraryClasses() noexcept {
       row<IBRTTISupport>(),
       row<IBProgressIndicator>(),
       row<IBSelfReg>(),
+      row<IBSupplier>(),
       row<IBEncryptionKey>(),
       row<IBReport>(),
       row<IBSecretary>(),
@@ -87,6 +102,19 @@ std::span<const LibraryClass> libraryClasses() noexcept {
       row<BFileOutputStream>(),
       row<BMemoryOutputStream>(),
       row<BThread>(),
+      row<IAGDC>(),
+      row<IAGDCCreator>(),
+      row<IAGImage>(),
+      row<AGImage>(),
+      row<AGDCCreator>(),
+      row<QuillScreenDCCreator>(),
+      row<QuillMemoryDCCreator>(),
+      row<AGDC>(),
+      row<IFMFont>(),
+      row<IFMFontMachine>(),
+      row<IFMFontCreator>(),
+      row<FMFontMachine>(),
+      row<FakeSubstitutor>(),
       row<IDocument>(),
       row<IMsgTarget>(),
       row<IView>(),
@@ -104,13 +132,21 @@ std::span<const LibraryClass> libraryClasses() noexcept {
       row<XMLNodeComment>(),
       row<XMLNodeNode>(),
       row<XMLNodeParam>(),
+      row<PackParams>(),
+      row<PackDecodeStream>(),
+      row<PackImageInputStream>(),
+      row<PackFlateInputStream>(),
       row<IGlobalEvent>(),
       row<IGlobalEventTarget>(),
       row<KPluginManager>(),
       row<KShell>(),
       row<BClassFactory>(),
       row<IBCollection>(),
+      row<KHTTPSupplier>(),
+      row<KIStreamSupplier>(),
       row<KClassFactoryLocal>(),
+      row<KFileSupplier>(),
+      row<SystemFontSubstitutor>(),
       row<ICommandLine>(),
       row<IDocumentPanel>(),
       row<IDocumentView>(),
@@ -118,14 +154,6 @@ std::span<const LibraryClass> libraryClasses() noexcept {
       row<IMenuItem>(),
       row<BTempStorage>(),
       row<BChunkInputStream>(),
-      row<IAGDC>(),
-      row<AGDC>(),
-      row<IAGDCCreator>(),
-      row<AGDCCreator>(),
-      row<QuillScreenDCCreator>(),
-      row<QuillMemoryDCCreator>(),
-      row<IAGImage>(),
-      row<AGImage>(),
   };
   return rows;
 }

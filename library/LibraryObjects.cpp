@@ -1,6 +1,10 @@
 #include "shell/LibraryObjects.h"
 
+#include "core/suppliers/KFileSupplier.h"
+#include "core/suppliers/KHTTPSupplier.h"
+#include "core/suppliers/KIStreamSupplier.h"
 #include "graphics/creators/QuillCreators.h"
+#include "graphics/fonts/FMFontMachine.h"
 #include "graphics/quality/QualityListener.h"
 #include "shell/Shell.h"
 
@@ -18,6 +22,11 @@ IBSmartObject* createForDrawing() {
 constexpr FactoryRow kObjects[] = {
     {L"AGDC.Memory", createForDrawing<QuillMemoryDCCreator>},
     {L"AGDC.Screen", createForDrawing<QuillScreenDCCreator>},
+    {L"IFMFontMachine.Instance", create<FMFontMachine>},
+    {L"Supplier.file", create<KFileSupplier>},
+    {L"Supplier.ftp", create<KHTTPSupplier>},
+    {L"Supplier.http", create<KHTTPSupplier>},
+    {L"Supplier.istream", create<KIStreamSupplier>},
 };
 
 }  // namespace

@@ -32,6 +32,7 @@ KShell::KShell()
           make<KPluginManager>(static_cast<KClassFactoryLocal&>(*queryClassFactoryLocal()), *this, settings_)),
       actionManager_(make<KActionManager>(*this)) {
   setMemoryShell(this);
+  setInternetAgent(this);
 }
 
 void KShell::start(void* module) {
@@ -57,6 +58,7 @@ void KShell::shutDown() {
 KShell::~KShell() {
   shutDown();
   setMemoryShell(nullptr);
+  setInternetAgent(nullptr);
   for (Ref<IBSmartObject>& object : held_) object.reset();
   actionManager_->forgetActions();
   pluginManager_->forgetInstances();

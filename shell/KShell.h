@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/baselib/memory/MemoryShell.h"
+#include "core/suppliers/InternetStream.h"
 #include "shell/KActionManager.h"
 #include "shell/KPluginManager.h"
 #include "shell/Shell.h"
@@ -10,7 +11,7 @@
 
 namespace corvix {
 
-class KShell final : public IShell, public IUserAlert, public IMemoryShell {
+class KShell final : public IShell, public IUserAlert, public IMemoryShell, public IInternetAgent {
   CORVIX_IDENTITY(KShell, 0x4690C2EB, 0x4F1BD573, 0x9A28E7F0, 0x6EC3518D, IShell)
 
  public:
@@ -59,6 +60,8 @@ class KShell final : public IShell, public IUserAlert, public IMemoryShell {
   int openDocument(IDocument* document, const wchar_t* location) override;
 
  private:
+  const wchar_t* internetAgent() const noexcept override { return L"Corvix/1.00"; }
+
   // Managers that the shell found by name and keeps.
   enum Held { kActionManager, kGuiManager, kDocManager, kStateHistory, kHeldSlots = 8 };
 

@@ -19,6 +19,9 @@ int drawToFile(corvix::IPluginManager& manager, const std::string& file);
 // The same in a window, until the user closes it; or by itself, when the seconds are above 0.
 int showWindow(corvix::IPluginManager& manager, double closeAfterSeconds);
 
+// Copies what a location or a path names into a file, or to the standard output when `file` is empty.
+int fetch(corvix::IShell& shell, const std::string& location, const std::string& file);
+
 // Every setting with its value, its default and what can be chosen.
 int listSettings(corvix::IShell& shell);
 

@@ -72,6 +72,12 @@ int main() {
   CLI::App& window = *app.add_subcommand("window", "Show the test page in a window; drag for a rubber band");
   window.add_option("--close-after", seconds, "Close it by itself after that many seconds");
   window.callback([&] { exitCode = host::showWindow(manager(), seconds); });
+  std::string location;
+  CLI::App* const fetchCommand = app.add_subcommand("fetch", "Copy what a location names, whatever its scheme");
+  fetchCommand->add_option("LOCATION", location, "file:, http: or any scheme that a plug-in adds; or a path")
+      ->required();
+  fetchCommand->add_option("FILE", file, "Where to; the standard output if there is none");
+  fetchCommand->callback([&] { exitCode = host::fetch(shell(), location, file); });
 
   std::vector<std::string> arguments = host::arguments();
   std::reverse(arguments.begin(), arguments.end());

@@ -1,5 +1,5 @@
 // Clipping in a GDI+ context. Regions count from the origin, without the user transform.
-#include "graphics/contexts/GdiPlusContext_p.h"
+#include "graphics/contexts/GdiPlusContext.h"
 
 #include <cfloat>
 

@@ -1,4 +1,4 @@
-#include "graphics/contexts/GdiPlusContext_p.h"
+#include "graphics/contexts/GdiPlusContext.h"
 
 #include "core/baselib/objects/Ref.h"
 #include "graphics/quality/Quality.h"

@@ -1,5 +1,5 @@
 // Strokes and fills of a GDI+ context.
-#include "graphics/contexts/GdiPlusContext_p.h"
+#include "graphics/contexts/GdiPlusContext.h"
 #include "graphics/quality/Quality.h"
 
 #include <cfloat>

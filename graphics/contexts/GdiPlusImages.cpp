@@ -1,5 +1,5 @@
 // Images through GDI+.
-#include "graphics/contexts/GdiPlusContext_p.h"
+#include "graphics/contexts/GdiPlusContext.h"
 #include "graphics/images/ImageFiles.h"
 #include "graphics/quality/Quality.h"
 

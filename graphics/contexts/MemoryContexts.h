@@ -1,7 +1,7 @@
 // The contexts over a bitmap of their own: a screen context whose device context is that of the bitmap.
 #pragma once
 
-#include "graphics/contexts/GdiPlusContext_p.h"
+#include "graphics/contexts/GdiPlusContext.h"
 #include "graphics/contexts/OffscreenBitmap_p.h"
 #include "graphics/contexts/PlainContext_p.h"
 

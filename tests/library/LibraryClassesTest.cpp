@@ -14,14 +14,17 @@ namespace {
 constexpr char kNames[] =
     "SException IBTransportable BNotifySender IBRemoteRemovable IBSmartObject IBSingleton IBQuery "
     "BRemoteRemovable BSmartObject IBHibernatable BHibernatable IBLangPackage IBTranslator IBRTTISupport "
-    "IBProgressIndicator IBSelfReg IBEncryptionKey IBReport IBSecretary IActionSender IActionTarget "
-    "IProgressCallback IShell IPluginManager IBSettings BSettings IBStream BStream IBRAStream "
-    "BInputStream BRAInputStream BOutputStream BFileOutputStream BMemoryOutputStream BThread IDocument "
-    "IMsgTarget IView IHWNDView IWindow IFrameWindow IGUIManager IAction IActionManager IFileFilter "
-    "IDocFormat IDocManager XMLNode XMLNodeText XMLNodeComment XMLNodeNode XMLNodeParam IGlobalEvent "
-    "IGlobalEventTarget KPluginManager KShell BClassFactory IBCollection KClassFactoryLocal ICommandLine "
-    "IDocumentPanel IDocumentView IStateHistory IMenuItem BTempStorage BChunkInputStream "
-    "IAGDC AGDC IAGDCCreator AGDCCreator QuillScreenDCCreator QuillMemoryDCCreator IAGImage AGImage ";
+    "IBProgressIndicator IBSelfReg IBSupplier IBEncryptionKey IBReport IBSecretary IActionSender "
+    "IActionTarget IProgressCallback IShell IPluginManager IBSettings BSettings IBStream BStream "
+    "IBRAStream BInputStream BRAInputStream BOutputStream BFileOutputStream BMemoryOutputStream BThread "
+    "IAGDC IAGDCCreator IAGImage AGImage AGDCCreator QuillScreenDCCreator QuillMemoryDCCreator AGDC "
+    "IFMFont IFMFontMachine IFMFontCreator FMFontMachine FakeSubstitutor IDocument IMsgTarget IView "
+    "IHWNDView IWindow IFrameWindow IGUIManager IAction IActionManager IFileFilter IDocFormat IDocManager "
+    "XMLNode XMLNodeText XMLNodeComment XMLNodeNode XMLNodeParam PackParams PackDecodeStream "
+    "PackImageInputStream PackFlateInputStream IGlobalEvent IGlobalEventTarget KPluginManager KShell "
+    "BClassFactory IBCollection KHTTPSupplier KIStreamSupplier KClassFactoryLocal KFileSupplier "
+    "SystemFontSubstitutor ICommandLine IDocumentPanel IDocumentView IStateHistory IMenuItem BTempStorage "
+    "BChunkInputStream ";
 
 TEST(LibraryClasses, HaveTheirNamesWordsOfTheirOwnAndFindThemselves) {
   std::istringstream names(kNames);

@@ -1,0 +1,123 @@
+// The internet stream against real servers; tests/web/servers.py starts and stops them around these tests.
+#include "core/baselib/objects/Ref.h"
+#include "core/baselib/streams/InputStream.h"
+#include "core/suppliers/KHTTPSupplier.h"
+#include "shell/Locations.h"
+#include "shell/Shell.h"
+#include "tests/core/baselib/streams/StreamTesting.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <fstream>
+#include <string>
+
+namespace corvix {
+namespace {
+
+struct Servers {
+  int nginx = 0, scripted = 0, nobody = 0;
+  Servers() {
+    std::ifstream(CORVIX_WEB_FOLDER "/ports.txt") >> nginx >> scripted >> nobody;
+    if (nobody == 0) ADD_FAILURE() << "the servers do not run: start the tests through ctest";
+  }
+};
+
+Ref<BInputStream> openAt(int port, const std::wstring& path) {
+  const std::wstring location = L"http://127.0.0.1:" + std::to_wstring(port) + path;
+  return Ref<IBStream>::adopt(openLocation(*IShell::getInstance()->pluginManager(), location.c_str()))
+      .as<BInputStream>();
+}
+
+std::string readAll(BInputStream& stream, u32 piece) {
+  std::string all;
+  std::string bytes(piece, 0);
+  while (const u32 got = stream.read(bytes.data(), piece)) all.append(bytes, 0, got);
+  return all;
+}
+
+TEST(Web, ReadsWhatServersSend) {
+  const Servers servers;
+  const std::string body = stream_testing::pattern(100000);
+  const struct {
+    const char* why;
+    int port;
+    const wchar_t* path;
+    bool opens;
+    std::size_t comes;  // of the body
+  } rows[] = {
+      {"known length", servers.nginx, L"/known.bin", true, 100000},
+      {"redirect", servers.nginx, L"/moved", true, 100000},
+      {"capital letters", servers.nginx, L"/%6bnown.bin", true, 100000},
+      {"empty", servers.nginx, L"/empty.bin", false, 0},
+      {"no length", servers.scripted, L"/nolength", false, 0},
+      {"chunked", servers.scripted, L"/chunked", false, 0},
+      {"ends early", servers.scripted, L"/short", true, 60000},
+      {"reset in the middle", servers.scripted, L"/reset", true, 60000},
+      {"stalls for a moment", servers.scripted, L"/stall", true, 100000},
+      {"more than 32 bits", servers.scripted, L"/huge", false, 0},
+      {"a length below 0", servers.scripted, L"/negative", false, 0},
+      {"no HTTP", servers.scripted, L"/garbage", false, 0},
+      {"no answer", servers.scripted, L"/silent", false, 0},
+      {"connection refused", servers.nobody, L"/", false, 0},
+  };
+  for (const auto& row : rows) {
+    const auto stream = openAt(row.port, row.path);
+    ASSERT_TRUE(stream) << row.why;
+    EXPECT_EQ(stream->isOpen(), row.opens) << row.why;
+    EXPECT_EQ(stream->size(), row.opens ? 100000u : 0u) << row.why;
+    EXPECT_TRUE(readAll(*stream, 7001) == body.substr(0, row.comes)) << row.why;
+    EXPECT_EQ(stream->getPosition(), row.comes) << row.why;
+  }
+}
+
+TEST(Web, GivesTheTextOfAnErrorReply) {
+  const auto stream = openAt(Servers().nginx, L"/nothing");
+  ASSERT_TRUE(stream && stream->isOpen());
+  EXPECT_NE(readAll(*stream, 512).find("404 Not Found"), std::string::npos);
+}
+
+TEST(Web, AsksAsItShould) {
+  auto stream = openAt(Servers().scripted, L"/a/../echo?q=1#fragment");
+  ASSERT_TRUE(stream && stream->isOpen());
+  EXPECT_EQ(readAll(*stream, 512), "GET /echo?q=1 HTTP/1.1\nUser-Agent: Corvix/1.00\n");
+  stream.reset();  // one at a time
+  EXPECT_EQ(readAll(*openAt(Servers().nginx, L"/a b.txt"), 512), "a blank in the name");
+}
+
+TEST(Web, ByteByByteIsTheSame) {
+  const auto stream = openAt(Servers().scripted, L"/stall");
+  const auto before = std::chrono::steady_clock::now();
+  std::string head;
+  for (int i = 0; i < 1000; ++i) head += static_cast<char>(stream->readByte());
+  const auto passed = std::chrono::steady_clock::now() - before;
+  EXPECT_TRUE(head == stream_testing::pattern(1000));
+  EXPECT_LT(passed, std::chrono::milliseconds(1200)) << "waited for what came later";
+  EXPECT_EQ(stream->unreadByte(), 999u);
+  std::string all = head.substr(0, 999);
+  for (int byte = stream->readByte(); byte >= 0; byte = stream->readByte()) all += static_cast<char>(byte);
+  EXPECT_TRUE(all == stream_testing::pattern(100000));
+}
+
+TEST(Web, SeeksWhereTheSystemCan) {
+  const auto stream = openAt(Servers().nginx, L"/known.bin");
+  const auto random = stream.as<IBRAStream>();
+  ASSERT_TRUE(random);
+  const std::string body = stream_testing::pattern(100000);
+  const bool couldSeek = random->seek(50000);  // the emulation cannot
+  EXPECT_EQ(stream->getPosition(), couldSeek ? 50000u : 0u);
+  EXPECT_EQ(stream->skip(10000), 10000u);
+  EXPECT_EQ(static_cast<char>(stream->readByte()), body[couldSeek ? 60000 : 10000]);
+}
+
+TEST(Web, ManyOneAfterTheOther) {
+  const Servers servers;
+  for (int i = 0; i < 200; ++i) {
+    const auto stream = openAt(servers.nginx, L"/known.bin");
+    ASSERT_TRUE(stream && stream->isOpen()) << i;
+    ASSERT_EQ(stream->readByte(), static_cast<u8>(stream_testing::pattern(1)[0]));
+  }
+}
+
+}  // namespace
+}  // namespace corvix
