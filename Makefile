@@ -42,6 +42,7 @@ run: stage
 	@CORVIX_DISPLAY=$${DISPLAY:+1} scripts/wine-run build/stage/corvix-host.exe log on >/dev/null
 	@CORVIX_DISPLAY=$${DISPLAY:+1} scripts/wine-run build/stage/corvix-host.exe --show-log $(ARGS)
 	$(if $(ARGS),,@CORVIX_DISPLAY=$${DISPLAY:+1} scripts/fetch-demo build/stage/corvix-host.exe build/fetch-demo)
+	$(if $(ARGS),,@CORVIX_DISPLAY=$${DISPLAY:+1} scripts/wine-run build/stage/corvix-host.exe draw build/page.png)
 
 test: setup
 	$(call build,debug)
