@@ -57,6 +57,12 @@ set(CORVIX_PUBLIC_HEADERS
     core/suppliers/decoding/PackParams.h
     core/xml/XmlNode.h
     core/xml/XmlbinReader.h
+    graphics/AGDC.h
+    graphics/AGDCCreator.h
+    graphics/Color.h
+    graphics/Geometry.h
+    graphics/Image.h
+    graphics/SystemHandles.h
     graphics/fonts/FontMachine.h
     shell/Actions.h
     shell/ClassFactory.h
@@ -131,8 +137,34 @@ add_library(corvix-objects OBJECT
     core/xml/Attributes.cpp
     core/xml/XmlNode.cpp
     core/xml/XmlbinReader.cpp
+    graphics/SystemHandles.cpp
+    graphics/contexts/DrawingContext.cpp
+    graphics/contexts/DrawingDevice.cpp
+    graphics/contexts/DrawingImages.cpp
+    graphics/contexts/DrawingPaths.cpp
+    graphics/contexts/DrawingPixels.cpp
+    graphics/contexts/GdiPlusClip.cpp
+    graphics/contexts/GdiPlusContext.cpp
+    graphics/contexts/GdiPlusDrawing.cpp
+    graphics/contexts/GdiPlusImages.cpp
+    graphics/contexts/OffscreenBitmap.cpp
+    graphics/contexts/PlainClip.cpp
+    graphics/contexts/PlainContext.cpp
+    graphics/contexts/PlainImages.cpp
+    graphics/creators/QuillCreators.cpp
     graphics/fonts/FMFontMachine.cpp
     graphics/fonts/FontSubstitutors.cpp
+    graphics/gdi/Gdi.cpp
+    graphics/gdiplus/ClipStack.cpp
+    graphics/gdiplus/GdiPlusTable.cpp
+    graphics/images/AGImage.cpp
+    graphics/images/CmykConversion.cpp
+    graphics/images/ImageBits.cpp
+    graphics/images/ImageFiles.cpp
+    graphics/path/Path.cpp
+    graphics/path/PathClip.cpp
+    graphics/quality/Quality.cpp
+    graphics/quality/QualityListener.cpp
     library/LibraryClasses.cpp
     library/LibraryObjects.cpp
     shell/KActionManager.cpp

@@ -25,6 +25,9 @@
 #include "core/suppliers/decoding/PackFlateInputStream.h"
 #include "core/suppliers/decoding/PackImageInputStream.h"
 #include "core/xml/XmlNode.h"
+#include "graphics/contexts/MemoryContexts.h"
+#include "graphics/creators/QuillCreators.h"
+#include "graphics/images/AGImage.h"
 #include "shell/Actions.h"
 #include "shell/ClassFactory.h"
 #include "shell/CommandLine.h"
@@ -128,6 +131,14 @@ std::span<const LibraryClass> libraryClasses() noexcept {
       row<IMenuItem>(),
       row<BTempStorage>(),
       row<BChunkInputStream>(),
+      row<IAGDC>(),
+      row<AGDC>(),
+      row<IAGDCCreator>(),
+      row<AGDCCreator>(),
+      row<QuillScreenDCCreator>(),
+      row<QuillMemoryDCCreator>(),
+      row<IAGImage>(),
+      row<AGImage>(),
   };
   return rows;
 }

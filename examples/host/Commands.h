@@ -13,6 +13,12 @@ int listModules(corvix::IPluginManager& manager);
 // Makes objects of the example plug-ins, uses them and lets them go.
 int runDemo(corvix::IPluginManager& manager);
 
+// Draws the test page through plain GDI and through GDI+, side by side, into a PNG file.
+int drawToFile(corvix::IPluginManager& manager, const std::string& file);
+
+// The same in a window, until the user closes it; or by itself, when the seconds are above 0.
+int showWindow(corvix::IPluginManager& manager, double closeAfterSeconds);
+
 // Copies what a location or a path names into a file, or to the standard output when `file` is empty.
 int fetch(corvix::IShell& shell, const std::string& location, const std::string& file);
 

@@ -11,7 +11,7 @@ int main() {
       "corvix-host"};
   app.set_version_flag("--version", std::string("corvix-host ") + CORVIX_VERSION);
   app.require_subcommand(0, 1);
-  app.allow_windows_style_options(false);  // "/dir/name" is a path
+  app.allow_windows_style_options(false);  // a path may begin with a slash
   bool unattended = false;
   app.add_flag("--unattended", unattended, "Show no message boxes: nobody is there to answer them");
   bool withLog = false;
@@ -64,8 +64,15 @@ int main() {
   log->add_option("state", state, "on or off, from the next start")->check(CLI::IsMember({"on", "off"}));
   log->callback([&] { exitCode = state.empty() ? host::tellLog() : host::switchLog(state == "on"); });
 
-  std::string location;
   std::string file;
+  CLI::App& draw = *app.add_subcommand("draw", "Draw a test page through GDI and GDI+ into a PNG file");
+  draw.add_option("FILE.png", file, "The file to write")->required();
+  draw.callback([&] { exitCode = host::drawToFile(manager(), file); });
+  double seconds = 0;
+  CLI::App& window = *app.add_subcommand("window", "Show the test page in a window; drag for a rubber band");
+  window.add_option("--close-after", seconds, "Close it by itself after that many seconds");
+  window.callback([&] { exitCode = host::showWindow(manager(), seconds); });
+  std::string location;
   CLI::App* const fetchCommand = app.add_subcommand("fetch", "Copy what a location names, whatever its scheme");
   fetchCommand->add_option("LOCATION", location, "file:, http: or any scheme that a plug-in adds; or a path")
       ->required();

@@ -19,11 +19,11 @@ constexpr char kNames[] =
     "BInputStream BRAInputStream BOutputStream BFileOutputStream BMemoryOutputStream BThread IDocument "
     "IMsgTarget IView IHWNDView IWindow IFrameWindow IGUIManager IAction IActionManager IFileFilter "
     "IDocFormat IDocManager XMLNode XMLNodeText XMLNodeComment XMLNodeNode XMLNodeParam PackParams PackDecodeStream "
-    "PackImageInputStream "
-    "PackFlateInputStream IGlobalEvent "
+    "PackImageInputStream PackFlateInputStream IGlobalEvent "
     "IGlobalEventTarget KPluginManager KShell BClassFactory IBCollection KHTTPSupplier KIStreamSupplier "
     "KClassFactoryLocal KFileSupplier ICommandLine "
-    "IDocumentPanel IDocumentView IStateHistory IMenuItem BTempStorage BChunkInputStream ";
+    "IDocumentPanel IDocumentView IStateHistory IMenuItem BTempStorage BChunkInputStream "
+    "IAGDC AGDC IAGDCCreator AGDCCreator QuillScreenDCCreator QuillMemoryDCCreator IAGImage AGImage ";
 
 TEST(LibraryClasses, HaveTheirNamesWordsOfTheirOwnAndFindThemselves) {
   std::istringstream names(kNames);

@@ -1,0 +1,358 @@
+// Drawing contexts against the same work written with bare GDI and with bare GDI+ flat calls on a Graphics that is
+// kept.
+#include "bench/Bench.h"
+#include "core/baselib/objects/Ref.h"
+#include "graphics/AGDCCreator.h"
+#include "shell/Shell.h"
+
+#include <algorithm>
+#include <cstring>
+#include <vector>
+
+#include <windows.h>
+#include <objidl.h>
+namespace Gdiplus {
+using std::max;
+using std::min;
+}  // namespace Gdiplus
+#include <gdiplus.h>
+
+namespace corvix::bench {
+namespace {
+
+namespace flat = Gdiplus::DllExports;
+
+constexpr int kSide = 512;
+
+Ref<IAGDC> makePage(u32 wanted) {
+  const auto creator = createObject<IAGDCCreator>(*IShell::getInstance()->pluginManager(), L"AGDC.Memory");
+  return Ref<IAGDC>::adopt(creator->create(wanted, 0, nullptr, kSide, kSide));
+}
+
+// A bitmap of its own, as a context has one.
+struct Bare {
+  HDC device;
+  HBITMAP bitmap;
+  HGDIOBJ before;
+  u8* pixels = nullptr;
+
+  Bare() {
+    BITMAPINFO info = {};
+    info.bmiHeader = {sizeof info.bmiHeader, kSide, -kSide, 1, 24, BI_RGB, 0, 0, 0, 0, 0};
+    void* bits = nullptr;
+    device = CreateCompatibleDC(nullptr);
+    bitmap = CreateDIBSection(nullptr, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
+    pixels = static_cast<u8*>(bits);
+    before = SelectObject(device, bitmap);
+    PatBlt(device, 0, 0, kSide, kSide, WHITENESS);
+  }
+  ~Bare() {
+    SelectObject(device, before);
+    DeleteObject(bitmap);
+    DeleteDC(device);
+  }
+};
+
+// GDI+ as a careful caller would keep it.
+struct BarePlus : Bare {
+  ULONG_PTR token = 0;
+  Gdiplus::GpGraphics* graphics = nullptr;
+  Gdiplus::GpPen* pen = nullptr;
+  Gdiplus::GpSolidFill* brush = nullptr;
+
+  explicit BarePlus(Gdiplus::SmoothingMode smoothing = Gdiplus::SmoothingModeHighSpeed) {
+    const Gdiplus::GdiplusStartupInput input;
+    Gdiplus::GdiplusStartup(&token, &input, nullptr);
+    flat::GdipCreateFromHDC(device, &graphics);
+    flat::GdipSetPageUnit(graphics, Gdiplus::UnitPixel);
+    flat::GdipSetSmoothingMode(graphics, smoothing);
+    flat::GdipSetInterpolationMode(graphics, Gdiplus::InterpolationModeNearestNeighbor);
+    flat::GdipCreatePen1(0xFF204080, 1, Gdiplus::UnitWorld, &pen);
+    flat::GdipCreateSolidFill(0xFF204080, &brush);
+  }
+  ~BarePlus() {
+    flat::GdipDeleteBrush(brush);
+    flat::GdipDeletePen(pen);
+    flat::GdipDeleteGraphics(graphics);
+    Gdiplus::GdiplusShutdown(token);
+  }
+};
+
+struct Place {
+  i32 x;
+  i32 y;
+};
+Place at(std::uint64_t i) { return {static_cast<i32>(i * 37 % (kSide - 40)), static_cast<i32>(i * 61 % (kSide - 40))}; }
+
+void measureFills(Report& report) {
+  const Ref<IAGDC> plain = makePage(0);
+  const Ref<IAGDC> plus = makePage(capability::kGdiPlus);
+  plain->setFillColor(rgb(32, 64, 128));
+  plus->setFillColor(rgb(32, 64, 128));
+  const Bare bare;
+  const BarePlus barePlus;
+  HBRUSH const brush = CreateSolidBrush(RGB(32, 64, 128));
+  report.compare(
+      "clear, GDI", "FillRect", 1.05,
+      [&](std::uint64_t n) {
+        while (n--) plain->clear();
+      },
+      [&](std::uint64_t n) {
+        const RECT all = {0, 0, kSide, kSide};
+        while (n--) FillRect(bare.device, &all, static_cast<HBRUSH>(GetStockObject(WHITE_BRUSH)));
+      });
+  report.compare(
+      "clear, GDI+", "GdipFillRectangle", 1.05,
+      [&](std::uint64_t n) {
+        while (n--) plus->clear();
+      },
+      [&](std::uint64_t n) {
+        flat::GdipSetSolidFillColor(barePlus.brush, 0xFFFFFFFF);
+        while (n--) flat::GdipFillRectangle(barePlus.graphics, barePlus.brush, 0, 0, kSide, kSide);
+      });
+  report.compare(
+      "filled rectangle, GDI", "FillRect", 1.05,
+      [&](std::uint64_t n) {
+        while (n--) plain->fillRect(at(n).x, at(n).y, 20, 12);
+      },
+      [&](std::uint64_t n) {
+        while (n--) {
+          const RECT rect = {at(n).x, at(n).y, at(n).x + 20, at(n).y + 12};
+          FillRect(bare.device, &rect, brush);
+        }
+      });
+  report.compare(
+      "filled rectangle, GDI+", "GdipFillRectangle", 1.05,
+      [&](std::uint64_t n) {
+        while (n--) plus->fillRect(at(n).x, at(n).y, 20, 12);
+      },
+      [&](std::uint64_t n) {
+        while (n--) {
+          flat::GdipFillRectangle(barePlus.graphics, barePlus.brush, static_cast<float>(at(n).x),
+                                  static_cast<float>(at(n).y), 20, 12);
+        }
+      });
+  DeleteObject(brush);
+}
+
+void measureLines(Report& report) {
+  const Ref<IAGDC> plain = makePage(0);
+  const Bare bare;
+  plain->setStrokeColor(rgb(32, 64, 128));
+  HPEN const pen = CreatePen(PS_SOLID, 1, RGB(32, 64, 128));
+  const HGDIOBJ before = SelectObject(bare.device, pen);
+  report.compare(
+      "line, GDI", "MoveToEx, LineTo", 1.05,
+      [&](std::uint64_t n) {
+        while (n--) plain->line(at(n).x, at(n).y, at(n).x + 35, at(n).y + 20);
+      },
+      [&](std::uint64_t n) {
+        while (n--) {
+          MoveToEx(bare.device, at(n).x, at(n).y, nullptr);
+          LineTo(bare.device, at(n).x + 35, at(n).y + 20);
+        }
+      });
+  SelectObject(bare.device, before);
+  DeleteObject(pen);
+  for (const bool isSmooth : {false, true}) {
+    const Ref<IAGDC> plus = makePage(capability::kGdiPlus);
+    plus->setSmoothing(isSmooth ? 255 : 0);
+    const BarePlus barePlus(isSmooth ? Gdiplus::SmoothingModeHighQuality : Gdiplus::SmoothingModeHighSpeed);
+    report.compare(
+        isSmooth ? "line, GDI+, smoothed" : "line, GDI+", "GdipDrawLine", 1.05,
+        [&](std::uint64_t n) {
+          while (n--) plus->line(at(n).x, at(n).y, at(n).x + 35, at(n).y + 20);
+        },
+        [&](std::uint64_t n) {
+          while (n--) {
+            const auto x = static_cast<float>(at(n).x);
+            const auto y = static_cast<float>(at(n).y);
+            flat::GdipDrawLine(barePlus.graphics, barePlus.pen, x, y, x + 35, y + 20);
+          }
+        });
+  }
+  const Ref<IAGDC> plus = makePage(capability::kGdiPlus);
+  const double dashes[] = {6, 4};
+  plus->setLineWidth(2);
+  plus->setDash(dashes, 2, 0);
+  const BarePlus barePlus;
+  const float flatDashes[] = {3, 2};
+  flat::GdipSetPenWidth(barePlus.pen, 2);
+  flat::GdipSetPenDashArray(barePlus.pen, flatDashes, 2);
+  report.compare(
+      "dashed curve, GDI+", "GdipDrawBezier", 1.05,
+      [&](std::uint64_t n) {
+        while (n--) {
+          const double x = at(n).x;
+          const double y = at(n).y;
+          plus->moveTo(x, y);
+          plus->curveTo(x + 10, y + 40, x + 30, y, x + 40, y + 40);
+        }
+      },
+      [&](std::uint64_t n) {
+        while (n--) {
+          const auto x = static_cast<float>(at(n).x);
+          const auto y = static_cast<float>(at(n).y);
+          flat::GdipDrawBezier(barePlus.graphics, barePlus.pen, x, y, x + 10, y + 40, x + 30, y, x + 40, y + 40);
+        }
+      });
+}
+
+void measurePixels(Report& report) {
+  const Ref<IAGDC> plus = makePage(capability::kGdiPlus);
+  const Bare bare;
+  const auto bareRun = [&](std::uint64_t n) {
+    while (n--) {
+      for (int x = 0; x < kSide; ++x) SetPixelV(bare.device, x, 7, x % 2 ? RGB(255, 0, 0) : RGB(0, 0, 255));
+    }
+  };
+  report.compare(
+      "run of 512 pixels, own bitmap", "SetPixelV", 1.0,
+      [&](std::uint64_t n) {
+        while (n--) plus->dottedRow(0, kSide, 7, rgb(0, 0, 255), rgb(255, 0, 0));
+      },
+      bareRun);
+  const auto screens = createObject<IAGDCCreator>(*IShell::getInstance()->pluginManager(), L"AGDC.Screen");
+  const Bare target;
+  const auto onDevice = Ref<IAGDC>::adopt(screens->create(capability::kGdiPlus, 0, target.device, kSide, kSide));
+  report.compare(
+      "run of 512 pixels, other's device", "SetPixelV", 1.0,
+      [&](std::uint64_t n) {
+        while (n--) onDevice->dottedRow(0, kSide, 7, rgb(0, 0, 255), rgb(255, 0, 0));
+      },
+      bareRun);
+  report.compare(
+      "pixel set and read, own bitmap", "SetPixelV, GetPixel", 1.0,
+      [&](std::uint64_t n) {
+        Color color = 0;
+        while (n--) {
+          plus->setPixel(at(n).x, at(n).y, kBlack);
+          plus->getPixel(at(n).x, at(n).y, &color);
+        }
+        keep(color);
+      },
+      [&](std::uint64_t n) {
+        COLORREF color = 0;
+        while (n--) {
+          SetPixelV(bare.device, at(n).x, at(n).y, 0);
+          color = GetPixel(bare.device, at(n).x, at(n).y);
+        }
+        keep(color);
+      });
+}
+
+void measureClips(Report& report) {
+  const Ref<IAGDC> plain = makePage(0);
+  const Ref<IAGDC> plus = makePage(capability::kGdiPlus);
+  const Bare bare;
+  const BarePlus barePlus;
+  plus->fillRect(0, 0, 1, 1);
+  const auto ours = [](IAGDC& page) {
+    return [&page](std::uint64_t n) {
+      while (n--) {
+        page.saveClip();
+        page.clipRect(at(n).x, at(n).y, 30, 30);
+        page.restoreClip();
+      }
+    };
+  };
+  report.compare("clip saved, narrowed, restored, GDI", "SaveDC, IntersectClipRect, RestoreDC", 1.05, ours(*plain),
+                 [&](std::uint64_t n) {
+                   while (n--) {
+                     SaveDC(bare.device);
+                     IntersectClipRect(bare.device, at(n).x, at(n).y, at(n).x + 30, at(n).y + 30);
+                     RestoreDC(bare.device, -1);
+                   }
+                 });
+  report.compare("clip saved, narrowed, restored, GDI+", "GdipSaveGraphics, ...SetClipRect, ...Restore", 1.05,
+                 ours(*plus), [&](std::uint64_t n) {
+                   while (n--) {
+                     Gdiplus::GraphicsState state;
+                     flat::GdipSaveGraphics(barePlus.graphics, &state);
+                     flat::GdipSetClipRect(barePlus.graphics, static_cast<float>(at(n).x), static_cast<float>(at(n).y),
+                                           30, 30, Gdiplus::CombineModeIntersect);
+                     flat::GdipRestoreGraphics(barePlus.graphics, state);
+                   }
+                 });
+}
+
+void measureImages(Report& report) {
+  constexpr int kImage = 128;
+  const Ref<IAGDC> plain = makePage(0);
+  const Ref<IAGDC> plus = makePage(capability::kGdiPlus);
+  const auto image = Ref<IAGImage>::adopt(plain->createImage(kImage, kImage, ColorModel::Rgb, 0));
+  const Bare bare;
+  const BarePlus barePlus;
+  BITMAPINFO info = {};
+  info.bmiHeader = {sizeof info.bmiHeader, kImage, -kImage, 1, 24, BI_RGB, 0, 0, 0, 0, 0};
+  Gdiplus::GpBitmap* bitmap = nullptr;
+  flat::GdipCreateBitmapFromScan0(kImage, kImage, image->strideBytes(), PixelFormat24bppRGB, image->row(0), &bitmap);
+  for (const int size : {kImage, 200}) {
+    const std::string how = size == kImage ? " 1:1" : " scaled";
+    report.compare(
+        "image" + how + ", GDI", "StretchDIBits", 1.05,
+        [&](std::uint64_t n) {
+          while (n--) plain->drawImage(image.get(), 3, 3, size, size);
+        },
+        [&](std::uint64_t n) {
+          while (n--) {
+            StretchDIBits(bare.device, 3, 3, size, size, 0, 0, kImage, kImage, image->row(0), &info, DIB_RGB_COLORS,
+                          SRCCOPY);
+          }
+        });
+    report.compare(
+        "image" + how + ", GDI+", "GdipDrawImageRectI, bitmap kept", 1.05,
+        [&](std::uint64_t n) {
+          while (n--) plus->drawImage(image.get(), 3, 3, size, size);
+        },
+        [&](std::uint64_t n) {
+          while (n--) flat::GdipDrawImageRectI(barePlus.graphics, bitmap, 3, 3, size, size);
+        });
+  }
+  flat::GdipDisposeImage(bitmap);
+}
+
+void measureCmyk(Report& report) {
+  constexpr int kEdge = 1000;  // a megapixel
+  const Ref<IAGDC> page = makePage(0);
+  const auto image = Ref<IAGImage>::adopt(page->createImage(kEdge, kEdge, ColorModel::Cmyk, 0));
+  for (i32 y = 0; y < kEdge; ++y) {
+    for (i32 i = 0; i < 4 * kEdge; ++i) image->row(y)[i] = static_cast<u8>(i * 7 + y * 13);
+  }
+  std::vector<u8> from(3 * kEdge * kEdge);
+  std::vector<u8> to(3 * kEdge * kEdge);
+  const char* const names[] = {"Fast", "Normal", "Best", "Alternate", "By Table"};
+  IBSettings& settings = *IShell::getInstance()->settings();
+  Variant before;
+  settings.getValue(L"Quality", L"FullColorConversion", before);
+  for (i32 mode = 1; mode <= 5; ++mode) {
+    settings.setValue(L"Quality", L"FullColorConversion", Variant(mode));
+    // The draw of a single pixel's place: what is timed is the conversion of the megapixel.
+    report.compare(
+        std::string("CMYK megapixel, ") + names[mode - 1], "memcpy of the result", 0,
+        [&](std::uint64_t n) {
+          while (n--) page->drawImagePixel(image.get(), kSide - 1, kSide - 1);
+        },
+        [&](std::uint64_t n) {
+          while (n--) {
+            std::memcpy(to.data(), from.data(), to.size());
+            keep(to[0]);
+          }
+        });
+  }
+  settings.setValue(L"Quality", L"FullColorConversion", before);
+}
+
+void measure(Report& report) {
+  measureFills(report);
+  measureLines(report);
+  measurePixels(report);
+  measureClips(report);
+  measureImages(report);
+  measureCmyk(report);
+}
+
+const Area area{"drawing", measure};
+
+}  // namespace
+}  // namespace corvix::bench

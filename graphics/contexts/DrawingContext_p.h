@@ -1,0 +1,192 @@
+// DrawingContext: what the plain GDI and the GDI+ contexts share: the state that every operation reads, pixels, the
+// path under construction and its clipping in software, and the forms of an operation that lead to another form.
+#pragma once
+
+#include "graphics/contexts/LineState_p.h"
+#include "graphics/gdi/Gdi.h"
+#include "graphics/images/ImageBits.h"
+#include "graphics/path/PathClip.h"
+
+namespace corvix {
+
+// The memory of a bitmap that a context owns; no pixels: it cannot be reached.
+struct PixelMemory {
+  u8* pixels = nullptr;
+  i32 strideBytes = 0;
+  i32 width = 0;
+  i32 height = 0;
+};
+
+class DrawingContext : public IAGDC {
+ public:
+  ~DrawingContext() override;
+
+  BitmapHandle bitmap() const noexcept override { return nullptr; }
+  bool attach(DeviceHandle device, double width, double height) override;
+  bool detach() override;
+  DeviceHandle acquireDevice(BitmapHandle bitmap) override;
+  bool returnDevice(DeviceHandle device) override;
+  bool canDraw() const noexcept override { return isAttached_; }
+  double width() const noexcept override { return width_; }
+  double height() const noexcept override { return height_; }
+  DeviceHandle deviceContext() override;
+  bool isAttached() const noexcept override { return isAttached_; }
+  bool isNonDisplay() const noexcept override { return isNonDisplay_; }
+  Point origin() const noexcept override { return origin_; }
+  bool setOrigin(double x, double y) override;
+
+  IAGImage* createImage(i32 width, i32 height, ColorModel model, i32 bitsPerPixel) override;
+  bool setLineCap(i32 cap) override;
+  bool setFillRule(FillRule rule) override;
+  bool setBackgroundColor(Color color) override;
+  bool setStrokeColor(Color color) override;
+  bool setFillColor(Color color) override;
+  Color strokeColor() const noexcept override { return strokeColor_; }
+  Color fillColor() const noexcept override { return fillColor_; }
+  Color backgroundColor() const noexcept override { return backgroundColor_; }
+  Color nearestColor(Color color) override;
+  bool readPixel(double x, double y, Color* color) override;
+  bool setDash(const double* lengths, i32 count, double phase) override;
+  i32 dash(double* lengths, i32 capacity, double* phase) const noexcept override;
+  bool setLineWidth(double width) override;
+  double lineWidth() const noexcept override { return line_.width; }
+  bool setLineJoin(i32 join) override;
+  bool setMiterLimit(double limit) override;
+
+  bool moveToPixel(i32 x, i32 y) override;
+  bool moveTo(double x, double y) override;
+  bool dottedRow(i32 first, i32 end, i32 y, Color color1, Color color2) override;
+  bool dottedColumn(i32 x, i32 first, i32 end, Color color1, Color color2) override;
+  bool setPixel(i32 x, i32 y, Color color) override;
+  bool setPixelAt(double x, double y, Color color) override;
+  bool getPixel(i32 x, i32 y, Color* color) override;
+  bool lineToPixel(i32 x, i32 y) override;
+  bool lineTo(double x, double y) override;
+  bool curveToPixel(i32 x1, i32 y1, i32 x2, i32 y2, i32 x, i32 y) override;
+  bool curveTo(double x1, double y1, double x2, double y2, double x, double y) override;
+  bool curvesTo(const Point* points, i32 count) override;
+  bool linePixel(i32 x1, i32 y1, i32 x2, i32 y2) override;
+  bool line(double x1, double y1, double x2, double y2) override;
+  bool lines(const Point* points, i32 count) override;
+  bool drawPath(PathPaint paint) override;
+  bool rectangle(double x, double y, double width, double height) override;
+  bool clipPath() override;
+  bool clipStroke() override;
+  bool clipPolygon(const Point* points, i32 count) override;
+  bool clipRectPixel(const PixelBox& box) override;
+  bool xorRect(const PixelBox& box) override;
+  bool focusRect(const PixelBox& box) override;
+  bool copyTo(DeviceHandle device, i32 x, i32 y) override;
+
+  bool drawImage(IAGImage* image, double x, double y, double width, double height) override;
+  bool drawImagePart(IAGImage* image, const PixelBox& part, double x, double y, double width, double height) override;
+  bool drawImagePixel(IAGImage* image, i32 x, i32 y) override;
+  bool drawImageOffscreen(IAGImage* image, i32 x, i32 y, i32 width, i32 height) override;
+  bool drawImageTransformed(IAGImage* image, const Matrix& unitToUser) override;
+  bool drawImageTurned(IAGImage* image, i32 x, i32 y, i32 width, i32 height, ImageTurn turn) override;
+  bool drawImageThroughMemory(IAGImage* image, i32 x, i32 y) override;
+  bool drawImageMask(IAGImage* image, i32 x, i32 y, i32 width, i32 height) override;
+
+  i32 deviceCapability(i32 index) override;
+  bool unsupported() override { return false; }
+  bool strokePolyline(const Point* points, i32 count) override;
+  bool supportsText() const noexcept override { return false; }
+  bool supportsBlending() const noexcept override { return false; }
+  bool supportsShading() const noexcept override { return false; }
+  bool userToDevice(Point* points, i32 count) const noexcept override;
+  bool deviceToUser(Point* points, i32 count) const noexcept override;
+  Point currentPoint() const noexcept override { return current_; }
+  bool beginPath() override;
+  bool closePath() override;
+  bool flattenPath() override;
+  bool endPath() override;
+
+ protected:
+  DrawingContext(DeviceHandle device, double width, double height);
+  void readBaseOrigin() noexcept;
+
+  // Before every GDI call on the device context: what holds it lets go.
+  virtual void beginGdi() noexcept {}
+  virtual void lineStateChanged() noexcept = 0;
+  virtual void colorsChanged() noexcept = 0;
+  virtual PixelMemory pixelMemory() const noexcept { return {}; }
+  virtual HRGN deviceClip() noexcept = 0;  // in device pixels; null: not clipped; stays the context's
+  virtual double greatestCoordinate() const noexcept = 0;
+  virtual bool cutsDashes() noexcept = 0;  // the implementation cannot draw this line state's dashes by itself
+  virtual bool drawsThinLinesOnly() const noexcept = 0;  // a hairline pen is selected
+
+  // The paths here fit the device. `isCut`: the dashes are lines by now.
+  virtual bool strokeOut(const Path& path, bool isCut) = 0;
+  virtual bool fillOut(const Path& path) = 0;
+  virtual bool clipOut(const Path& path) = 0;
+  virtual bool clipStrokeOut(const Path& path, bool isCut) = 0;
+  virtual bool lineOut(Point from, Point to) = 0;
+
+  // Draws onto the unit square as `unitToDevice` places it; without the origin. `smooth`: not by the nearest pixel.
+  virtual bool imageOut(const ImageBits& bits, const Matrix& unitToDevice, bool smooth) = 0;
+
+  // The clip as far as the device context does not know it.
+  virtual HRGN clipBesideDevice() noexcept { return nullptr; }
+  // From (0, 0) of another device context to a place without the origin.
+  bool blitOut(HDC source, i32 x, i32 y, i32 width, i32 height);
+
+  // User to device pixels, the origin included.
+  Matrix fullTransform() const noexcept { return transform_.then(Matrix::translation(origin_.x, origin_.y)); }
+  double penScale() const noexcept { return std::sqrt(std::abs(transform_.determinant())); }
+  // Device pixels around the output that are drawn too, so that what begins there ends right.
+  Box roomAround(double penPixels) const noexcept;
+
+  // Call(path that fits the device, whether its dashes are cut).
+  template <class Out>
+  bool fitStroke(const Path& path, Out out);
+  template <class Out>
+  bool fitFill(const Path& path, Out out);
+  // For GDI: the device context's coordinates of a device pixel.
+  POINT local(int x, int y) const noexcept { return {x - viewport_.x, y - viewport_.y}; }
+  bool toLocal(const PixelBox& box, RECT& rect) const noexcept;  // false when it does not fit
+  bool strokeFitted(const Path& path);
+  // `imageOut`, steered by the user's settings.
+  bool placeImage(const ImageBits& bits, const Matrix& unitToDevice);
+  PixelBox outputArea() const noexcept;  // without the origin
+  bool fillFitted(const Path& path);
+
+  DeviceHandle device_ = nullptr;
+  double width_ = 0;
+  double height_ = 0;
+  Point origin_ = {0, 0};
+  POINT baseOrigin_ = {0, 0};  // the viewport origin that the device context brought: device pixels begin there
+  POINT viewport_ = {0, 0};    // as much of the origin as the context set on the device context
+  bool isAttached_ = false;
+  bool isNonDisplay_ = false;
+  bool isPathOpen_ = false;
+  FillRule fillRule_ = FillRule::EvenOdd;
+  Color backgroundColor_ = kWhite;
+  Color strokeColor_ = kBlack;
+  Color fillColor_ = kWhite;
+  Matrix transform_;
+  LineState line_;
+  Point current_ = {0, 0};
+  Path path_;
+
+ private:
+  struct Borrowed {
+    gdi::MemoryDevice device;
+    gdi::Selected selected;  // goes first
+  };
+
+  bool dottedRun(i64 first, i64 end, i64 across, bool isRow, Color color1, Color color2);
+
+  std::vector<Borrowed> borrowed_;
+};
+
+// Runs what may run out of memory: false then.
+template <class Call>
+bool withinMemory(Call call) noexcept {
+  try {
+    return call();
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
+}
+
+}  // namespace corvix

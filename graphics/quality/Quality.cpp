@@ -1,0 +1,10 @@
+#include "graphics/quality/Quality.h"
+
+namespace corvix {
+
+Quality& quality() noexcept {
+  static Quality values;
+  return values;
+}
+
+}  // namespace corvix
