@@ -109,7 +109,7 @@ TEST(KFileSupplier, OpensFilesAndPartsOfThem) {
 }
 
 TEST(KIStreamSupplier, OpensWhatIsRegistered) {
-  const auto stream = make<BMemoryInputStream>("abc", 3, BMemoryInputStream::Bytes::Borrow);
+  const auto stream = make<BMemoryInputStream>("abc", 3u, BMemoryInputStream::Bytes::Borrow);
   EXPECT_FALSE(registerStream(L"", stream.get()));
   ASSERT_TRUE(registerStream(L"my stream", stream.get()));
   const auto supplier = make<KIStreamSupplier>();
