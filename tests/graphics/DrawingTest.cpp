@@ -5,7 +5,6 @@ namespace corvix::testing {
 namespace {
 
 constexpr Color kRed = rgb(255, 0, 0);
-constexpr Color kBlue = rgb(0, 0, 255);
 
 struct Scene {
   const char* name;
