@@ -209,3 +209,11 @@ target_compile_features(corvix PUBLIC cxx_std_17)
 set_target_properties(corvix PROPERTIES PREFIX "")
 add_library(Corvix::corvix ALIAS corvix)
 corvix_copy_runtime(corvix)
+
+# Coordinates and colours are worked out in doubles: with SSE2, which 32-bit Windows itself demands since version 8,
+# that is several times faster than on the x87 stack.
+if(NOT MSVC)
+    get_target_property(corvix_sources corvix-objects SOURCES)
+    list(FILTER corvix_sources INCLUDE REGEX "^graphics/")
+    set_property(SOURCE ${corvix_sources} APPEND PROPERTY COMPILE_OPTIONS -msse2 -mfpmath=sse)
+endif()
