@@ -127,14 +127,13 @@ TEST(BChunkInputStream, WhatHasGoneByCannotBeHad) {
   EXPECT_EQ(stream.readByte(), -1) << "half a page";
 }
 
-TEST(BChunkInputStream, HoldsItsSourceUntilItIsClosed) {
+TEST(BChunkInputStream, HoldsItsSourceUntilItIsClosedOrDropped) {
   const auto source = make<Scripted>(pattern(100));
   {
-    BChunkInputStream stream(source);
-    EXPECT_EQ(source->refCount(), 1u);
+    BChunkInputStream stream(source), dropped(source);
+    EXPECT_EQ(source->refCount(), 2u);
     stream.close();
-    EXPECT_EQ(source->refCount(), 0u);
-    BChunkInputStream dropped(source);
+    EXPECT_EQ(source->refCount(), 1u);
   }
   EXPECT_EQ(source->refCount(), 0u);
   EXPECT_FALSE(BChunkInputStream(nullptr).isOpen());

@@ -18,7 +18,8 @@ class Worker : public BThread {
   CORVIX_IDENTITY(Worker, 0xC7A1580E, 0x4D93B26F, 0xB4E8071C, 0x25F6D93A, BThread)
 
  public:
-  explicit Worker(std::function<void(Worker&)> work) : BThread(L"worker"), work_(std::move(work)) {
+  explicit Worker(std::function<void(Worker&)> work, const wchar_t* name = nullptr)
+      : BThread(name), work_(std::move(work)) {
     ended = 0;
     destroyed = 0;
   }
@@ -36,11 +37,14 @@ class Worker : public BThread {
 
 TEST(Thread, StartsOnceRunsAndIsJoined) {
   HANDLE const go = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-  auto worker = make<Worker>([go](Worker& self) {
-    EXPECT_FALSE(self.join());  // not itself
-    WaitForSingleObject(go, INFINITE);
-    Sleep(50);
-  });
+  auto worker = make<Worker>(
+      [go](Worker& self) {
+        EXPECT_FALSE(self.join());  // not itself
+        WaitForSingleObject(go, INFINITE);
+        Sleep(50);
+      },
+      L"worker");
+  EXPECT_EQ(std::wstring(worker->name()), L"worker");
   EXPECT_TRUE(worker->join());  // not started
   EXPECT_FALSE(worker->isRunning());
   EXPECT_TRUE(worker->start());
