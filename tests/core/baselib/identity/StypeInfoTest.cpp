@@ -19,19 +19,16 @@ constexpr u32 kTop = 0xFFFFFFFF;
 
 const ParseRow kParseRows[] = {
     {L"0xD922852A, 0x279643b9, 0xBC23DC2F, 0x788DEB1D", ClassWords{0xD922852A, 0x279643B9, 0xBC23DC2F, 0x788DEB1D}},
-    {L"1,2,3,4", ClassWords{1, 2, 3, 4}},
-    {L"010, 0X1f, 9, -1", ClassWords{8, 31, 9, kTop}},
+    {L"010,0X1f, 9, -1", ClassWords{8, 31, 9, kTop}},
     {L"4294967295, 2147483648, +7, 0", ClassWords{kTop, 0x80000000, 7, 0}},
     {L" \t1,\n2,\r3, 4 and more", ClassWords{1, 2, 3, 4}},
     {L"0x100000001, 1, 1, 1", ClassWords{1, 1, 1, 1}},  // the low 32 bits
     {L"1, 2, 3, 08", ClassWords{1, 2, 3, 0}},           // 8 is no octal digit
-    {L"1, 2, 3", kNone},
     {L"1, 2, 3,", kNone},
     {L"1 , 2, 3, 4", kNone},  // a blank before the comma
     {L"1 2 3 4", kNone},
     {L"", kNone},
     {L"0x, 1, 2, 3", kNone},
-    {L"1, 2, 3, 0x", kNone},
     {L"1, 2, 3, -", kNone},
     {L"g, 2, 3, 4", kNone},
     {L"08, 2, 3, 4", kNone},
@@ -47,11 +44,6 @@ TEST(ParseClassWords, Rows) {
 
 TEST(ParseClassWords, ReadsNothingBehindTheLength) { EXPECT_FALSE(parseClassWords(L"1,2,3,4", 6)); }
 
-TEST(StypeInfo, TextIsFourPaddedUpperCaseGroups) {
-  const PlainIdentifier identifier({0x75CCBBE6, 0x1F, 0, 0xABCDEF01});
-  EXPECT_STREQ(identifier.text(), "0x75CCBBE6, 0x0000001F, 0x00000000, 0xABCDEF01 ");
-}
-
 class StaticIdentifier final : public stype_info {
  public:
   using stype_info::stype_info;
@@ -61,11 +53,11 @@ class StaticIdentifier final : public stype_info {
 TEST(StypeInfo, SecondConstructionOfAStaticKeepsTheText) {
   alignas(StaticIdentifier) static unsigned char storage[sizeof(StaticIdentifier)];
   unsigned char* volatile where = storage;
-  const auto* first = new (where) StaticIdentifier(1, 2, 3, 4);
-  EXPECT_STREQ(first->text(), "0x00000001, 0x00000002, 0x00000003, 0x00000004 ");
+  const auto* first = new (where) StaticIdentifier(0x75CCBBE6, 0x1F, 0, 0xABCDEF01);
+  EXPECT_STREQ(first->text(), "0x75CCBBE6, 0x0000001F, 0x00000000, 0xABCDEF01 ");
   const auto* second = new (where) StaticIdentifier(5, 6, 7, 8);
   EXPECT_EQ(second->words(), (ClassWords{5, 6, 7, 8}));
-  EXPECT_STREQ(second->text(), "0x00000001, 0x00000002, 0x00000003, 0x00000004 ");
+  EXPECT_STREQ(second->text(), "0x75CCBBE6, 0x0000001F, 0x00000000, 0xABCDEF01 ");
 }
 
 }  // namespace

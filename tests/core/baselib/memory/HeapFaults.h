@@ -2,7 +2,17 @@
 // the test framework allocates elsewhere.
 #pragma once
 
-#include <memory>
+#include <atomic>
+#include <climits>
+#include <cstddef>
+
+#include "tests/support/ImportSlot.h"
+
+extern "C" {
+extern void* (*mallocSlot)(std::size_t) __asm__("__imp__malloc");
+extern void* (*reallocSlot)(void*, std::size_t) __asm__("__imp__realloc");
+extern void (*freeSlot)(void*) __asm__("__imp__free");
+}
 
 namespace corvix::testing {
 
@@ -11,24 +21,50 @@ class HeapFaults {
   enum class Mode { Once, Always };
 
   // The n-th allocation from now on fails, n from 1, and in mode Always every later one.
-  HeapFaults(int n, Mode mode);
-  HeapFaults();  // none fails
-  ~HeapFaults();
-  HeapFaults(const HeapFaults&) = delete;
-  HeapFaults& operator=(const HeapFaults&) = delete;
+  explicit HeapFaults(int n = INT_MAX, Mode mode = Mode::Once) {
+    asked_ = 0;
+    live_ = 0;
+    failFrom_ = n;
+    failTo_ = mode == Mode::Once ? n : INT_MAX;
+  }
 
-  void disarm();
-  bool wasHit() const;
+  void disarm() { failFrom_ = failTo_ = INT_MAX; }
+  bool wasHit() const { return asked_ >= failFrom_; }
 
   // Allocated less freed, since this was made.
-  int liveBlocks() const;
+  int liveBlocks() const { return live_; }
 
   // Calls of malloc and realloc.
-  int requests() const;
+  int requests() const { return asked_; }
 
  private:
-  struct Slots;
-  std::unique_ptr<Slots> slots_;
+  static bool refuse() {
+    const int n = ++asked_;
+    return n >= failFrom_ && n <= failTo_;
+  }
+  static void* countedMalloc(std::size_t size) {
+    void* const block = refuse() ? nullptr : realMalloc_(size);
+    if (block) ++live_;
+    return block;
+  }
+  static void* countedRealloc(void* block, std::size_t size) {
+    void* const moved = refuse() ? nullptr : realRealloc_(block, size);
+    if (moved && !block) ++live_;
+    return moved;
+  }
+  static void countedFree(void* block) {
+    if (block) --live_;
+    realFree_(block);
+  }
+
+  static inline std::atomic<int> asked_, live_, failFrom_, failTo_;
+  static inline const auto realMalloc_ = mallocSlot;
+  static inline const auto realRealloc_ = reallocSlot;
+  static inline const auto realFree_ = freeSlot;
+
+  testing_support::ImportSlot<void* (*)(std::size_t)> mallocs_{mallocSlot, countedMalloc};
+  testing_support::ImportSlot<void* (*)(void*, std::size_t)> reallocs_{reallocSlot, countedRealloc};
+  testing_support::ImportSlot<void (*)(void*)> frees_{freeSlot, countedFree};
 };
 
 }  // namespace corvix::testing

@@ -44,19 +44,17 @@ class Holder : public BHibernatable {
   explicit Holder(u32 bytes) : block_(_smalloc(bytes)) {}
   ~Holder() override { _sfree(block_); }
   bool hibernate(bool argument) override {
-    argument_ = argument;
-    ++calls_;
+    wasForced = argument;
+    ++calls;
     const bool releases = block_ != nullptr;
     _sfree(std::exchange(block_, nullptr));
     return releases;
   }
-  int calls() const { return calls_; }
-  bool argument() const { return argument_; }
+  int calls = 0;
+  bool wasForced = false;
 
  private:
   void* block_;
-  int calls_ = 0;
-  bool argument_ = false;
 };
 
 class FakeShell : public IMemoryShell {
@@ -101,7 +99,7 @@ void hibernatablesGiveBack() {
   const FullAddressSpace full;
   const bool isFull = _smalloc(4 * kMegabyte) == nullptr;
   void* const block = systemPool().alloc(4 * kMegabyte);
-  leave({isFull, block != nullptr, newest->calls() == 1, last->calls() == 1, newest->argument(), shell.asked == 0,
+  leave({isFull, block != nullptr, newest->calls == 1, last->calls == 1, newest->wasForced, shell.asked == 0,
          memory::liveState->reserve != nullptr, allocCSProc().heldCount() == 0});
 }
 
@@ -111,9 +109,9 @@ void theProbeDrainsInTime() {
   while (_smalloc(0x40000)) {
   }
   for (int i = 0; i < 0x80000 / 64 - 1; ++i) systemPool().free(systemPool().alloc(64));
-  const bool notBefore = holder->calls() == 0;
+  const bool notBefore = holder->calls == 0;
   systemPool().free(systemPool().alloc(64));
-  const bool atTheLimit = holder->calls() == 1;
+  const bool atTheLimit = holder->calls == 1;
   leave({notBefore, atTheLimit});
 }
 
@@ -133,7 +131,7 @@ void nullIsReturnedWhereAllowed() {
   const auto classes = make<BSizeClassMemoryPool>();
   BMemoryManager::allowNULLreturn(true);
   const FullAddressSpace full;
-  const bool ofSystem = !systemPool().alloc(4 * kMegabyte) && holder->calls() == 1;
+  const bool ofSystem = !systemPool().alloc(4 * kMegabyte) && holder->calls == 1;
   const bool ofFixed = !fixed->alloc(kMegabyte) && fixed->chunkCount() == 0 && fixed->handedOutBytes() == 0;
   const bool ofClasses = !classes->alloc(4 * kMegabyte);
   const bool keptHeld = allocCSProc().heldCount() == 3;

@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <deque>
 #include <functional>
-#include <memory>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -28,34 +28,31 @@ class Sender final : public BNotifySender {};
 
 class NotifySenderTest : public testing::Test {
  protected:
-  Listener& make(char mark, int answer = notify::kGoOn, std::function<void()> act = nullptr) {
-    listeners_.push_back(std::make_unique<Listener>());
-    Listener& listener = *listeners_.back();
+  Listener& add(char mark, i32 priority = 0, std::function<void()> act = nullptr) {
+    Listener& listener = listeners_.emplace_back();
     listener.mark = mark;
-    listener.answer = answer;
     listener.act = std::move(act);
-    return listener;
-  }
-  Listener& add(char mark, i32 priority = 0, int answer = notify::kGoOn, std::function<void()> act = nullptr) {
-    Listener& listener = make(mark, answer, std::move(act));
     sender->addListener(&listener, priority);
     return listener;
   }
-  int broadcast() {
-    log.clear();
-    return sender->broadcast(&log, nullptr, [](void* to, void*, IBTransportable* listener) {
-      auto& told = *static_cast<Listener*>(listener);
-      *static_cast<std::string*>(to) += told.mark;
-      if (told.act) told.act();
-      return told.answer;
+  // The marks of those that a broadcast tells, in their order.
+  std::string told() {
+    log_.clear();
+    answer = sender->broadcast(&log_, nullptr, [](void* to, void*, IBTransportable* listener) {
+      auto& one = *static_cast<Listener*>(listener);
+      *static_cast<std::string*>(to) += one.mark;
+      if (one.act) one.act();
+      return one.answer;
     });
+    return log_;
   }
 
   std::optional<Sender> sender{std::in_place};
-  std::string log;
+  int answer = notify::kGoOn;  // of the last broadcast
 
  private:
-  std::vector<std::unique_ptr<Listener>> listeners_;
+  std::string log_;
+  std::deque<Listener> listeners_;
 };
 
 TEST_F(NotifySenderTest, TellsInAscendingPriorityAndOrderOfAddition) {
@@ -65,8 +62,7 @@ TEST_F(NotifySenderTest, TellsInAscendingPriorityAndOrderOfAddition) {
   add('b');
   add('e', 2147483647);
   add('A', -2147483647 - 1);
-  EXPECT_EQ(broadcast(), notify::kGoOn);
-  EXPECT_EQ(log, "Aabcde");
+  EXPECT_EQ(told(), "Aabcde");
 }
 
 struct AnswerRow {
@@ -86,72 +82,55 @@ TEST_F(NotifySenderTest, Answers) {
   for (const AnswerRow& row : rows) {
     first.answer = row.first;
     second.answer = row.second;
-    EXPECT_EQ(broadcast(), row.expected) << row.first << row.second;
-    EXPECT_EQ(log, row.told) << row.first << row.second;
+    EXPECT_EQ(told(), row.told) << row.first << row.second;
+    EXPECT_EQ(answer, row.expected) << row.first << row.second;
   }
 }
 
-TEST_F(NotifySenderTest, EmptyAndEmptiedListsTellNobody) {
-  EXPECT_EQ(broadcast(), notify::kGoOn);
-  Listener& only = add('1');
-  sender->removeListener(&only);
-  sender->removeListener(&only);
-  EXPECT_FALSE(sender->hasListeners());
-  EXPECT_EQ(broadcast(), notify::kGoOn);
-  EXPECT_EQ(log, "");
-}
-
 TEST_F(NotifySenderTest, AddedTwiceIsToldOnceAndRemovedTwice) {
+  EXPECT_EQ(told(), "");
+  EXPECT_EQ(answer, notify::kGoOn);
   Listener& twice = add('2');
-  add('1');
+  Listener& other = add('1');
   sender->addListener(&twice, 9);
-  broadcast();
-  EXPECT_EQ(log, "21");
+  EXPECT_EQ(told(), "21");
   sender->removeListener(&twice);
   EXPECT_EQ(sender->listenerCount(), 2u);
-  broadcast();
-  EXPECT_EQ(log, "12");
+  EXPECT_EQ(told(), "12");
+  for (Listener* one : {&twice, &twice, &other}) sender->removeListener(one);
+  EXPECT_FALSE(sender->hasListeners());
+  EXPECT_EQ(told(), "");
 }
 
-TEST_F(NotifySenderTest, RemovesItself) {
-  Listener& self = add('1');
-  self.act = [&] { sender->removeListener(&self); };
-  add('2');
-  broadcast();
-  EXPECT_EQ(log, "12");
-  broadcast();
-  EXPECT_EQ(log, "2");
-}
+struct ChangeRow {
+  const char* why;
+  std::function<void()> change;  // while the second of three is told
+  const char* told;
+  const char* then;  // by the next broadcast
+};
 
-TEST_F(NotifySenderTest, RemovesOneWhoseTurnIsYetToCome) {
-  Listener& victim = make('2');
-  add('1', 0, notify::kGoOn, [&] { sender->removeListener(&victim); });
-  sender->addListener(&victim);
-  add('3');
-  broadcast();
-  EXPECT_EQ(log, "13");
-}
-
-TEST_F(NotifySenderTest, AddsAnother) {
-  Listener& late = make('l');
-  Listener& early = make('e');
-  add('1', 0, notify::kGoOn, [&] {
-    sender->addListener(&late, 5);
-    sender->addListener(&early, -5);  // before its own place: still reached
-  });
-  add('2');
-  broadcast();
-  EXPECT_EQ(log, "1e2l");
-}
-
-TEST_F(NotifySenderTest, RemovedAndAddedAgainIsNotToldTwice) {
-  Listener& first = add('1');
-  add('2', 0, notify::kGoOn, [&] {
-    sender->removeListener(&first);
-    sender->addListener(&first, 5);
-  });
-  broadcast();
-  EXPECT_EQ(log, "12");
+TEST_F(NotifySenderTest, TheListMayChangeMeanwhile) {
+  Listener &first = add('1'), &second = add('2'), &third = add('3'), &guest = add('g');
+  const ChangeRow rows[] = {
+      {"removes itself", [&] { sender->removeListener(&second); }, "123", "13"},
+      {"removes one whose turn is yet to come", [&] { sender->removeListener(&third); }, "12", "12"},
+      {"adds one behind", [&] { sender->addListener(&guest, 5); }, "123g", "123g"},
+      {"adds one before its own place: still reached", [&] { sender->addListener(&guest, -5); }, "12g3", "g123"},
+      {"removes and adds one that was told",
+       [&] {
+         sender->removeListener(&first);
+         sender->addListener(&first, 5);
+       },
+       "123", "231"},
+  };
+  for (const ChangeRow& row : rows) {
+    sender.emplace();
+    for (Listener* one : {&first, &second, &third}) sender->addListener(one);
+    second.act = row.change;
+    EXPECT_EQ(told(), row.told) << row.why;
+    second.act = nullptr;
+    EXPECT_EQ(told(), row.then) << row.why;
+  }
 }
 
 TEST_F(NotifySenderTest, ManyThatAllChangeTheList) {
@@ -163,62 +142,46 @@ TEST_F(NotifySenderTest, ManyThatAllChangeTheList) {
       sender->addListener(&self, 1);
     };
   }
-  broadcast();
+  const std::string log = told();
   ASSERT_EQ(log.size(), static_cast<std::size_t>(kCount));
   for (int i = 0; i < kCount; ++i) ASSERT_EQ(log[static_cast<std::size_t>(i)], '0' + i % 10);
 }
 
-TEST_F(NotifySenderTest, DeliversInsideADelivery) {
-  std::string inner;
-  bool nested = false;
-  add('1', 0, notify::kGoOn, [&] {
-    if (nested) return;
-    nested = true;
-    broadcast();
-    inner = log;
-    log.clear();
-  });
-  add('2');
-  broadcast();
-  EXPECT_EQ(inner, "12");
-  EXPECT_EQ(log, "2");
-}
-
-TEST_F(NotifySenderTest, ReleasesTheSender) {
-  add('1', 0, notify::kTaken, [&] { sender.reset(); });
-  add('2');
-  EXPECT_EQ(broadcast(), notify::kTaken);
-  EXPECT_EQ(log, "1");
-}
-
-TEST_F(NotifySenderTest, ReleasesTheSenderInsideANestedDelivery) {
-  bool nested = false;
-  add('1', 0, notify::kGoOn, [&] {
-    if (nested) {
+TEST_F(NotifySenderTest, DeliversInsideADeliveryAndMayLoseTheSenderThere) {
+  bool nested = false, releases = false;
+  add('1', 0, [&] {
+    if (!std::exchange(nested, true)) {
+      told();
+    } else if (releases) {
       sender.reset();
-    } else {
-      nested = true;
-      broadcast();
     }
   });
   add('2');
-  broadcast();
-  EXPECT_EQ(log, "1");
+  EXPECT_EQ(told(), "122");
+  nested = false;
+  releases = true;
+  EXPECT_EQ(told(), "1");
+}
+
+TEST_F(NotifySenderTest, ReleasesTheSender) {
+  add('1', 0, [&] { sender.reset(); }).answer = notify::kTaken;
+  add('2');
+  EXPECT_EQ(told(), "1");
+  EXPECT_EQ(answer, notify::kTaken);
 }
 
 TEST_F(NotifySenderTest, ThrowingHandlerLeavesTheSenderUsable) {
-  Listener& thrower = add('1', 0, notify::kGoOn, [] { throw std::runtime_error("no"); });
-  EXPECT_THROW(broadcast(), std::runtime_error);
+  Listener& thrower = add('1', 0, [] { throw std::runtime_error("no"); });
+  EXPECT_THROW(told(), std::runtime_error);
   sender->removeListener(&thrower);
   add('2');
-  broadcast();
-  EXPECT_EQ(log, "2");
+  EXPECT_EQ(told(), "2");
 }
 
 TEST_F(NotifySenderTest, ListsMayChangeOnAnotherThreadMeanwhile) {
   add('1');
   std::atomic<bool> stop{false};
-  Listener& guest = make('g');
+  Listener& guest = add('g');
   std::thread changer([&] {
     while (!stop) {
       sender->addListener(&guest, -1);
@@ -226,7 +189,7 @@ TEST_F(NotifySenderTest, ListsMayChangeOnAnotherThreadMeanwhile) {
     }
   });
   for (int i = 0; i < 3000; ++i) {
-    broadcast();
+    const std::string log = told();
     ASSERT_TRUE(log == "1" || log == "g1" || log == "1g") << log;
   }
   stop = true;

@@ -42,7 +42,7 @@ TEST(TimerTable, RestartReplacesAndStopEnds) {
 TEST(TimerTable, CallbacksMayStopStartAndThrow) {
   heard.clear();
   timerData.start(10, hearOnce, 5);
-  const i32 throwing = timerData.start(
+  timerData.start(
       10,
       [](i32 index, u32 argument) {
         timerData.start(10, hearOnce, argument + 1, index);
@@ -53,7 +53,6 @@ TEST(TimerTable, CallbacksMayStopStartAndThrow) {
   waitFor(3);
   std::sort(heard.begin(), heard.end());
   EXPECT_EQ(heard, (std::vector<u32>{5, 7, 8}));
-  EXPECT_GE(throwing, 0);
 }
 
 TEST(TimerTable, SlotsAreReusedFromTheHighestDown) {

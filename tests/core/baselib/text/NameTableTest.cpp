@@ -9,20 +9,15 @@
 namespace corvix {
 namespace {
 
-struct HashRow {
-  std::string_view name;
-  u32 expected;  // worked out by hand from the sixteen numbers, in unsigned 32-bit arithmetic
-};
-
 TEST(StringHash, NarrowUnitsAreSigned) {
-  const HashRow rows[] = {
+  // Worked out by hand from the sixteen numbers, in unsigned 32-bit arithmetic.
+  const std::pair<std::string_view, u32> rows[] = {
       {"", 0},
       {"a", 0x726CBu * ((0x61u << 6) ^ 0x61u)},
       {"\x80", 0x204E9u * ((0xFFFFFF80u << 6) ^ 0xFFFFFF80u)},
       {"ab", 0x28C61u * ((0x62u << 6) ^ 0x62u ^ (0x726CBu * ((0x61u << 6) ^ 0x61u)))},
   };
-  for (const HashRow& row : rows)
-    EXPECT_EQ(text::stringHash(row.name.data(), row.name.size()), row.expected) << row.name;
+  for (const auto& [name, expected] : rows) EXPECT_EQ(text::stringHash(name.data(), name.size()), expected) << name;
   EXPECT_EQ(text::stringHash(L"\x80", 1), 0x204E9u * ((0x80u << 6) ^ 0x80u)) << "wide units are not";
 }
 
@@ -40,16 +35,11 @@ TEST(NameTable, WalksBucketsFromTheFirstAndChainsFromTheNewest) {
   EXPECT_EQ(order, sameBucket[2] + " " + sameBucket[1] + " " + sameBucket[0] + " ");
 }
 
-struct CapacityRow {
-  u32 length;
-  u32 capacity;
-};
-
 TEST(WideString, CapacityIsTheNextWholeThirtyTwoAbove) {
-  for (const CapacityRow& row : {CapacityRow{1, 32}, {31, 32}, {32, 64}, {63, 64}, {64, 96}}) {
-    const WideString string(std::wstring(row.length, L'x'));
-    EXPECT_EQ(string.capacity(), row.capacity) << row.length;
-    EXPECT_EQ(string.c_str()[row.length], 0);
+  for (const auto& [length, capacity] : {std::pair{1u, 32u}, {31u, 32u}, {32u, 64u}, {63u, 64u}}) {
+    const WideString string(std::wstring(length, L'x'));
+    EXPECT_EQ(string.capacity(), capacity) << length;
+    EXPECT_EQ(string.c_str()[length], 0);
   }
   EXPECT_EQ(WideString().c_str(), WideString(L"").c_str()) << "one buffer for all that are empty";
 }

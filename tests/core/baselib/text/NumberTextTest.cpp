@@ -7,68 +7,40 @@
 #include <cmath>
 #include <limits>
 #include <random>
+#include <vector>
 
 namespace corvix {
 
 namespace {
 
 TEST(NumberText, IntegersAreReadAsFarAsTheyGo) {
-  const struct {
-    const wchar_t* text;
-    i32 expected;
-  } rows[] = {{L"4", 4},
-              {L"0x10", 16},
-              {L"0XfF", 255},
-              {L"010", 8},
-              {L"089", 0},
-              {L"0x", 0},
-              {L"0xg", 0},
-              {L"-", 0},
-              {L"--5", 0},
-              {L"+7", 7},
-              {L"-0x10", -16},
-              {L" \t\n12 34", 12},
-              {L"   ", 0},
-              {L"", 0},
-              {L"12abc", 12},
-              {L"2147483648", 2147483647},
-              {L"-2147483648", -2147483647 - 1},
-              {L"-2147483649", -2147483647 - 1},
-              {L"99999999999999", 2147483647},
-              {L"18446744073709551617", 2147483647},
-              {L"0xFFFFFFFF", 2147483647},
-              {L"\x0661", 0}};
-  for (const auto& row : rows) EXPECT_EQ(text::readInteger(row.text), row.expected) << '"' << row.text << '"';
+  const std::pair<i32, std::vector<const wchar_t*>> rows[] = {
+      {0, {L"089", L"0x", L"0xg", L"-", L"--5", L"   ", L"", L"\x0661"}},
+      {8, {L"010"}},
+      {12, {L" \t\n12 34", L"+12abc"}},
+      {255, {L"0XfF"}},
+      {-16, {L"-0x10"}},
+      {INT_MAX, {L"2147483648", L"18446744073709551617", L"0xFFFFFFFF"}},
+      {INT_MIN, {L"-2147483648", L"-2147483649"}},
+  };
+  for (const auto& [expected, texts] : rows)
+    for (const wchar_t* text : texts) EXPECT_EQ(text::readInteger(text), expected) << '"' << text << '"';
 }
 
 TEST(NumberText, FloatsAreReadAsFarAsTheyGo) {
   const double infinity = std::numeric_limits<double>::infinity();
-  const struct {
-    const wchar_t* text;
-    double expected;
-  } rows[] = {{L"1.5", 1.5},
-              {L"-.5", -0.5},
-              {L"5.", 5.0},
-              {L".", 0.0},
-              {L"-", 0.0},
-              {L"1e", 1.0},
-              {L"1e+", 1.0},
-              {L"1e2", 100.0},
-              {L"+1.25E-2x", 0.0125},
-              {L"1,5", 1.0},
-              {L"0x10", 0.0},
-              {L"inf", 0.0},
-              {L"nan", 0.0},
-              {L"  2", 2.0},
-              {L"", 0.0},
-              {L"1e999", infinity},
-              {L"-1e999", -infinity},
-              {L"1e-999", 0.0},
-              {L"0.0000001e-400", 0.0},
-              {L"1000000000e308", infinity},
-              {L"1e99999999999999999999", infinity},
-              {L"0e99999999999999999999", 0.0}};
-  for (const auto& row : rows) EXPECT_EQ(text::readFloat(row.text), row.expected) << '"' << row.text << '"';
+  const std::pair<double, std::vector<const wchar_t*>> rows[] = {
+      {0, {L".", L"-", L"0x10", L"inf", L"nan", L"", L"1e-999", L"0.0000001e-400", L"0e99999999999999999999"}},
+      {infinity, {L"1e999", L"1000000000e308", L"1e99999999999999999999"}},
+      {-infinity, {L"-1e999"}},
+      {-0.5, {L"-.5"}},
+      {5, {L"  5."}},
+      {1, {L"1e", L"1e+", L"1,5"}},
+      {100, {L"1e2"}},
+      {0.0125, {L"+1.25E-2x"}},
+  };
+  for (const auto& [expected, texts] : rows)
+    for (const wchar_t* text : texts) EXPECT_EQ(text::readFloat(text), expected) << '"' << text << '"';
 }
 
 TEST(NumberText, WrittenFloatsReadBackTheSame) {
@@ -90,14 +62,16 @@ TEST(NumberText, WrittenFloatsReadBackTheSame) {
 }
 
 TEST(Variant, BecomesAnIntegerByItsTag) {
-  const struct {
-    Variant value;
-    i32 expected;
-  } rows[] = {{{}, 0},   {L"0", 0},       {L"0x10 pixels", 16}, {0.4, 0},          {0.5, 1},           {-0.5, -1},
-              {2.5, 3},  {1e10, INT_MAX}, {-1e10, INT_MIN},     {std::nan(""), 0}, {INT_MIN, INT_MIN}, {true, 1},
-              {false, 0}};
-  for (const auto& row : rows)
-    EXPECT_EQ(row.value.toInteger(), row.expected) << static_cast<u32>(row.value.tag()) << " " << row.value.number();
+  const std::pair<i32, std::vector<Variant>> rows[] = {{0, {{}, 0.4, std::nan(""), false}},
+                                                       {16, {L"0x10 pixels"}},
+                                                       {1, {0.5, true}},
+                                                       {-1, {-0.5}},
+                                                       {3, {2.5}},
+                                                       {INT_MAX, {1e10}},
+                                                       {INT_MIN, {-1e10, INT_MIN}}};
+  for (const auto& [expected, values] : rows)
+    for (const Variant& value : values)
+      EXPECT_EQ(value.toInteger(), expected) << static_cast<u32>(value.tag()) << " " << value.number();
 }
 
 }  // namespace
