@@ -98,8 +98,7 @@ int callProgress(IShell& s) {
   return (s.*member)(1, 2, 3, 4, 5);
 }
 
-const stype_info& kShell = IShell::classInfo();
-const stype_info& kTarget = IActionTarget::classInfo();
+const stype_info &kShell = IShell::classInfo(), &kTarget = IActionTarget::classInfo();
 
 // In the order of the enumeration.
 const Row rows[] = {

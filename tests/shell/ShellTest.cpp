@@ -233,10 +233,11 @@ TEST(Events, ReachListsAndTargetsInTheirOrder) {
   };
   Event nobodys(L"Nobodys"), ordered(L"Ordered"), odd(L"Odd");
   manager().raiseEvent(nobodys);  // makes the lists
-  manager().preEventSender().addListener(&before);
-  manager().postEventSender().addListener(&after);
-  listOf("preGlobalEvent")->addListener(&everybodyBefore);
-  listOf("postGlobalEvent")->addListener(&everybodyAfter);
+  const std::pair<BNotifySender*, EventListener*> lists[] = {{&manager().preEventSender(), &before},
+                                                             {&manager().postEventSender(), &after},
+                                                             {listOf("preGlobalEvent"), &everybodyBefore},
+                                                             {listOf("postGlobalEvent"), &everybodyAfter}};
+  for (const auto& [list, listener] : lists) list->addListener(listener);
   const auto raised = [](Event& event) {
     journal().clear();
     manager().raiseEvent(event);
@@ -244,10 +245,7 @@ TEST(Events, ReachListsAndTargetsInTheirOrder) {
   };
   EXPECT_EQ(raised(nobodys), "before all-before after all-after ");
   EXPECT_EQ(raised(odd), "before all-before made gone after all-after ");
-  manager().preEventSender().removeListener(&before);
-  manager().postEventSender().removeListener(&after);
-  listOf("preGlobalEvent")->removeListener(&everybodyBefore);
-  listOf("postGlobalEvent")->removeListener(&everybodyAfter);
+  for (const auto& [list, listener] : lists) list->removeListener(listener);
   targetsMade = 0;
   EXPECT_EQ(raised(ordered),
             "target1Ordered target2Ordered target3Ordered target4Ordered target5Ordered target6Ordered target7Ordered "

@@ -87,7 +87,6 @@ TEST_F(SettingsRegistryTest, SavedValuesComeBack) {
     const wchar_t* stored;
   } rows[] = {{L"integer", L"", L"1", -7, L"-7"},
               {L"float", L"", L"1", 0.1, L"0.1"},
-              {L"bool", L"", L"true", false, L"false"},
               {L"enum", L"a|b|c", L"a", 3, L"c"},
               {L"string", L"", L"", L"x|y", L"x|y"}};
   for (const auto& row : rows) {

@@ -70,11 +70,8 @@ TEST(XmlReader, TakesEveryEncodingToTheSameBlock) {
   const std::u16string text = u"<a b='\u00E9\U0001F600'>\r\n x</a>";
   const auto utf16 = [](std::u16string_view units, bool bigEndian) {
     std::string bytes = bigEndian ? "\xFE\xFF" : "\xFF\xFE";
-    for (const char16_t unit : units) {
-      const char pair[] = {static_cast<char>(unit >> 8), static_cast<char>(unit & 0xFF)};
-      bytes += pair[bigEndian ? 0 : 1];
-      bytes += pair[bigEndian ? 1 : 0];
-    }
+    for (const char16_t unit : units)
+      for (const bool first : {true, false}) bytes += static_cast<char>(first == bigEndian ? unit >> 8 : unit & 0xFF);
     return bytes;
   };
   const std::string utf8 = "<a b='\xC3\xA9\xF0\x9F\x98\x80'>\n x</a>";
