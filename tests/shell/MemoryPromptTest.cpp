@@ -5,50 +5,34 @@
 #include "core/baselib/system/TimerTable.h"
 #include "shell/Shell.h"
 #include "tests/core/baselib/system/MessageLoop.h"
+#include "tests/support/BoxAnswer.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <string>
 #include <thread>
 
 namespace corvix {
 namespace {
 
-std::wstring boxText;
-int boxAnswer;
-
-LRESULT CALLBACK answerBox(int code, WPARAM wParam, LPARAM lParam) {
-  const auto* const message = reinterpret_cast<const CWPRETSTRUCT*>(lParam);
-  if (code >= 0 && message->message == WM_INITDIALOG) {
-    wchar_t text[100];
-    GetDlgItemTextW(message->hwnd, 65535, text, 100);
-    boxText = text;
-    for (int button : {IDRETRY, IDCANCEL, IDOK}) boxText += GetDlgItem(message->hwnd, button) ? L" +" : L" -";
-    EndDialog(message->hwnd, boxAnswer);
-  }
-  return CallNextHookEx(nullptr, code, wParam, lParam);
-}
-
 TEST(Shell, AsksTheUserWhenMemoryRunsOut) {
   IShell& shell = *IShell::getInstance();
   const bool wasUnattended = shell.isUnattended();
-  HHOOK const hook = SetWindowsHookExW(WH_CALLWNDPROCRET, answerBox, nullptr, GetCurrentThreadId());
-  struct Row {
+  const struct {
     bool isUnattended;
     int answer;
     bool retries;
-    const wchar_t* text;
-  };
-  for (const Row& row : {Row{false, IDRETRY, true, L"Not enough memory + + -"},
-                         Row{false, IDCANCEL, false, L"Not enough memory + + -"}, Row{true, IDRETRY, false, L""}}) {
-    boxText.clear();
-    boxAnswer = row.answer;
+    const wchar_t *text, *buttons;
+  } rows[] = {{false, IDRETRY, true, L"Not enough memory", L"CR"},
+              {false, IDCANCEL, false, L"Not enough memory", L"CR"},
+              {true, IDRETRY, false, L"", L""}};
+  for (const auto& row : rows) {
+    const testing_world::BoxAnswer box(row.answer);
     shell.setUnattended(row.isUnattended);
     EXPECT_EQ(shell.askToRetry(0), row.retries);
-    EXPECT_EQ(boxText, row.text);
+    EXPECT_EQ(box.text, row.text);
+    EXPECT_EQ(box.buttons, row.buttons);
   }
-  UnhookWindowsHookEx(hook);
   shell.setUnattended(wasUnattended);
 }
 

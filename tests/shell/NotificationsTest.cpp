@@ -33,7 +33,10 @@ class Ear final : public IShellListener,
 
   int onInitialize(IShell&) override { return note("init"); }
   int onUnInitialize(IShell&) override { return note("uninit"); }
-  int onSysMsgBox(MessageBoxRequest& request) override { return note("box", request.style); }
+  int onSysMsgBox(MessageBoxRequest& request) override {
+    request.answer = IDNO;
+    return note("box", request.style);
+  }
   int onShowCustomDialog(CustomDialogRequest& request) override { return note("dialog", request.answer); }
   int onShowConfirmation(ConfirmationRequest& request) override { return note("confirm", request.isConfirmed); }
   int onChangeStatusText(i32 pane, const wchar_t*) override { return note("status", pane); }
@@ -84,41 +87,40 @@ IBTransportable* as(Ear& ear) {
 NoAction action;
 MessageBoxRequest box{L"", L"", 4, 0};
 CustomDialogRequest dialog{L"Dialog.OpenSave", nullptr, 5};
-ConfirmationRequest confirmation{L"", L"", true};
+ConfirmationRequest sure{L"", L"", true};
+
+template <auto member>
+int callAction(IShell& s) {
+  return (s.*member)(action, nullptr);
+}
+template <auto member>
+int callProgress(IShell& s) {
+  return (s.*member)(1, 2, 3, 4, 5);
+}
+
+const stype_info &kShell = IShell::classInfo(), &kTarget = IActionTarget::classInfo();
 
 // In the order of the enumeration.
 const Row rows[] = {
-    {"OnInitialize", IShell::classInfo(), "init", as<IShellListener>, [](IShell& s) { return s.initialize(); }},
-    {"OnUnInitialize", IShell::classInfo(), "uninit", as<IShellListener>, [](IShell& s) { return s.unInitialize(); }},
-    {"OnSysMsgBox", IShell::classInfo(), "box4", as<IDialogListener>, [](IShell& s) { return s.sysMsgBox(box); }},
-    {"OnShowCustomDialog", IShell::classInfo(), "dialog5", as<IDialogListener>,
+    {"OnInitialize", kShell, "init", as<IShellListener>, [](IShell& s) { return s.initialize(); }},
+    {"OnUnInitialize", kShell, "uninit", as<IShellListener>, [](IShell& s) { return s.unInitialize(); }},
+    {"OnSysMsgBox", kShell, "box4", as<IDialogListener>, [](IShell& s) { return s.sysMsgBox(box); }},
+    {"OnShowCustomDialog", kShell, "dialog5", as<IDialogListener>,
      [](IShell& s) { return s.showCustomDialog(dialog); }},
-    {"OnShowConfirmation", IShell::classInfo(), "confirm1", as<IDialogListener>,
-     [](IShell& s) { return s.showConfirmation(confirmation); }},
-    {"OnChangeStatusText", IShell::classInfo(), "status2", as<IStatusListener>,
+    {"OnShowConfirmation", kShell, "confirm1", as<IDialogListener>, [](IShell& s) { return s.showConfirmation(sure); }},
+    {"OnChangeStatusText", kShell, "status2", as<IStatusListener>,
      [](IShell& s) { return s.changeStatusText(2, L"x"); }},
-    {"OnValidateAction", IShell::classInfo(), "validate", as<IActionTarget>,
-     [](IShell& s) { return s.validateAction(action, nullptr); }},
-    {"OnProcessAction", IShell::classInfo(), "process", as<IActionTarget>,
-     [](IShell& s) { return s.processAction(action, nullptr); }},
-    {"onStartProgress", IShell::classInfo(), "start12345", as<IProgressCallback>,
-     [](IShell& s) { return s.startProgress(1, 2, 3, 4, 5); }},
-    {"onChangeProgress", IShell::classInfo(), "change12345", as<IProgressCallback>,
-     [](IShell& s) { return s.changeProgress(1, 2, 3, 4, 5); }},
-    {"onUpdateProgress", IShell::classInfo(), "update12345", as<IProgressCallback>,
-     [](IShell& s) { return s.updateProgress(1, 2, 3, 4, 5); }},
-    {"onStopProgress", IShell::classInfo(), "stop12345", as<IProgressCallback>,
-     [](IShell& s) { return s.stopProgress(1, 2, 3, 4, 5); }},
-    {"preValidateAction", IActionTarget::classInfo(), "preValidate", as<IActionListener>,
-     [](IShell& s) { return s.preValidateAction(action, nullptr); }},
-    {"postValidateAction", IActionTarget::classInfo(), "postValidate", as<IActionListener>,
-     [](IShell& s) { return s.postValidateAction(action, nullptr); }},
-    {"preProcessAction", IActionTarget::classInfo(), "preProcess", as<IActionListener>,
-     [](IShell& s) { return s.preProcessAction(action, nullptr); }},
-    {"postProcessAction", IActionTarget::classInfo(), "postProcess", as<IActionListener>,
-     [](IShell& s) { return s.postProcessAction(action, nullptr); }},
-    {"OnOpenDocument", IShell::classInfo(), "open", as<IDocumentListener>,
-     [](IShell& s) { return s.openDocument(nullptr, L"x"); }},
+    {"OnValidateAction", kShell, "validate", as<IActionTarget>, callAction<&IShell::validateAction>},
+    {"OnProcessAction", kShell, "process", as<IActionTarget>, callAction<&IShell::processAction>},
+    {"onStartProgress", kShell, "start12345", as<IProgressCallback>, callProgress<&IShell::startProgress>},
+    {"onChangeProgress", kShell, "change12345", as<IProgressCallback>, callProgress<&IShell::changeProgress>},
+    {"onUpdateProgress", kShell, "update12345", as<IProgressCallback>, callProgress<&IShell::updateProgress>},
+    {"onStopProgress", kShell, "stop12345", as<IProgressCallback>, callProgress<&IShell::stopProgress>},
+    {"preValidateAction", kTarget, "preValidate", as<IActionListener>, callAction<&IShell::preValidateAction>},
+    {"postValidateAction", kTarget, "postValidate", as<IActionListener>, callAction<&IShell::postValidateAction>},
+    {"preProcessAction", kTarget, "preProcess", as<IActionListener>, callAction<&IShell::preProcessAction>},
+    {"postProcessAction", kTarget, "postProcess", as<IActionListener>, callAction<&IShell::postProcessAction>},
+    {"OnOpenDocument", kShell, "open", as<IDocumentListener>, [](IShell& s) { return s.openDocument(nullptr, L"x"); }},
 };
 static_assert(std::size(rows) == kShellNotifications);
 
@@ -159,23 +161,13 @@ TEST(Notifications, WithoutListenersAllocateNothing) {
   EXPECT_EQ(testing_support::heapBlocksInUse(), before);
 }
 
-class Answers final : public IDialogListener {
-  CORVIX_IDENTITY(Answers, 0xB71C1C6A, 0x61601486, 0x72A13C51, 0x422D24A4, IDialogListener)
- public:
-  int onSysMsgBox(MessageBoxRequest& request) override {
-    request.answer = IDNO;
-    return notify::kTaken;
-  }
-  int onShowCustomDialog(CustomDialogRequest&) override { return 0; }
-  int onShowConfirmation(ConfirmationRequest&) override { return 0; }
-};
-
 TEST(Notifications, ABoxIsAnsweredByWhoTakesItOrSilently) {
-  Answers answers;
+  Ear answers("");
+  answers.answer = notify::kTaken;
   EXPECT_EQ(shell().messageBox(L"Sure?", L"Test", MB_YESNO, IDYES), IDYES);
-  shell().sender(N::SysMsgBox).addListener(&answers);
+  shell().sender(N::SysMsgBox).addListener(as<IDialogListener>(answers));
   EXPECT_EQ(shell().messageBox(L"Sure?", L"Test", MB_YESNO, IDYES), IDNO);
-  shell().sender(N::SysMsgBox).removeListener(&answers);
+  shell().sender(N::SysMsgBox).removeListener(as<IDialogListener>(answers));
   EXPECT_FALSE(shell().askToRetry(0));
 }
 

@@ -4,8 +4,6 @@
 
 #include <chrono>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <set>
 
 #include <windows.h>
@@ -13,6 +11,8 @@
 #include "core/baselib/objects/Ref.h"
 #include "core/xml/XmlNode.h"
 #include "shell/Shell.h"
+#include "tests/support/BoxAnswer.h"
+#include "tests/support/OwnFolder.h"
 
 namespace corvix {
 namespace {
@@ -25,10 +25,7 @@ fs::path programFolder() {
   return fs::path(path).parent_path();
 }
 
-std::string bytesOf(const fs::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
+using testing_world::bytesOf;
 
 void write(const fs::path& path, const std::string& bytes) { std::ofstream(path, std::ios::binary) << bytes; }
 
@@ -89,41 +86,37 @@ u32 wordAt(const std::string& bytes, std::size_t at) {
 }
 std::size_t headerOf(const std::string& module) { return wordAt(module, 0x3C); }
 
+constexpr auto kFailed = ModuleState::Failed;
+
 struct ModuleRow {
-  const wchar_t* file;
-  ModuleState scanned;
-  const wchar_t* reason;         // part of it, after the scan
-  const wchar_t* interfaceName;  // to be created; null: nothing is registered
-  ModuleState asked;
-  const wchar_t* askedReason;  // part of it, after that
+  const wchar_t* name;
+  const wchar_t* reason;     // part of it
+  bool isDescribed = false;  // fails only when it is asked for "Faulty." and its name
+  ModuleState asked = kFailed;
+  std::wstring file() const { return name + std::wstring(L".dll"); }
 };
 
-constexpr auto kDescribed = ModuleState::Described;
-constexpr auto kFailed = ModuleState::Failed;
-constexpr auto kLoaded = ModuleState::Loaded;
-
 const ModuleRow kRows[] = {
-    {L"a_text.dll", kFailed, L"not a Windows module", nullptr, kFailed, L""},
-    {L"an_elf.dll", kFailed, L"not a Windows module", nullptr, kFailed, L""},
-    {L"damaged_magic.dll", kFailed, L"malformed", nullptr, kFailed, L""},
-    {L"damaged_type.dll", kFailed, L"malformed", nullptr, kFailed, L""},
-    {L"damaged_version.dll", kFailed, L"malformed", nullptr, kFailed, L""},
-    {L"empty.dll", kFailed, L"not a Windows module", nullptr, kFailed, L""},
-    {L"empty_descriptor.dll", kFailed, L"descriptor", nullptr, kFailed, L""},
-    {L"header_only.dll", kFailed, L"cut short", nullptr, kFailed, L""},
-    {L"no_descriptor.dll", kFailed, L"no descriptor", nullptr, kFailed, L""},
-    {L"no_plugin.dll", kFailed, L"no Plugin element", nullptr, kFailed, L""},
-    {L"other_machine.dll", kFailed, L"64-bit x86", nullptr, kFailed, L""},
-    {L"resources_outside.dll", kFailed, L"descriptor", nullptr, kFailed, L""},
-    {L"truncated.dll", kFailed, L"cut short", nullptr, kFailed, L""},
-    {L"crashes_on_load.dll", kDescribed, L"", L"Faulty.crashes_on_load", kFailed, L"crashed while it was starting"},
-    {L"makes_nothing.dll", kDescribed, L"", L"Faulty.makes_nothing", kLoaded, L"made no such object"},
-    {L"missing_import.dll", kDescribed, L"", L"Faulty.missing_import", kFailed,
-     L"absent_helper.dll, which missing_import.dll needs, was not found"},
-    {L"no_factory.dll", kDescribed, L"", L"Faulty.no_factory", kFailed, L"does not export queryClassFactoryLocal"},
-    {L"null_factory.dll", kDescribed, L"", L"Faulty.null_factory", kFailed, L"no class factory"},
-    {L"refuses_to_start.dll", kDescribed, L"", L"Faulty.refuses_to_start", kFailed, L"refused to start"},
-    {L"throws.dll", kDescribed, L"", L"Faulty.throws", kLoaded, L"no paper left"},
+    {L"a_text", L"not a Windows module"},
+    {L"an_elf", L"not a Windows module"},
+    {L"damaged_magic", L"malformed"},
+    {L"damaged_type", L"malformed"},
+    {L"damaged_version", L"malformed"},
+    {L"empty", L"not a Windows module"},
+    {L"empty_descriptor", L"descriptor"},
+    {L"header_only", L"cut short"},
+    {L"no_descriptor", L"no descriptor"},
+    {L"no_plugin", L"no Plugin element"},
+    {L"other_machine", L"64-bit x86"},
+    {L"resources_outside", L"descriptor"},
+    {L"truncated", L"cut short"},
+    {L"crashes_on_load", L"crashed while it was starting", true},
+    {L"makes_nothing", L"made no such object", true, ModuleState::Loaded},
+    {L"missing_import", L"absent_helper.dll, which missing_import.dll needs, was not found", true},
+    {L"no_factory", L"does not export queryClassFactoryLocal", true},
+    {L"null_factory", L"no class factory", true},
+    {L"refuses_to_start", L"refused to start", true},
+    {L"throws", L"no paper left", true, ModuleState::Loaded},
 };
 
 void fill(Folder& folder) {
@@ -146,8 +139,8 @@ void fill(Folder& folder) {
   // The third data directory is that of the resources.
   folder.damage("resources_outside.dll", headerOf(greeter) + 24 + 96 + 2 * 8, std::string("\0\0\xF0\0", 4));
   for (const ModuleRow& row : kRows) {
-    const fs::path built = programFolder() / "faulty" / row.file;
-    if (fs::exists(built)) folder.copy(built, fs::path(row.file).string());
+    const fs::path built = programFolder() / "faulty" / row.file();
+    if (fs::exists(built)) folder.copy(built, built.filename().string());
   }
 }
 
@@ -158,26 +151,26 @@ TEST(PluginManager, GoesOnPastEveryKindOfBadModule) {
   EXPECT_EQ(manager.scanFolder(folder.path().c_str()), static_cast<i32>(std::size(kRows)));
   EXPECT_EQ(manager.scanFolder(folder.path().c_str()), 0) << "known already";
   for (const ModuleRow& row : kRows) {
-    SCOPED_TRACE(fs::path(row.file).string());
-    const IPluginModule* const module = moduleNamed(row.file);
+    SCOPED_TRACE(fs::path(row.name).string());
+    const IPluginModule* const module = moduleNamed(row.file());
     ASSERT_NE(module, nullptr);
-    EXPECT_EQ(module->state(), row.scanned);
-    EXPECT_NE(std::wstring_view(module->reason()).find(row.reason), std::wstring_view::npos)
-        << fs::path(module->reason()).string();
-    EXPECT_EQ(*module->reason() == 0, *row.reason == 0);
     EXPECT_EQ(GetModuleHandleW(module->path()), nullptr) << "its code is not loaded yet";
-    if (!row.interfaceName) continue;
-    EXPECT_EQ(manager.createObject(row.interfaceName), nullptr);
-    EXPECT_EQ(manager.createObject(row.interfaceName), nullptr) << "nor the second time";
-    EXPECT_EQ(module->state(), row.asked);
-    EXPECT_NE(std::wstring_view(module->reason()).find(row.askedReason), std::wstring_view::npos)
+    EXPECT_EQ(module->state(), row.isDescribed ? ModuleState::Described : kFailed);
+    if (row.isDescribed) {
+      EXPECT_STREQ(module->reason(), L"");
+      const std::wstring wanted = std::wstring(L"Faulty.") + row.name;
+      EXPECT_EQ(manager.createObject(wanted.c_str()), nullptr);
+      EXPECT_EQ(manager.createObject(wanted.c_str()), nullptr) << "nor the second time";
+      EXPECT_EQ(module->state(), row.asked);
+    }
+    EXPECT_NE(std::wstring_view(module->reason()).find(row.reason), std::wstring_view::npos)
         << fs::path(module->reason()).string();
   }
   EXPECT_TRUE(createObject<IBSmartObject>(manager, L"Example.Greeter")) << "the good ones still work";
   for (const ModuleRow& row : kRows) {
-    if (row.scanned != kFailed) continue;
-    EXPECT_TRUE(DeleteFileW((folder.path() / row.file).c_str()))
-        << fs::path(row.file).string() << " is still held open";
+    if (row.isDescribed) continue;
+    EXPECT_TRUE(DeleteFileW((folder.path() / row.file()).c_str()))
+        << fs::path(row.name).string() << " is still held open";
   }
 }
 
@@ -230,15 +223,13 @@ TEST(PluginManager, NamesAreExactAndAttributesAreNot) {
   EXPECT_EQ(manager.moduleAt(0)->attribute(L"No such"), nullptr);
 }
 
-struct OwnRow {
-  const wchar_t* name;
-  ClassWords identifier;
-  const wchar_t* humanName;
-};
-
 // What other people's descriptors and programs count on.
 TEST(PluginManager, TheLibrarysOwnDescriptor) {
-  const OwnRow rows[] = {
+  const struct {
+    const wchar_t* name;
+    ClassWords identifier;
+    const wchar_t* humanName;
+  } rows[] = {
       {L"AGDC.Screen", {0x292B8F67, 0x823045BA, 0xA24C5822, 0x447D802E}, L"Abstract graphics device context screen."},
       {L"AGDC.Memory", {0xAF5AA148, 0x38C34DC6, 0xBBC99F0D, 0xD75709BC}, L"Abstract graphics device context Memory."},
       {L"Supplier.file", {0x433EE9FE, 0x4D43DDCA, 0xB437B6A9, 0x3226F338}, nullptr},
@@ -253,7 +244,7 @@ TEST(PluginManager, TheLibrarysOwnDescriptor) {
   ASSERT_EQ(own, manager.moduleAt(0));
   EXPECT_EQ(own->settingCount(), 17);
   i32 at = 0;
-  for (const OwnRow& row : rows) {
+  for (const auto& row : rows) {
     const IPluginInterface* const entry = manager.interfaceAt(at++);
     EXPECT_STREQ(entry->name(), row.name);
     EXPECT_EQ(entry->identifier().words(), row.identifier);
@@ -263,39 +254,21 @@ TEST(PluginManager, TheLibrarysOwnDescriptor) {
   EXPECT_NE(manager.interfaceAt(at)->module(), own) << "and no more";
 }
 
-// Reads the box that the loader shows and answers it.
-std::wstring boxText, boxCaption;
-int boxButtons = 0;
-
-LRESULT CALLBACK answerBox(int code, WPARAM wParam, LPARAM lParam) {
-  const auto* const message = reinterpret_cast<const CWPRETSTRUCT*>(lParam);
-  if (code >= 0 && message->message == WM_INITDIALOG) {
-    wchar_t text[1024];
-    GetDlgItemTextW(message->hwnd, 65535, text, 1024);
-    boxText = text;
-    GetWindowTextW(message->hwnd, text, 1024);
-    boxCaption = text;
-    for (int button : {IDOK, IDCANCEL, IDYES, IDRETRY}) boxButtons += GetDlgItem(message->hwnd, button) != nullptr;
-    EndDialog(message->hwnd, IDOK);
-  }
-  return CallNextHookEx(nullptr, code, wParam, lParam);
-}
-
 // The system's loader keeps its lock after this fault, so the case has a process of its own, ended hard.
 [[noreturn]] void loadModuleWithImportsOutside() {
   Folder folder;
   const std::string greeter = bytesOf(Folder::greeter());
   folder.damage("imports_outside.dll", headerOf(greeter) + 24 + 96 + 1 * 8, std::string("\0\0\xF0\0", 4));
   IShell& instance = *IShell::getInstance();
-  SetWindowsHookExW(WH_CALLWNDPROCRET, answerBox, nullptr, GetCurrentThreadId());
+  const testing_world::BoxAnswer box(IDOK);
   const fs::path path = folder.path() / "imports_outside.dll";
   IPluginModule* const loaded = instance.pluginManager()->loadModule(path.c_str());
   const IPluginModule* const module = moduleNamed(L"imports_outside.dll");
   const bool right = !loaded && module && module->state() == ModuleState::Failed &&
                      std::wstring_view(module->reason()).find(L"0xC0000005") != std::wstring_view::npos &&
-                     boxText == L"Can't load module" + path.wstring() + L". Module may be corrupt!" &&
-                     boxCaption == L"Teldane Quill" && boxButtons == 1;
-  if (!right) fprintf(stderr, "box [%ls] [%ls] %d\n", boxCaption.c_str(), boxText.c_str(), boxButtons);
+                     box.text == L"Can't load module" + path.wstring() + L". Module may be corrupt!" &&
+                     box.caption == L"Teldane Quill" && box.buttons == L"O";
+  if (!right) fprintf(stderr, "box [%ls] [%ls] %ls\n", box.caption.c_str(), box.text.c_str(), box.buttons.c_str());
   TerminateProcess(GetCurrentProcess(), right ? 42 : 43);
   for (;;) Sleep(1000);
 }

@@ -214,17 +214,11 @@ TEST(Shell, BindsItsOwnSettings) {
 }
 
 TEST(Events, ReachListsAndTargetsInTheirOrder) {
-  Descriptor()
-      .interface_(L"GlobalEvent.Ordered", L"25")
-      .interface_(L"GlobalEvent.Ordered")
-      .interface_(L"GlobalEvent.Ordered", L"hight")
-      .interface_(L"GlobalEvent.Ordered", L"DEFAULT")
-      .interface_(L"GlobalEvent.Ordered", L"0x10")
-      .interface_(L"GlobalEvent.Ordered", L"Low")
-      .interface_(L"GlobalEvent.Ordered", L"-101")
-      .interface_(L"GlobalEvent.Ordered", L"Highest")
-      .interface_(L"GlobalEvent.Odd")
-      .registerIn(manager());
+  Descriptor descriptor;
+  for (const wchar_t* order : std::initializer_list<const wchar_t*>{L"25", nullptr, L"hight", L"DEFAULT", L"0x10",
+                                                                    L"Low", L"-101", L"Highest"})
+    descriptor.interface_(L"GlobalEvent.Ordered", order);
+  descriptor.interface_(L"GlobalEvent.Odd").registerIn(manager());
   const auto found = Ref<IBCollection>::adopt(manager().findByName(L"GlobalEvent.Ordered"));
   std::string orders;
   for (i32 i = 0; i < found->count(); ++i) {
@@ -239,10 +233,11 @@ TEST(Events, ReachListsAndTargetsInTheirOrder) {
   };
   Event nobodys(L"Nobodys"), ordered(L"Ordered"), odd(L"Odd");
   manager().raiseEvent(nobodys);  // makes the lists
-  manager().preEventSender().addListener(&before);
-  manager().postEventSender().addListener(&after);
-  listOf("preGlobalEvent")->addListener(&everybodyBefore);
-  listOf("postGlobalEvent")->addListener(&everybodyAfter);
+  const std::pair<BNotifySender*, EventListener*> lists[] = {{&manager().preEventSender(), &before},
+                                                             {&manager().postEventSender(), &after},
+                                                             {listOf("preGlobalEvent"), &everybodyBefore},
+                                                             {listOf("postGlobalEvent"), &everybodyAfter}};
+  for (const auto& [list, listener] : lists) list->addListener(listener);
   const auto raised = [](Event& event) {
     journal().clear();
     manager().raiseEvent(event);
@@ -250,16 +245,11 @@ TEST(Events, ReachListsAndTargetsInTheirOrder) {
   };
   EXPECT_EQ(raised(nobodys), "before all-before after all-after ");
   EXPECT_EQ(raised(odd), "before all-before made gone after all-after ");
-  manager().preEventSender().removeListener(&before);
-  manager().postEventSender().removeListener(&after);
-  listOf("preGlobalEvent")->removeListener(&everybodyBefore);
-  listOf("postGlobalEvent")->removeListener(&everybodyAfter);
+  for (const auto& [list, listener] : lists) list->removeListener(listener);
   targetsMade = 0;
-  EXPECT_EQ(raised(ordered), [] {
-    std::string all;
-    for (int i = 1; i <= 8; ++i) all += "target" + std::to_string(i) + "Ordered ";
-    return all;
-  }());
+  EXPECT_EQ(raised(ordered),
+            "target1Ordered target2Ordered target3Ordered target4Ordered target5Ordered target6Ordered target7Ordered "
+            "target8Ordered ");
 }
 
 class Handler final : public IActionTarget, public IActionListener {
@@ -283,12 +273,15 @@ class Handler final : public IActionTarget, public IActionListener {
 TEST(Actions, GoThroughHandlersThenTheActionThenTheRest) {
   Handler handler;
   using N = ShellNotification;
-  for (N n : {N::ValidateAction, N::ProcessAction})
-    shellNotifications(n).addListener(static_cast<IActionTarget*>(&handler));
-  for (N n : {N::PreValidateAction, N::PreProcessAction})
-    shell().sender(n).addListener(static_cast<IActionListener*>(&handler));
-  for (N n : {N::PostValidateAction, N::PostProcessAction})
-    shellNotifications(n).addListener(static_cast<IActionListener*>(&handler));
+  const auto all = [&](auto call) {
+    for (N n : {N::ValidateAction, N::ProcessAction})
+      call(shellNotifications(n), static_cast<IActionTarget*>(&handler));
+    for (N n : {N::PreValidateAction, N::PreProcessAction})
+      call(shell().sender(n), static_cast<IActionListener*>(&handler));
+    for (N n : {N::PostValidateAction, N::PostProcessAction})
+      call(shellNotifications(n), static_cast<IActionListener*>(&handler));
+  };
+  all([](BNotifySender& list, IBTransportable* listener) { list.addListener(listener); });
 
   Descriptor().interface_(L"Actions.Test.Declared").registerIn(manager());
   const auto actions = createObject<IActionManager>(manager(), L"IActionManager.Instance");
@@ -319,12 +312,7 @@ TEST(Actions, GoThroughHandlersThenTheActionThenTheRest) {
   EXPECT_EQ(journal(), "");
   actions->removeAction(L"Test.Declared");
   EXPECT_NE(actions->findAction(L"Test.Declared"), nullptr) << "made anew from the descriptor";
-  for (N n : {N::ValidateAction, N::ProcessAction})
-    shellNotifications(n).removeListener(static_cast<IActionTarget*>(&handler));
-  for (N n : {N::PreValidateAction, N::PreProcessAction})
-    shell().sender(n).removeListener(static_cast<IActionListener*>(&handler));
-  for (N n : {N::PostValidateAction, N::PostProcessAction})
-    shellNotifications(n).removeListener(static_cast<IActionListener*>(&handler));
+  all([](BNotifySender& list, IBTransportable* listener) { list.removeListener(listener); });
 }
 
 TEST(CommandLine, GoesArgumentByArgumentThroughTheProcessors) {

@@ -8,55 +8,37 @@
 
 #include <gtest/gtest.h>
 
+#include <sstream>
+#include <vector>
+
 namespace corvix {
 namespace {
 
 TEST(FileLocation, NamesPathsAndNothingElse) {
   const std::wstring longName(200, L'n');
-  const struct {
-    std::wstring location;
-    std::wstring path;  // empty: nothing
-  } rows[] = {
+  const std::vector<std::pair<std::wstring, std::wstring>> rows{
       {L"file:///C:/dir/a%20b.txt", L"C:\\dir\\a b.txt"},
       {L"FILE://LocalHost/c|/x", L"c:\\x"},
-      {L"file:C:/x//y", L""},
       {L"file://server/share/x", L"\\\\server\\share\\x"},
       {L"file:///dir/%C3%A4", L"\\dir\\\u00e4"},
       {L"file:name", L"name"},
-      {L"file:///C:/" + longName + L"/" + longName, L"\\\\?\\C:\\" + longName + L"\\" + longName},
-      {L"file://s/" + longName + L"/" + longName, L"\\\\?\\UNC\\s\\" + longName + L"\\" + longName},
-      {L"http://h/x", L""},
-      {L"file:", L""},
-      {L"file://u@server/share/x", L""},
-      {L"file://server:80/share/x", L""},
-      {L"file:///C:/a%00b", L""},
-      {L"file:///C:/a%0Ab", L""},
-      {L"file:///C:/a%2Fb", L""},
-      {L"file:///C:/a%5Cb", L""},
-      {L"file:///C:/%2E%2E/b", L""},
-      {L"file:///C:/x.txt:stream", L""},
-      {L"file:///C:/x.txt%3Astream", L""},
-      {L"file:///C:/x.txt::$DATA", L""},
-      {L"file:///C:/CON", L""},
-      {L"file:///C:/dir/nul.txt", L""},
-      {L"file:///C:/dir/Aux%20.x/y", L""},
-      {L"file:///C:/com1", L""},
-      {L"file:///C:/LPT%C2%B2", L""},
       {L"file:///C:/common", L"C:\\common"},
-      {L"file:///C:/x.", L""},
-      {L"file:///C:/x%20", L""},
-      {L"file:///C:/what%3F", L""},
-      {L"file://./C:/x", L""},
-      {L"file://./pipe/x", L""},
-      {L"file://%3F/C:/x", L""},
-      {L"file:////./C:/x", L""},
-      {L"file:////?/C:/x", L""},
-      {L"file://server/pipe/x", L""},
-      {L"file://server/PIP%45/x", L""},
-      {L"file://[::1]/share/x", L""},
-  };
-  for (const auto& row : rows)
-    EXPECT_EQ(pathOfLocation(UrlRecord(row.location)).view(), row.path) << row.location.c_str();
+      {L"file:///C:/" + longName + L"/" + longName, L"\\\\?\\C:\\" + longName + L"\\" + longName},
+      {L"file://s/" + longName + L"/" + longName, L"\\\\?\\UNC\\s\\" + longName + L"\\" + longName}};
+  for (const auto& [location, path] : rows)
+    EXPECT_EQ(pathOfLocation(UrlRecord(location)).view(), path) << location.c_str();
+  std::wistringstream others(
+      LR"(
+file:C:/x//y                 http://h/x               file:                   file://u@server/share/x
+file://server:80/share/x     file:///C:/a%00b         file:///C:/a%0Ab        file:///C:/a%2Fb
+file:///C:/a%5Cb             file:///C:/%2E%2E/b      file:///C:/x.txt:stream file:///C:/x.txt%3Astream
+file:///C:/x.txt::$DATA      file:///C:/CON           file:///C:/dir/nul.txt  file:///C:/dir/Aux%20.x/y
+file:///C:/com1              file:///C:/LPT%C2%B2     file:///C:/x.           file:///C:/x%20
+file:///C:/what%3F           file://./C:/x            file://./pipe/x         file://%3F/C:/x
+file:////./C:/x              file:////?/C:/x          file://server/pipe/x    file://server/PIP%45/x
+file://[::1]/share/x)");
+  for (std::wstring location; others >> location;)
+    EXPECT_TRUE(pathOfLocation(UrlRecord(location)).empty()) << location.c_str();
 }
 
 TEST(FileLocation, MakesLocationsOfPaths) {
@@ -84,28 +66,20 @@ TEST(KFileSupplier, OpensFilesAndPartsOfThem) {
   const auto supplier = make<KFileSupplier>();
   const std::wstring base(locationOfPath(folder.path().wstring() + L"\\sub\\base").view());
   ASSERT_TRUE(supplier->setLocation(base.c_str()));
-  const struct {
-    const wchar_t* relative;
-    u32 flags;
-    i32 start, length;
-    const char* content;
-  } rows[] = {
-      {L"../a%20b.txt", 0, -1, -1, "0123456789"},
-      {L"..\\a%20b.txt", 0, -1, -1, "0123456789"},
-      {L"../a%20b.txt", 0, 3, 4, "3456"},
-      {L"../a%20b.txt", 0, -1, 2, "01"},
-      {L"../a%20b.txt", 0, 20, -1, ""},
-      {L"../a%20b.txt", 0, -2, -1, "(null)"},
-      {L"../a%20b.txt", 1, -1, -1, "(null)"},
-      {L"../a%20b.txt", 2, -1, -1, "0123456789"},
-      {L"nothing", 0, -1, -1, "(null)"},
-      {L"../sub", 0, -1, -1, "(null)"},
-      {L"http://127.0.0.1/", 0, -1, -1, "(null)"},
+  const auto opened = [&](const wchar_t* relative, i32 start = -1, i32 length = -1, u32 flags = 0) {
+    return readAll(supplier->open(flags, relative, start, length));
   };
-  for (const auto& row : rows)
-    EXPECT_EQ(readAll(supplier->open(row.flags, row.relative, row.start, row.length)), row.content)
-        << row.relative << " " << row.start << " " << row.length;
-  EXPECT_EQ(readAll(supplier->open(0, nullptr, -1, -1)), "(null)");
+  constexpr auto kFile = L"../a%20b.txt";
+  EXPECT_EQ(opened(L"..\\a%20b.txt"), "0123456789");
+  EXPECT_EQ(opened(kFile, 3, 4), "3456");
+  EXPECT_EQ(opened(kFile, -1, 2), "01");
+  EXPECT_EQ(opened(kFile, 20), "");
+  EXPECT_EQ(opened(kFile, -2), "(null)");
+  EXPECT_EQ(opened(kFile, -1, -1, 1), "(null)");
+  EXPECT_EQ(opened(kFile, -1, -1, 2), "0123456789");
+  for (const wchar_t* other : {L"nothing", L"../sub", L"http://127.0.0.1/"})
+    EXPECT_EQ(opened(other), "(null)") << other;
+  EXPECT_EQ(opened(nullptr), "(null)");
 }
 
 TEST(KIStreamSupplier, OpensWhatIsRegistered) {

@@ -49,91 +49,45 @@ class CommandLine : public testing::Test {
     return code;
   }
 
-  fs::path folder_ = fs::temp_directory_path() / (u8"xmlbinc test \u00E9\u2603 " + number());
+  fs::path folder_ = (fs::temp_directory_path() / u8"xmlbinc test \u00E9\u2603 ") +=
+      std::to_string(std::random_device{}());
   std::string out_;
   std::string err_;
-
- private:
-  static std::u8string number() {
-    const std::string text = std::to_string(std::random_device{}());
-    return {text.begin(), text.end()};
-  }
 };
 
 TEST_F(CommandLine, LeavesAnOutputOnlyForGoodInput) {
   struct Row {
     const char* name;
     std::string input;
-    std::vector<std::string> options;
+    const char* options;
     std::string before;  ///< what the output holds from an earlier run
     int code;
-    std::string output;
-    std::string error;
+    std::string output, error;
   };
   const std::string block = compiled(kGood);
+  const std::string unregistered = "IN:1:1: warning: CorvixRC without Plugin: nothing will be registered\n";
+  const std::string counted = unregistered + "IN: warnings count as errors: 1\n";
+  const std::string noBlock = "IN: byte 0: no block: it does not begin with \"xmlbin\"\n";
+  const std::string unclosed =
+      "IN:2:9: closing tag of \"CorvixRC\", but \"Plugin\", opened in line 2, is to be closed first\n";
+  const std::string rest =
+      "IN: byte " + std::to_string(block.size()) + ": warning: 4 bytes behind the root are left out\n";
   const Row rows[] = {
-      {"compiles", kGood, {}, "none", kDone, block, ""},
-      {"replaces", kGood, {}, "old", kDone, block, ""},
-      {"checks and compiles",
-       kDoubtful,
-       {"--check"},
-       "none",
-       kDone,
-       compiled(kDoubtful),
-       "IN:1:1: warning: CorvixRC without Plugin: nothing will be registered\n"},
-      {"warnings that count",
-       kDoubtful,
-       {"--check", "--warnings-as-errors"},
-       "none",
-       kBadInput,
-       "none",
-       "IN:1:1: warning: CorvixRC without Plugin: nothing will be registered\n"
-       "IN: warnings count as errors: 1\n"},
-      {"wrong",
-       kWrong,
-       {},
-       "none",
-       kBadInput,
-       "none",
-       "IN:2:9: closing tag of \"CorvixRC\", but \"Plugin\", opened in line 2, is to be closed first\n"},
-      {"wrong, after it was right",
-       kWrong,
-       {},
-       block,
-       kBadInput,
-       "none",
-       "IN:2:9: closing tag of \"CorvixRC\", but \"Plugin\", opened in line 2, is to be closed first\n"},
-      {"wrong, where something else is",
-       kWrong,
-       {},
-       "a letter",
-       kBadInput,
-       "a letter",
-       "IN:2:9: closing tag of \"CorvixRC\", but \"Plugin\", opened in line 2, is to be closed first\n"},
-      {"decompiles",
-       block + "rest",
-       {"-d"},
-       "none",
-       kDone,
-       decompiled(block),
-       "IN: byte " + std::to_string(block.size()) + ": warning: 4 bytes behind the root are left out\n"},
-      {"decompiles no block",
-       kGood,
-       {"-d"},
-       "kept",
-       kBadInput,
-       "kept",
-       "IN: byte 0: no block: it does not begin with \"xmlbin\"\n"},
-  };
+      {"replaces", kGood, "", "old", kDone, block, ""},
+      {"checks and compiles", kDoubtful, "--check", "none", kDone, compiled(kDoubtful), unregistered},
+      {"warnings that count", kDoubtful, "--check --warnings-as-errors", "none", kBadInput, "none", counted},
+      {"wrong", kWrong, "", "none", kBadInput, "none", unclosed},
+      {"wrong, after it was right", kWrong, "", block, kBadInput, "none", unclosed},
+      {"wrong, where something else is", kWrong, "", "a letter", kBadInput, "a letter", unclosed},
+      {"decompiles", block + "rest", "-d", "none", kDone, decompiled(block), rest},
+      {"decompiles no block", kGood, "-d", "kept", kBadInput, "kept", noBlock}};
   for (const Row& row : rows) {
     SCOPED_TRACE(row.name);
     write("in", row.input);
-    if (row.before == "none") {
-      fs::remove(folder_ / "out");
-    } else {
-      write("out", row.before);
-    }
-    std::vector<std::string> arguments = row.options;
+    fs::remove(folder_ / "out");
+    if (row.before != "none") write("out", row.before);
+    std::istringstream options(row.options);
+    std::vector<std::string> arguments{std::istream_iterator<std::string>(options), {}};
     arguments.insert(arguments.end(), {path("in"), "-o", path("out")});
     EXPECT_EQ(call(arguments), row.code);
     EXPECT_EQ(read("out"), row.output);
