@@ -256,5 +256,29 @@ TEST(Drawing, ScenesMatchGeometry) {
   }
 }
 
+// The two ways may round an edge differently, by one pixel, and no more of the page than edges take.
+TEST(Drawing, BothWaysDifferAtEdgesOnly) {
+  for (const Scene& scene : kScenes) {
+    SCOPED_TRACE(scene.name);
+    const Ref<IAGDC> plain = makePage(Through::Gdi);
+    const Ref<IAGDC> plus = makePage(Through::GdiPlus);
+    ASSERT_TRUE(scene.draw(*plain) && scene.draw(*plus));
+    plain->setOrigin(0, 0);
+    plus->setOrigin(0, 0);
+    const auto differs = [&](i32 x, i32 y) { return pixelOf(*plain, x, y) != pixelOf(*plus, x, y); };
+    int different = 0;
+    int deep = 0;
+    for (i32 y = 1; y < 47; ++y) {
+      for (i32 x = 1; x < 63; ++x) {
+        if (!differs(x, y)) continue;
+        ++different;
+        deep += differs(x - 1, y) && differs(x + 1, y) && differs(x, y - 1) && differs(x, y + 1);
+      }
+    }
+    EXPECT_EQ(deep, 0);
+    EXPECT_LT(different, 64 * 48 / 20);
+  }
+}
+
 }  // namespace
 }  // namespace corvix::testing
