@@ -28,10 +28,8 @@ const WinInetCalls* winInet() noexcept;
 // For tests; null brings the system's back. No stream may be alive.
 void replaceWinInet(const WinInetCalls* calls) noexcept;
 
-struct CloseInternet {
-  using Handle = HINTERNET;
-  static Handle none() noexcept { return nullptr; }
-  static void close(Handle handle) noexcept { winInet()->closeHandle(handle); }
+struct CloseInternet : NullIsNone<HINTERNET> {
+  static void close(HINTERNET handle) noexcept { winInet()->closeHandle(handle); }
 };
 using InternetHandle = OwningHandle<CloseInternet>;
 

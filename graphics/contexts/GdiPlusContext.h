@@ -100,10 +100,8 @@ class AGDC : public DrawingContext {
     Gdiplus::PointF points[128];
   };
   static_assert(sizeof(WorkBuffer) == 1032);
-  struct FreeBuffer {
-    using Handle = WorkBuffer*;
-    static Handle none() noexcept { return nullptr; }
-    static void close(Handle buffer) noexcept { _sfree(buffer); }
+  struct FreeBuffer : NullIsNone<WorkBuffer*> {
+    static void close(WorkBuffer* buffer) noexcept { _sfree(buffer); }
   };
 
   bool prepare() noexcept;

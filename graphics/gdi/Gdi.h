@@ -13,27 +13,21 @@
 namespace corvix::gdi {
 
 template <class Object>
-struct DeleteGdiObject {
-  using Handle = Object;
-  static Handle none() noexcept { return nullptr; }
-  static void close(Handle handle) noexcept { DeleteObject(handle); }
+struct DeleteGdiObject : NullIsNone<Object> {
+  static void close(Object handle) noexcept { DeleteObject(handle); }
 };
 using Pen = OwningHandle<DeleteGdiObject<HPEN>>;
 using Brush = OwningHandle<DeleteGdiObject<HBRUSH>>;
 using Region = OwningHandle<DeleteGdiObject<HRGN>>;
 using Bitmap = OwningHandle<DeleteGdiObject<HBITMAP>>;
 
-struct DeleteDevice {
-  using Handle = HDC;
-  static Handle none() noexcept { return nullptr; }
-  static void close(Handle handle) noexcept { DeleteDC(handle); }
+struct DeleteDevice : NullIsNone<HDC> {
+  static void close(HDC handle) noexcept { DeleteDC(handle); }
 };
 using MemoryDevice = OwningHandle<DeleteDevice>;
 
-struct ReleaseScreen {
-  using Handle = HDC;
-  static Handle none() noexcept { return nullptr; }
-  static void close(Handle handle) noexcept { ReleaseDC(nullptr, handle); }
+struct ReleaseScreen : NullIsNone<HDC> {
+  static void close(HDC handle) noexcept { ReleaseDC(nullptr, handle); }
 };
 using ScreenDevice = OwningHandle<ReleaseScreen>;
 

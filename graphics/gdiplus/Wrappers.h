@@ -48,10 +48,8 @@ void discard(Wrapper<Native>* wrapper) noexcept {
 }
 
 template <class Native>
-struct DiscardWrapper {
-  using Handle = Wrapper<Native>*;
-  static Handle none() noexcept { return nullptr; }
-  static void close(Handle handle) noexcept { discard(handle); }
+struct DiscardWrapper : NullIsNone<Wrapper<Native>*> {
+  static void close(Wrapper<Native>* handle) noexcept { discard(handle); }
 };
 
 using Graphics = Wrapper<Gdiplus::GpGraphics>;

@@ -12,24 +12,23 @@
 
 namespace corvix {
 
-struct CloseFile {
+struct InvalidIsNone {
   using Handle = HANDLE;
   static Handle none() noexcept { return INVALID_HANDLE_VALUE; }
+};
+
+struct CloseFile : InvalidIsNone {
   static void close(Handle handle) noexcept { CloseHandle(handle); }
 };
 using FileHandle = OwningHandle<CloseFile>;
 
-struct CloseSearch {
-  using Handle = HANDLE;
-  static Handle none() noexcept { return INVALID_HANDLE_VALUE; }
+struct CloseSearch : InvalidIsNone {
   static void close(Handle handle) noexcept { FindClose(handle); }
 };
 using SearchHandle = OwningHandle<CloseSearch>;
 
-struct CloseModule {
-  using Handle = HMODULE;
-  static Handle none() noexcept { return nullptr; }
-  static void close(Handle handle) noexcept { FreeLibrary(handle); }
+struct CloseModule : NullIsNone<HMODULE> {
+  static void close(HMODULE handle) noexcept { FreeLibrary(handle); }
 };
 using ModuleHandle = OwningHandle<CloseModule>;
 

@@ -6,6 +6,13 @@
 
 namespace corvix {
 
+// What most policies begin with: a handle type that is null when there is none. The rest is `close`.
+template <class Type>
+struct NullIsNone {
+  using Handle = Type;
+  static Handle none() noexcept { return nullptr; }
+};
+
 // Policy: `using Handle`, `static constexpr/inline Handle none()`, `static void close(Handle)`.
 template <class Policy>
 class OwningHandle {

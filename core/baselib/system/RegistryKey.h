@@ -13,10 +13,8 @@
 
 namespace corvix {
 
-struct CloseRegistryKey {
-  using Handle = HKEY;
-  static Handle none() noexcept { return nullptr; }
-  static void close(Handle handle) noexcept { RegCloseKey(handle); }
+struct CloseRegistryKey : NullIsNone<HKEY> {
+  static void close(HKEY handle) noexcept { RegCloseKey(handle); }
 };
 using RegistryHandle = OwningHandle<CloseRegistryKey>;
 
