@@ -8,22 +8,31 @@ MAKEFLAGS += --no-print-directory
 
 JOBS ?= $(shell nproc)
 ARGS ?=
+SECONDS ?= 60
+TARGETS ?=
 
-.PHONY: help setup run stage test bench clang clean
+.PHONY: help setup run stage package test native fuzz lint format coverage soak mutate bench clang clean
 
 help:
 	@echo 'make run [ARGS="..."]  build, stage and run the example host under Wine, with its log'
 	@echo 'make test              build and run the tests; ARGS="-R NAME" runs some, as ctest does'
+	@echo 'make native            build what does not need the system for this machine, 64 and 32 bits, with sanitizers; run its tests'
+	@echo 'make fuzz [SECONDS=60] look for inputs that break a reader, so many seconds a target; TARGETS="NAME..." for some'
+	@echo 'make lint              clang-format, clang-tidy, shellcheck and our own checks; "make format" rewrites what the first minds'
+	@echo 'make coverage          which lines and branches the tests run; pages in build/coverage/report'
+	@echo 'make soak              the long forms of sweeps, stress, fuzz and comparisons'
+	@echo 'make mutate            break the code in forty places, one after the other, and see whether the tests notice'
 	@echo 'make stage             build what a user gets, into build/stage'
+	@echo 'make package           ZIPs of that in build/packages: Runtime, SDK, Symbols'
 	@echo 'make bench             build and run the benchmarks; results also in build/bench.json'
 	@echo 'make clang             build everything with clang'
-	@echo 'make setup             install and make what the others need, nothing else'
+	@echo 'make setup             install and make what run, test and clang need, nothing else'
 	@echo 'make clean             stop Wine and remove build/'
 	@echo
-	@echo 'JOBS=N: build and test N things at a time (now $(JOBS)).  Wine: docs/wine.md'
+	@echo 'JOBS=N: build and test N things at a time (now $(JOBS)).  Wine: docs/wine.md  Tests: docs/testing.md'
 
 setup:
-	@scripts/setup
+	@scripts/setup test
 
 # $(call build,PRESET): configured once; the build itself sees changed CMake files.
 define build
@@ -31,11 +40,24 @@ define build
 @cmake --build --preset $(1) --parallel $(JOBS)
 endef
 
+# $(call native,BITS): the same for what is built for this machine.
+define native
+@[[ build/native-$(1)/build.ninja -nt tests/native/CMakePresets.json ]] || (cd tests/native && cmake --preset $(1))
+@cmake --build build/native-$(1) --parallel $(JOBS)
+endef
+
 # Files that an earlier stage put there and this one may not are removed; what a user adds stays.
-stage: setup
+stage:
+	@scripts/setup
 	$(call build,release)
 	@[[ ! -f build/release/install_manifest.txt ]] || tr '\n' '\0' <build/release/install_manifest.txt | xargs -0 rm -f --
 	@cmake --install build/release --prefix build/stage >build/release/install.log || { cat build/release/install.log; exit 1; }
+
+package:
+	@scripts/setup
+	$(call build,release)
+	@cd build/release && cpack -C Release >package.log || { cat package.log; exit 1; }
+	@ls -s --block-size=K build/packages/*.zip
 
 # On a machine with a display the host's windows appear on it.
 run: stage
@@ -46,7 +68,43 @@ run: stage
 
 test: setup
 	$(call build,debug)
-	@scripts/run-tests build/debug --parallel $(JOBS) $(ARGS)
+	$(call native,64)
+	@scripts/run-tests build/debug build/native-64 --parallel $(JOBS) $(ARGS)
+
+native:
+	@scripts/setup test native
+	$(call native,64)
+	$(call native,32)
+	@ctest --test-dir build/native-64 --output-on-failure --parallel $(JOBS) $(ARGS)
+	@ctest --test-dir build/native-32 --output-on-failure --parallel $(JOBS) $(ARGS)
+
+fuzz: setup
+	$(call native,64)
+	@python3 tests/fuzz/fuzz.py build/native-64/bin/corvix-fuzz build/fuzz --seconds $(SECONDS) $(TARGETS)
+
+lint:
+	@scripts/setup test lint
+	@[[ build/clang/build.ninja -nt CMakePresets.json ]] || cmake --preset clang
+	@scripts/lint $(ARGS)
+
+format:
+	@scripts/setup test
+	@scripts/lint --rewrite
+
+coverage:
+	@scripts/setup test coverage
+	$(call build,coverage)
+	@scripts/coverage build/coverage $(ARGS)
+
+# Tests ask tests/support/Soak.h how long they may take.
+soak: setup
+	$(call build,debug)
+	$(call native,64)
+	@CORVIX_SOAK=1 scripts/run-tests build/debug build/native-64 --parallel $(JOBS) $(ARGS)
+	@python3 tests/fuzz/fuzz.py build/native-64/bin/corvix-fuzz build/fuzz --seconds $$(($(SECONDS) * 5)) $(TARGETS)
+
+mutate: setup
+	@tests/mutate/mutate.py $(ARGS)
 
 bench:
 	@scripts/setup bench

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <cstdio>
 
 namespace corvix::bench {
@@ -10,10 +11,13 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr double kRoundNs = 8e6;  // a side's part of a round
-constexpr std::size_t kFewestRounds = 7;
-constexpr std::size_t kMostRounds = 31;
-constexpr double kSteady = 0.04;  // half the ratios lie within this share of their median
+// Rounds are shorter than the turns that the system gives to other programs: most are then not disturbed, and the
+// median is one of those.
+constexpr double kRoundNs = 1e6;  // a side's part of a round
+constexpr std::size_t kFewestRounds = 15;
+constexpr std::size_t kMostRounds = 301;
+constexpr double kMostNs = 2e9;   // of a row
+constexpr double kSteady = 0.06;  // the median's spread is less than this share of it
 
 double elapsedNs(const Work& work, std::uint64_t count) {
   const auto start = Clock::now();
@@ -28,7 +32,7 @@ std::uint64_t countFor(const Work& work) {
     const double ns = elapsedNs(work, count);
     if (ns > kRoundNs / 4)
       return std::max<std::uint64_t>(1, static_cast<std::uint64_t>(static_cast<double>(count) * kRoundNs / ns));
-    count *= ns < kRoundNs / 100 ? 10 : 2;
+    count *= ns < kRoundNs / 50 ? 10 : 2;
   }
 }
 
@@ -38,9 +42,35 @@ double quantile(std::vector<double> values, double part) {
   return *at;
 }
 
+// Where the median would lie, in 19 of 20 runs like this one.
+struct Spread {
+  double low;
+  double high;
+};
+Spread spreadOf(const std::vector<double>& ratios) {
+  const double half = 0.98 / std::sqrt(static_cast<double>(ratios.size()));
+  return {quantile(ratios, std::max(0.0, 0.5 - half)), quantile(ratios, std::min(1.0, 0.5 + half))};
+}
+
 bool isSteady(const std::vector<double>& ratios) {
-  return ratios.size() >= kFewestRounds &&
-         quantile(ratios, 0.75) - quantile(ratios, 0.25) < kSteady * quantile(ratios, 0.5);
+  const Spread spread = spreadOf(ratios);
+  return ratios.size() >= kFewestRounds && spread.high - spread.low < kSteady * quantile(ratios, 0.5);
+}
+
+bool isFigure(double value) { return std::isfinite(value) && value > 0; }
+
+void print(const Row& row) {
+  char wanted[16] = "-";
+  if (row.wanted > 0) std::snprintf(wanted, sizeof wanted, "%.2f", row.wanted);
+  char spread[32] = "counted";
+  if (row.low < row.high) std::snprintf(spread, sizeof spread, "%.3f-%.3f", row.low, row.high);
+  std::printf("  %-46s %-44s %12.1f %12.1f %8.3f %15s %7s%s%s\n", row.name.c_str(), row.peer.c_str(), row.oursNs,
+              row.peerNs, row.ratio, spread, wanted, row.isSteady ? "" : "  not steady",
+              row.isFaulty()                             ? "  NO FIGURE"
+              : row.isMissed()                           ? "  missed"
+              : row.wanted > 0 && row.ratio > row.wanted ? "  within the spread"
+                                                         : "");
+  std::fflush(stdout);
 }
 
 }  // namespace
@@ -49,37 +79,47 @@ const Area* Area::first = nullptr;
 
 Area::Area(const char* areaName, void (*areaRun)(Report&)) : name(areaName), run(areaRun), next(first) { first = this; }
 
+bool Row::isFaulty() const noexcept { return !isFigure(oursNs) || !isFigure(peerNs) || !isFigure(ratio); }
+
 void Report::startArea(std::string area) {
   area_ = std::move(area);
-  std::printf("\n%s\n  %-44s %-44s %12s %12s %8s %8s\n", area_.c_str(), "case", "peer", "ours ns", "peer ns", "ratio",
-              "wanted");
+  std::printf("\n%s\n  %-46s %-44s %12s %12s %8s %15s %7s\n", area_.c_str(), "case", "peer", "ours ns", "peer ns",
+              "ratio", "spread", "wanted");
 }
 
 void Report::compare(const std::string& name, const std::string& peer, double wanted, const Work& ours,
-                     const Work& theirs) {
+                     const Work& theirs, double ourSize, double peerSize) {
   const std::uint64_t ourCount = countFor(ours);
   const std::uint64_t peerCount = countFor(theirs);
   std::vector<double> oursNs, peerNs, ratios;
-  while (ratios.size() < kMostRounds && !isSteady(ratios)) {
-    oursNs.push_back(elapsedNs(ours, ourCount) / static_cast<double>(ourCount));
-    peerNs.push_back(elapsedNs(theirs, peerCount) / static_cast<double>(peerCount));
+  double spentNs = 0;
+  while (ratios.size() < kFewestRounds || (ratios.size() < kMostRounds && spentNs < kMostNs && !isSteady(ratios))) {
+    oursNs.push_back(elapsedNs(ours, ourCount) / static_cast<double>(ourCount) / ourSize);
+    peerNs.push_back(elapsedNs(theirs, peerCount) / static_cast<double>(peerCount) / peerSize);
     ratios.push_back(oursNs.back() / peerNs.back());
+    spentNs += oursNs.back() * ourSize * static_cast<double>(ourCount) +
+               peerNs.back() * peerSize * static_cast<double>(peerCount);
   }
-  rows_.push_back({area_, name, peer, quantile(oursNs, 0.5), quantile(peerNs, 0.5), quantile(ratios, 0.5), wanted});
-  print(rows_.back());
+  add(name, peer, wanted, oursNs, peerNs);
 }
 
 void Report::add(const std::string& name, const std::string& peer, double wanted, double ours, double theirs) {
-  rows_.push_back({area_, name, peer, ours, theirs, ours / theirs, wanted});
-  print(rows_.back());
+  const double ratio = ours / theirs;
+  keepRow({area_, name, peer, ours, theirs, ratio, ratio, ratio, wanted, true});
 }
 
-void Report::print(const Row& row) const {
-  char wanted[32] = "-";
-  if (row.wanted > 0) std::snprintf(wanted, sizeof wanted, "%.2f", row.wanted);
-  std::printf("  %-44s %-44s %12.1f %12.1f %8.3f %8s%s\n", row.name.c_str(), row.peer.c_str(), row.oursNs, row.peerNs,
-              row.ratio, wanted, row.wanted > 0 && row.ratio > row.wanted ? "  missed" : "");
-  std::fflush(stdout);
+void Report::add(const std::string& name, const std::string& peer, double wanted, const std::vector<double>& ours,
+                 const std::vector<double>& theirs) {
+  std::vector<double> ratios;
+  for (std::size_t i = 0; i < ours.size(); ++i) ratios.push_back(ours[i] / theirs[i]);
+  const Spread spread = spreadOf(ratios);
+  keepRow({area_, name, peer, quantile(ours, 0.5), quantile(theirs, 0.5), quantile(ratios, 0.5), spread.low,
+           spread.high, wanted, isSteady(ratios)});
+}
+
+void Report::keepRow(Row row) {
+  print(row);
+  rows_.push_back(std::move(row));
 }
 
 }  // namespace corvix::bench

@@ -15,7 +15,15 @@ struct Row {
   double oursNs = 0;  // a single operation, median of the rounds
   double peerNs = 0;  // likewise
   double ratio = 0;   // ours / peer, median over the rounds
+  double low = 0;     // 19 of 20 runs like this one would have their median between this
+  double high = 0;    // and this
   double wanted = 0;  // at most; 0 when the row is only told
+  bool isSteady = true;
+
+  // A figure that cannot be: what was to be measured was not.
+  bool isFaulty() const noexcept;
+  // Above what is wanted, and not only by what the rounds differ.
+  bool isMissed() const noexcept { return wanted > 0 && low > wanted; }
 };
 
 // Does `count` operations.
@@ -23,17 +31,23 @@ using Work = std::function<void(std::uint64_t count)>;
 
 class Report {
  public:
-  // Measures and prints a row. `wanted` is the ratio aimed at.
-  void compare(const std::string& name, const std::string& peer, double wanted, const Work& ours, const Work& theirs);
+  // Measures and prints a row. `wanted` is the ratio aimed at. With `ourSize` and `peerSize` an operation does that
+  // many things, and the figures are those of one thing.
+  void compare(const std::string& name, const std::string& peer, double wanted, const Work& ours, const Work& theirs,
+               double ourSize = 1, double peerSize = 1);
 
-  // A row whose figures were counted or measured by other means, in any unit.
+  // A row whose figures were counted, in any unit.
   void add(const std::string& name, const std::string& peer, double wanted, double ours, double theirs);
+
+  // A row of rounds that were measured by other means, ours and theirs in turns.
+  void add(const std::string& name, const std::string& peer, double wanted, const std::vector<double>& ours,
+           const std::vector<double>& theirs);
 
   void startArea(std::string area);
   const std::vector<Row>& rows() const noexcept { return rows_; }
 
  private:
-  void print(const Row& row) const;
+  void keepRow(Row row);
 
   std::string area_;
   std::vector<Row> rows_;

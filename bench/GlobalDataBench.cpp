@@ -1,8 +1,8 @@
-// Named global data against hash maps keyed by the same joined text, behind the same kind of lock.
+// Named global data against hash maps behind a lock of the system's. Both sides get what a caller has at hand, the four
+// words of an identifier and a name that ends with a zero.
 #include "bench/Bench.h"
 #include "core/baselib/objects/GlobalData.h"
 #include "core/baselib/objects/SmartObject.h"
-#include "core/baselib/system/CriticalSection.h"
 
 #include <boost/unordered/unordered_flat_map.hpp>
 
@@ -10,6 +10,8 @@
 #include <random>
 #include <string_view>
 #include <unordered_map>
+
+#include <windows.h>
 
 namespace corvix::bench {
 namespace {
@@ -19,26 +21,58 @@ struct Item {
   BGlobalData::Destructor destructor;
 };
 
-// A look-up with a key that is at hand, not joined.
-struct ViewHash {
+struct KeyView {
+  ClassWords owner;
+  std::string_view name;
+};
+
+struct Key {
+  ClassWords owner;
+  std::string name;
+  operator KeyView() const noexcept { return {owner, name}; }
+};
+
+struct KeyHash {
   using is_transparent = void;
-  std::size_t operator()(std::string_view text) const { return boost::hash<std::string_view>()(text); }
+  std::size_t operator()(const KeyView& key) const noexcept {
+    const u32 owner = key.owner.word1 ^ key.owner.word2 * 3 ^ key.owner.word3 * 5 ^ key.owner.word4 * 7;
+    return std::hash<std::string_view>()(key.name) ^ owner;
+  }
+};
+
+struct SameKey {
+  using is_transparent = void;
+  bool operator()(const KeyView& a, const KeyView& b) const noexcept { return a.owner == b.owner && a.name == b.name; }
+};
+
+class BareLock {
+ public:
+  explicit BareLock(CRITICAL_SECTION& section) : section_(section) { EnterCriticalSection(&section); }
+  ~BareLock() { LeaveCriticalSection(&section_); }
+  BareLock(const BareLock&) = delete;
+  BareLock& operator=(const BareLock&) = delete;
+
+ private:
+  CRITICAL_SECTION& section_;
 };
 
 class Measurement {
  public:
   explicit Measurement(std::size_t entries) : owner_(IBSmartObject::classInfo()) {
+    InitializeCriticalSectionAndSpinCount(&section_, 4000);
     for (std::size_t i = 0; i < entries; ++i) names_.push_back("Item" + std::to_string(i));
     for (const std::string& name : names_) {
-      keys_.push_back(owner_.text() + name);
-      map_[keys_.back()] = {this, nullptr};
-      flat_[keys_.back()] = {this, nullptr};
+      map_[Key{owner_.words(), name}] = {this, nullptr};
+      flat_[Key{owner_.words(), name}] = {this, nullptr};
       BGlobalData::setItem(owner_, name.c_str(), this, nullptr);
     }
     for (std::size_t i = 0; i < entries; ++i) order_.push_back(i);
     std::shuffle(order_.begin(), order_.end(), std::mt19937(7));
   }
-  ~Measurement() { BGlobalData::destroyAll(); }
+  ~Measurement() {
+    for (const std::string& name : names_) BGlobalData::setItem(owner_, name.c_str(), nullptr, nullptr);
+    DeleteCriticalSection(&section_);
+  }
 
   void run(Report& report) {
     const std::string entries = ", " + std::to_string(names_.size()) + " entries";
@@ -47,30 +81,24 @@ class Measurement {
       BGlobalData::setItem(owner_, names_[i].c_str(), this, nullptr);
       return nullptr;
     });
-    const auto mapGet = each([this](std::size_t i) {
-      SCriticalSection::Lock lock(section_);
-      const auto found = map_.find(owner_.text() + names_[i]);
-      return found == map_.end() ? nullptr : found->second.value;
-    });
-    const auto mapSet = each([this](std::size_t i) {
-      SCriticalSection::Lock lock(section_);
-      map_[owner_.text() + names_[i]] = {this, nullptr};
-      return nullptr;
-    });
-    const auto flatGet = each([this](std::size_t i) {
-      SCriticalSection::Lock lock(section_);
-      const auto found = flat_.find(std::string_view(keys_[i]));
-      return found == flat_.end() ? nullptr : found->second.value;
-    });
-    const auto flatSet = each([this](std::size_t i) {
-      SCriticalSection::Lock lock(section_);
-      flat_.find(std::string_view(keys_[i]))->second = {this, nullptr};
-      return nullptr;
-    });
-    report.compare("get" + entries, "std::unordered_map, key joined", 0.8, get, mapGet);
-    report.compare("get" + entries, "boost::unordered_flat_map, view key", 1.1, get, flatGet);
-    report.compare("set" + entries, "std::unordered_map, key joined", 0.8, set, mapSet);
-    report.compare("set" + entries, "boost::unordered_flat_map, view key", 1.1, set, flatSet);
+    const auto getFrom = [this](auto& map) {
+      return each([this, &map](std::size_t i) {
+        const BareLock lock(section_);
+        const auto found = map.find(KeyView{owner_.words(), names_[i].c_str()});
+        return found == map.end() ? nullptr : found->second.value;
+      });
+    };
+    const auto setIn = [this](auto& map) {
+      return each([this, &map](std::size_t i) {
+        const BareLock lock(section_);
+        map.find(KeyView{owner_.words(), names_[i].c_str()})->second = {this, nullptr};
+        return nullptr;
+      });
+    };
+    report.compare("get" + entries, "std::unordered_map by string_view", 1.0, get, getFrom(map_));
+    report.compare("get" + entries, "boost::unordered_flat_map by string_view", 0, get, getFrom(flat_));
+    report.compare("set" + entries, "std::unordered_map by string_view", 0, set, setIn(map_));
+    report.compare("set" + entries, "boost::unordered_flat_map by string_view", 0, set, setIn(flat_));
   }
 
  private:
@@ -87,12 +115,11 @@ class Measurement {
   }
 
   const stype_info& owner_;
-  SCriticalSection section_;
+  CRITICAL_SECTION section_;
   std::vector<std::string> names_;
-  std::vector<std::string> keys_;
   std::vector<std::size_t> order_;
-  std::unordered_map<std::string, Item> map_;
-  boost::unordered_flat_map<std::string, Item, ViewHash, std::equal_to<>> flat_;
+  std::unordered_map<Key, Item, KeyHash, SameKey> map_;
+  boost::unordered_flat_map<Key, Item, KeyHash, SameKey> flat_;
 };
 
 void measureGlobalData(Report& report) {

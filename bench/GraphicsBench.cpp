@@ -2,7 +2,7 @@
 // kept.
 #include "bench/Bench.h"
 #include "core/baselib/objects/Ref.h"
-#include "graphics/AGDCCreator.h"
+#include "graphics/IAGDCCreator.h"
 #include "shell/Shell.h"
 
 #include <algorithm>

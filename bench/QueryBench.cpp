@@ -63,6 +63,29 @@ class ComObject final : public IComLike {
   }
 };
 
+// As a QueryInterface in life: what it hands out is counted, and whoever asked gives it back.
+class CountedComObject final : public IComLike {
+ public:
+  [[gnu::noinline]] long QueryInterface(const GUID& wanted, void** object) override {
+    const long result = plain_.QueryInterface(wanted, object);
+    if (result == 0) InterlockedIncrement(&references_);
+    return result;
+  }
+  [[gnu::noinline]] void release() { InterlockedDecrement(&references_); }
+
+ private:
+  ComObject plain_;
+  LONG references_ = 1;
+};
+
+// A hierarchy as one would write it without the library: one base each, nothing virtual but functions.
+struct PlainBase {
+  virtual ~PlainBase() = default;
+};
+struct PlainMiddle : PlainBase {};
+struct PlainObject final : PlainMiddle {};
+struct PlainStranger : PlainBase {};
+
 template <class Wanted>
 void queryLoop(IBSmartObject* object, std::uint64_t count) {
   for (std::uint64_t i = 0; i < count; ++i) {
@@ -87,6 +110,15 @@ void comLoop(IComLike* object, const GUID& wanted, std::uint64_t count) {
     void* found = nullptr;
     long result = object->QueryInterface(wanted, &found);
     keep(result);
+    keep(found);
+  }
+}
+
+template <class Wanted>
+void plainCastLoop(PlainBase* object, std::uint64_t count) {
+  for (std::uint64_t i = 0; i < count; ++i) {
+    keep(object);
+    auto* found = dynamic_cast<Wanted*>(object);
     keep(found);
   }
 }
@@ -118,6 +150,24 @@ void measureQuery(Report& report) {
   report.compare(
       "miss", "COM-style QueryInterface", 1.5, [&](auto n) { queryLoop<INobodyHas>(counted, n); },
       [&](auto n) { comLoop(&com, kComNobody, n); });
+
+  PlainObject plainObject;
+  report.compare(
+      "hit, the object's own class", "dynamic_cast, a plain hierarchy", 0,
+      [&](auto n) { queryLoop<Object>(counted, n); }, [&](auto n) { plainCastLoop<PlainObject>(&plainObject, n); });
+  report.compare(
+      "miss", "dynamic_cast, a plain hierarchy", 0, [&](auto n) { queryLoop<INobodyHas>(counted, n); },
+      [&](auto n) { plainCastLoop<PlainStranger>(&plainObject, n); });
+  CountedComObject countedCom;
+  report.compare(
+      "hit, the last class of the walk", "COM QueryInterface, counted", 0,
+      [&](auto n) { queryLoop<ISecond>(counted, n); },
+      [&](auto n) {
+        for (std::uint64_t i = 0; i < n; ++i) {
+          comLoop(&countedCom, kComIds[6], 1);
+          countedCom.release();
+        }
+      });
 }
 
 const Area area{"query", measureQuery};

@@ -1,11 +1,14 @@
 // Temporary storage and the page cache, against bare calls of the system.
 #include "bench/Bench.h"
+#include "core/baselib/streams/BufferedOutputStream.h"
 #include "core/baselib/streams/ChunkInputStream.h"
 #include "core/baselib/streams/MemoryInputStream.h"
 
+#include <cstdio>
 #include <cstring>
 #include <memory>
 #include <random>
+#include <stdexcept>
 
 #include <windows.h>
 
@@ -85,7 +88,7 @@ void measureStreams(Report& report) {
                  readsAt(bare, pages));
 
   storage.seek(0);
-  report.compare("readByte", "ReadFile of one byte", 0.02, bytesOf(storage), [&](std::uint64_t n) {
+  report.compare("readByte", "ReadFile of one byte", 0, bytesOf(storage), [&](std::uint64_t n) {
     bare.seek(0);
     for (std::uint64_t i = 0; i < n; ++i) {
       u8 byte;
@@ -93,6 +96,20 @@ void measureStreams(Report& report) {
       keep(byte);
     }
   });
+  {
+    std::FILE* const file = std::tmpfile();
+    if (!file) throw std::runtime_error("no temporary file");
+    std::fwrite(bytes.data(), 1, bytes.size(), file);
+    std::rewind(file);
+    report.compare("readByte", "getc", 0, bytesOf(storage), [&](std::uint64_t n) {
+      for (std::uint64_t i = 0; i < n; ++i) {
+        int byte = std::getc(file);
+        if (byte < 0) std::rewind(file);
+        keep(byte);
+      }
+    });
+    std::fclose(file);
+  }
   BTempStorage copy(storage);
   report.compare(
       "writeByte, then readByte of a copy", "WriteFile, then ReadFile of one byte", 0,
@@ -116,6 +133,26 @@ void measureStreams(Report& report) {
           keep(byte);
         }
       });
+
+  wchar_t folder[MAX_PATH], path[MAX_PATH];
+  GetTempPathW(MAX_PATH, folder);
+  GetTempFileNameW(folder, L"cvx", 0, path);
+  std::FILE* const peer = _wfopen(path, L"wb");
+  const auto gathered = make<BTempStorage>();
+  gathered->open();
+  BBufferedOutputStream buffered(gathered);
+  report.compare(
+      "writeByte through BBufferedOutputStream", "putc", 0,
+      [&](std::uint64_t n) {
+        buffered.seek(0);
+        for (std::uint64_t i = 0; i < n; ++i) buffered.writeByte(static_cast<u8>(i));
+      },
+      [&](std::uint64_t n) {
+        std::rewind(peer);
+        for (std::uint64_t i = 0; i < n; ++i) putc(static_cast<int>(i & 255), peer);
+      });
+  std::fclose(peer);
+  DeleteFileW(path);
 
   const auto chunkOver = [&] {
     return make<BChunkInputStream>(make<BMemoryInputStream>(bytes.data(), kSize, BMemoryInputStream::Bytes::Borrow));

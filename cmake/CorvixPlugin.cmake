@@ -1,13 +1,25 @@
 # corvix_add_plugin(NAME SOURCE... [DESCRIPTOR plugin.xml])
 #
 # A plug-in module NAME.dll from its sources and its descriptor (by default plugin.xml beside the calling
-# CMakeLists.txt), which is checked, compiled and put into the module. It is built into the folder "plugins"
-# beside the programs unless its LIBRARY_OUTPUT_DIRECTORY says otherwise.
+# CMakeLists.txt), which is checked, compiled and put into the module together with version information from it. Its code
+# includes "descriptor.h", in which xmlbinc says what the descriptor declares. It is
+# built into the folder "plugins" beside the programs unless its LIBRARY_OUTPUT_DIRECTORY says otherwise. Where tests are
+# enabled, the test NAME.check puts it through `corvix check`.
 
-# A library target that brings a descriptor, as the resource PLUGININFO, into what links it.
-# With UNCHECKED the author's mistakes are let through.
+# What turns resources into objects. Names and contents go to it as data: no shell and no preprocessor sees them.
+if(NOT CORVIX_WINDRES)
+    get_filename_component(corvix_compiler_folder "${CMAKE_CXX_COMPILER}" DIRECTORY)
+    find_program(CORVIX_WINDRES NAMES "${CMAKE_RC_COMPILER}" i686-w64-mingw32-windres windres HINTS "${corvix_compiler_folder}"
+        DOC "The resource compiler of MinGW-w64's binutils")
+    if(NOT CORVIX_WINDRES)
+        message(FATAL_ERROR "windres was not found: it comes with MinGW-w64's binutils; set CORVIX_WINDRES to it.")
+    endif()
+endif()
+
+# Gives a target of this folder a descriptor, as its resource PLUGININFO, and version information.
+# With UNCHECKED the author's mistakes are let through, with UNSTAMPED it does not say which SDK it was made with.
 function(corvix_add_descriptor target xml)
-    cmake_parse_arguments(PARSE_ARGV 2 descriptor "UNCHECKED" "" "")
+    cmake_parse_arguments(PARSE_ARGV 2 descriptor "UNCHECKED;UNSTAMPED" "" "")
     set(check --check --warnings-as-errors)
     if(descriptor_UNCHECKED)
         set(check)
@@ -22,14 +34,29 @@ function(corvix_add_descriptor target xml)
         set(compiler Corvix::xmlbinc)
         set(run ${CMAKE_CROSSCOMPILING_EMULATOR} "$<TARGET_FILE:Corvix::xmlbinc>")
     endif()
-    add_custom_command(OUTPUT "${folder}/descriptor.bin"
-        COMMAND ${run} ${check} "${xml}" -o "${folder}/descriptor.bin"
+    # Which contract the module is made for, so that another one's is refused before its code is loaded.
+    math(EXPR bits "8 * ${CMAKE_SIZEOF_VOID_P}")
+    set(stamp --set SdkVersion=${CORVIX_SDK_VERSION} --set SdkCompiler=gnu --set SdkBits=${bits})
+    if(descriptor_UNSTAMPED)
+        set(stamp)
+    endif()
+    add_custom_command(OUTPUT "${folder}/descriptor.o" "${folder}/descriptor.h" BYPRODUCTS "${folder}/descriptor.res"
+        COMMAND ${run} ${check} "${xml}" -o "${folder}/descriptor.res" --header "${folder}/descriptor.h" --resource-for "$<TARGET_FILE_NAME:${target}>" ${stamp}
+        COMMAND "${CORVIX_WINDRES}" -F pe-i386 -J res -O coff -i "${folder}/descriptor.res" -o "${folder}/descriptor.o"
         DEPENDS "${xml}" "$<TARGET_FILE:${compiler}>" COMMENT "Compiling descriptor ${xml}" VERBATIM)
-    file(CONFIGURE OUTPUT "${folder}/descriptor.rc" CONTENT "PLUGININFO PLUGININFO \"descriptor.bin\"\n" @ONLY)
-    set_source_files_properties("${folder}/descriptor.rc" PROPERTIES
-        OBJECT_DEPENDS "${folder}/descriptor.bin" INCLUDE_DIRECTORIES "${folder}")
-    add_library(${target} OBJECT "${folder}/descriptor.rc")
-    set_target_properties(${target} PROPERTIES LINKER_LANGUAGE CXX)
+    set_source_files_properties("${folder}/descriptor.o" PROPERTIES EXTERNAL_OBJECT ON GENERATED ON)
+    target_sources(${target} PRIVATE "${folder}/descriptor.o" "${folder}/descriptor.h")
+    target_include_directories(${target} PRIVATE "${folder}")
+endfunction()
+
+# What every module of ours and of an author has in common.
+function(corvix_set_module_options target)
+    set_target_properties(${target} PROPERTIES PREFIX "")
+    if(MINGW)
+        # A build identifier ties a crash report to the symbols. The run-time is one for all modules, so that an exception
+        # can cross from one into another (clang does so by itself).
+        target_link_options(${target} PRIVATE -Wl,--build-id $<$<CXX_COMPILER_ID:GNU>:-shared-libgcc>)
+    endif()
 endfunction()
 
 function(corvix_add_plugin target)
@@ -37,15 +64,14 @@ function(corvix_add_plugin target)
     if(NOT plugin_DESCRIPTOR)
         set(plugin_DESCRIPTOR plugin.xml)
     endif()
-    corvix_add_descriptor(${target}-descriptor "${plugin_DESCRIPTOR}")
     add_library(${target} MODULE ${plugin_UNPARSED_ARGUMENTS})
-    target_link_libraries(${target} PRIVATE Corvix::corvix ${target}-descriptor)
-    set_target_properties(${target} PROPERTIES PREFIX "")
+    target_link_libraries(${target} PRIVATE Corvix::corvix)
+    corvix_set_module_options(${target})
+    corvix_add_descriptor(${target} "${plugin_DESCRIPTOR}")
     if(CMAKE_RUNTIME_OUTPUT_DIRECTORY)
         set_target_properties(${target} PROPERTIES LIBRARY_OUTPUT_DIRECTORY "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/plugins")
     endif()
-    if(MINGW AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-        # The library's and every plug-in's run-time is one, so that an exception can cross from one into another.
-        target_link_options(${target} PRIVATE -shared-libgcc)
+    if(TARGET Corvix::tool)  # Corvix's own build checks all its plug-ins in one test
+        add_test(NAME ${target}.check COMMAND ${CMAKE_CROSSCOMPILING_EMULATOR} "$<TARGET_FILE:Corvix::tool>" check "$<TARGET_FILE:${target}>")
     endif()
 endfunction()

@@ -38,6 +38,7 @@ struct Matrix {
 
   Point apply(Point p) const noexcept { return {a * p.x + c * p.y + e, b * p.x + d * p.y + f}; }
   double determinant() const noexcept { return a * d - b * c; }
+  bool canTurnBack() const noexcept { return std::isfinite(determinant()) && determinant() != 0; }
   bool isIdentity() const noexcept { return a == 1 && b == 0 && c == 0 && d == 1 && e == 0 && f == 0; }
   bool isFinite() const noexcept {
     return std::isfinite(a) && std::isfinite(b) && std::isfinite(c) && std::isfinite(d) && std::isfinite(e) &&
@@ -50,7 +51,7 @@ struct Matrix {
             next.b * c + next.d * d, next.a * e + next.c * f + next.e, next.b * e + next.d * f + next.f};
   }
 
-  // Only for a determinant other than 0.
+  // Only for one that can be turned back.
   Matrix inverse() const noexcept {
     const double det = determinant();
     return {d / det, -b / det, -c / det, a / det, (c * f - d * e) / det, (b * e - a * f) / det};

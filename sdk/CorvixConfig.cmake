@@ -1,18 +1,35 @@
-# find_package(Corvix) for authors of plug-ins: the library as Corvix::corvix, the descriptor compiler as
-# Corvix::xmlbinc, and corvix_add_plugin(). Lies in sdk/cmake of a Corvix folder.
+# find_package(Corvix): the library as Corvix::corvix, the descriptor compiler as Corvix::xmlbinc, `corvix` as
+# Corvix::tool, corvix_add_plugin() and corvix_add_host(). Lies in sdk/cmake of a Corvix folder; CMAKE_PREFIX_PATH or Corvix_ROOT name that folder.
 get_filename_component(corvix_sdk "${CMAKE_CURRENT_LIST_DIR}/.." ABSOLUTE)
 get_filename_component(corvix_root "${corvix_sdk}/.." ABSOLUTE)
+
+include("${CMAKE_CURRENT_LIST_DIR}/CorvixTarget.cmake")
+corvix_unsupported_target(Corvix_NOT_FOUND_MESSAGE)
+if(NOT Corvix_NOT_FOUND_MESSAGE AND NOT EXISTS "${corvix_root}/corvix.dll")
+    set(Corvix_NOT_FOUND_MESSAGE "corvix.dll is not in ${corvix_root}: unpack the package Runtime into the same folder as the package SDK.")
+endif()
+if(NOT Corvix_NOT_FOUND_MESSAGE AND CMAKE_CROSSCOMPILING AND NOT CMAKE_HOST_WIN32 AND NOT CMAKE_CROSSCOMPILING_EMULATOR)
+    set(Corvix_NOT_FOUND_MESSAGE "Descriptors are compiled by xmlbinc.exe, which this machine cannot run: install Wine with 32-bit programs, or set CMAKE_CROSSCOMPILING_EMULATOR to what runs them.")
+endif()
+if(Corvix_NOT_FOUND_MESSAGE)
+    set(Corvix_FOUND FALSE)
+    return()
+endif()
 
 if(NOT TARGET Corvix::corvix)
     add_library(Corvix::corvix SHARED IMPORTED)
     set_target_properties(Corvix::corvix PROPERTIES
         IMPORTED_LOCATION "${corvix_root}/corvix.dll"
         IMPORTED_IMPLIB "${corvix_sdk}/lib/libcorvix.dll.a"
-        INTERFACE_INCLUDE_DIRECTORIES "${corvix_sdk}/include"
+        INTERFACE_INCLUDE_DIRECTORIES "${corvix_sdk}/include/corvix"
         INTERFACE_COMPILE_FEATURES cxx_std_17)
     add_executable(Corvix::xmlbinc IMPORTED)
     set_target_properties(Corvix::xmlbinc PROPERTIES IMPORTED_LOCATION "${corvix_root}/xmlbinc.exe")
+    add_executable(Corvix::tool IMPORTED)
+    set_target_properties(Corvix::tool PROPERTIES IMPORTED_LOCATION "${corvix_root}/corvix.exe")
 endif()
+set(CORVIX_SDK_VERSION "${Corvix_VERSION}")
+file(GLOB CORVIX_RUNTIME_DLLS "${corvix_root}/lib*.dll")
 
-enable_language(RC)
 include("${CMAKE_CURRENT_LIST_DIR}/CorvixPlugin.cmake")
+include("${CMAKE_CURRENT_LIST_DIR}/CorvixHost.cmake")

@@ -27,6 +27,12 @@ using QueryClassFactory = BClassFactory* (*)();
 
 template <class Class>
 IBSmartObject* create() {
+  static_assert(std::is_base_of_v<IBSmartObject, Class>,
+                "what a module makes is counted: derive the class from corvix::BSmartObject");
+  static_assert(identity::HasIdentity<Class>::value,
+                "the class has no CORVIX_IDENTITY of its own: it would answer to the names of its base");
+  static_assert(!std::is_base_of_v<IBSmartObject, Class> || identity::leadsTo<IBSmartObject, Class>(),
+                "the CORVIX_IDENTITY of the class leaves out the base that makes it a counted object");
   return new Class;
 }
 
@@ -42,14 +48,19 @@ class TableFactory final : public BClassFactory {
   explicit TableFactory(const FactoryRow (&rows)[count]) noexcept : rows_(rows), count_(count) {}
 
   IBSmartObject* createObject(const wchar_t* interfaceName, const stype_info&) override {
-    const std::wstring_view wanted(interfaceName);
-    for (std::size_t i = 0; i < count_; ++i) {
-      if (wanted == rows_[i].interfaceName) return rows_[i].create();
+    for (std::size_t i = 0; interfaceName && i < count_; ++i) {
+      if (isSame(interfaceName, rows_[i].interfaceName)) return rows_[i].create();
     }
     return nullptr;
   }
 
  private:
+  // Most rows differ in one of the first letters.
+  static bool isSame(const wchar_t* a, const wchar_t* b) noexcept {
+    while (*a && *a == *b) ++a, ++b;
+    return *a == *b;
+  }
+
   const FactoryRow* rows_;
   std::size_t count_;
 };

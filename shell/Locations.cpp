@@ -1,7 +1,8 @@
 #include "shell/Locations.h"
 
-#include "core/baselib/system/KernelFile.h"
+#include "core/baselib/system/KernelFile_p.h"
 #include "core/suppliers/FileLocation.h"
+#include "shell/DeclaredObjects_p.h"
 
 namespace corvix {
 
@@ -19,6 +20,7 @@ WideString locationOfAnyPath(const wchar_t* path) {
 
 WideString supplierNameOf(const wchar_t* location) {
   std::wstring name = L"Supplier.";
+  if (!location) return name;
   if (isPath(location)) return name + L"file";
   const UrlRecord url{std::wstring_view(location)};
   for (const wchar_t c : url.part(UrlPart::Scheme)) {
@@ -28,16 +30,15 @@ WideString supplierNameOf(const wchar_t* location) {
 }
 
 IBStream* openLocation(IPluginManager& manager, const wchar_t* location) {
-  const auto entries = Ref<IBCollection>::adopt(manager.findByName(supplierNameOf(location).c_str()));
-  if (!entries) return nullptr;
+  if (!location) return nullptr;
   const WideString absolute = isPath(location) ? locationOfAnyPath(location) : WideString(location);
-  for (i32 i = 0; i < entries->count(); ++i) {
-    const auto supplier =
-        Ref<IBSmartObject>::adopt(query<IPluginInterface>(entries->item(i))->createObject()).as<IBSupplier>();
-    if (!supplier || !supplier->setLocation(absolute.c_str())) continue;
-    if (IBStream* const stream = supplier->open(supply::kRead)) return stream;
-  }
-  return nullptr;
+  IBStream* stream = nullptr;
+  const auto ask = [&](IBSupplier& supplier, IPluginInterface&) {
+    if (supplier.setLocation(absolute.c_str())) stream = supplier.open(supply::kRead);
+    return !stream;
+  };
+  forEachDeclared<IBSupplier>(manager, supplierNameOf(location).c_str(), ask);
+  return stream;
 }
 
 }  // namespace corvix

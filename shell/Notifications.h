@@ -1,6 +1,6 @@
 // The shell's notifications: each has a list of the shell's own and a process-wide one that every module
-// finds. The own list is told first. A handler's notify::kStop ends the delivery on both; the operation of
-// IShell that raises a notification returns what came of it.
+// finds. The own list is told first, then the other. A handler's notify::kStop ends the delivery on its own list; the
+// operation of IShell that raises a notification returns kStop when a handler of either did, else kTaken when one did.
 //
 //   IShell::getInstance()->sender(ShellNotification::Initialize).addListener(listener);
 //   shellNotifications(ShellNotification::Initialize).addListener(listener);
@@ -14,30 +14,40 @@ namespace corvix {
 class IDocument;
 class IShell;
 
-// With the name of the process-wide list and the interface of its listeners.
-enum class ShellNotification : u32 {
-  Initialize,          // "OnInitialize": IShellListener
-  UnInitialize,        // "OnUnInitialize": IShellListener
-  SysMsgBox,           // "OnSysMsgBox": IDialogListener
-  ShowCustomDialog,    // "OnShowCustomDialog": IDialogListener
-  ShowConfirmation,    // "OnShowConfirmation": IDialogListener
-  ChangeStatusText,    // "OnChangeStatusText": IStatusListener
-  ValidateAction,      // "OnValidateAction": IActionTarget
-  ProcessAction,       // "OnProcessAction": IActionTarget
-  StartProgress,       // "onStartProgress": IProgressCallback
-  ChangeProgress,      // "onChangeProgress": IProgressCallback
-  UpdateProgress,      // "onUpdateProgress": IProgressCallback
-  StopProgress,        // "onStopProgress": IProgressCallback
-  PreValidateAction,   // "preValidateAction": IActionListener
-  PostValidateAction,  // "postValidateAction": IActionListener
-  PreProcessAction,    // "preProcessAction": IActionListener
-  PostProcessAction,   // "postProcessAction": IActionListener
-  OpenDocument,        // "OnOpenDocument": IDocumentListener
-};
-constexpr u32 kShellNotifications = 17;
+// The table of them: the notification, the name of its process-wide list, the class under which the global data keeps
+// that, the interface of its listeners. A new one is a row at the end.
+#define CORVIX_SHELL_NOTIFICATIONS(ROW)                                         \
+  ROW(Initialize, "OnInitialize", IShell, IShellListener)                       \
+  ROW(UnInitialize, "OnUnInitialize", IShell, IShellListener)                   \
+  ROW(SysMsgBox, "OnSysMsgBox", IShell, IDialogListener)                        \
+  ROW(ShowCustomDialog, "OnShowCustomDialog", IShell, IDialogListener)          \
+  ROW(ShowConfirmation, "OnShowConfirmation", IShell, IDialogListener)          \
+  ROW(ChangeStatusText, "OnChangeStatusText", IShell, IStatusListener)          \
+  ROW(ValidateAction, "OnValidateAction", IShell, IActionTarget)                \
+  ROW(ProcessAction, "OnProcessAction", IShell, IActionTarget)                  \
+  ROW(StartProgress, "onStartProgress", IShell, IProgressCallback)              \
+  ROW(ChangeProgress, "onChangeProgress", IShell, IProgressCallback)            \
+  ROW(UpdateProgress, "onUpdateProgress", IShell, IProgressCallback)            \
+  ROW(StopProgress, "onStopProgress", IShell, IProgressCallback)                \
+  ROW(PreValidateAction, "preValidateAction", IActionTarget, IActionListener)   \
+  ROW(PostValidateAction, "postValidateAction", IActionTarget, IActionListener) \
+  ROW(PreProcessAction, "preProcessAction", IActionTarget, IActionListener)     \
+  ROW(PostProcessAction, "postProcessAction", IActionTarget, IActionListener)   \
+  ROW(OpenDocument, "OnOpenDocument", IShell, IDocumentListener)
 
-// The process-wide list of a notification. Kept in the global data under IShell, the four around actions under
-// IActionTarget, and the name above. [any thread]
+#define CORVIX_NOTIFICATION(notification, name, Owner, Listener) notification,
+enum class ShellNotification : u32 { CORVIX_SHELL_NOTIFICATIONS(CORVIX_NOTIFICATION) };
+#undef CORVIX_NOTIFICATION
+
+#define CORVIX_NOTIFICATION(notification, name, Owner, Listener) +1
+constexpr u32 kShellNotifications = 0 CORVIX_SHELL_NOTIFICATIONS(CORVIX_NOTIFICATION);
+#undef CORVIX_NOTIFICATION
+
+// The interface of a notification's listeners: ListenerOf<ShellNotification::Initialize>::Type.
+template <ShellNotification notification>
+struct ListenerOf;
+
+// The process-wide list of a notification. [any thread]
 CORVIX_API BNotifySender& shellNotifications(ShellNotification notification);
 
 class IShellListener : public IBTransportable {
@@ -63,8 +73,9 @@ struct ConfirmationRequest {
   bool isConfirmed;
 };
 
+// When no listener answers, the objects declared under the name are asked: see shell/gui/Dialog.h.
 struct CustomDialogRequest {
-  const wchar_t* interfaceName;  // of the dialog: "Dialog.OpenSave"
+  const wchar_t* interfaceName;  // of the dialog: "Dialog.OpenSave", or "OpenSave" alone
   IBTransportable* argument;     // what the dialog is about; may be null
   i32 answer;
 };
@@ -93,5 +104,13 @@ class IDocumentListener : public IBTransportable {
   // `document` may be null when a program opens documents of its own kind.
   virtual int onOpenDocument(IDocument* document, const wchar_t* location) = 0;
 };
+
+#define CORVIX_NOTIFICATION(notification, name, Owner, Listener) \
+  template <>                                                    \
+  struct ListenerOf<ShellNotification::notification> {           \
+    using Type = Listener;                                       \
+  };
+CORVIX_SHELL_NOTIFICATIONS(CORVIX_NOTIFICATION)
+#undef CORVIX_NOTIFICATION
 
 }  // namespace corvix

@@ -15,6 +15,7 @@ enum class ModuleState {
   Described,  // the descriptor is read, the module's code is not loaded yet
   Loaded,     // the code is loaded and its class factory is known
   Failed,     // nothing more can be created from it; `reason` says why
+  NoPlugin,   // a library without a descriptor, as plug-ins have beside them; it is never loaded from here
 };
 
 // One module and what its descriptor says of it.
@@ -41,7 +42,7 @@ class IPluginModule : public BSmartObject {
 
   virtual i32 settingCount() const noexcept = 0;
 
-  // Likewise of one of its Setting elements; `index` is from 0 to the count and is not checked.
+  // Likewise of one of its Setting elements; `index` is from 0, null outside the list.
   virtual const wchar_t* settingAttribute(i32 index, const wchar_t* attributeName) const noexcept = 0;
 };
 
@@ -60,6 +61,19 @@ class IPluginInterface : public BSmartObject {
   // A new object, owned by the caller. Loads the module's code if this is the first object of it. Null when
   // that fails; `module()->reason()` then says why.
   virtual IBSmartObject* createObject() = 0;
+};
+
+// How it goes with the objects of one interface; every IPluginInterface answers to it.
+class ICreationReport : public IBTransportable {
+  CORVIX_IDENTITY(ICreationReport, 0x68DDEDDD, 0x7C2B721F, 0x26FA9BDF, 0x8D7DEF7D, IBTransportable)
+
+ public:
+  // Why the object asked for last could not be made or was of no use; empty when it was fine, or none was asked for.
+  // `IPluginModule::reason` tells of the module's last object, whichever it was.
+  virtual const wchar_t* reason() const noexcept = 0;
+
+  // Who got an object that is of no use to them says why: that is the reason then, and stands in the log.
+  virtual void reject(const wchar_t* why) = 0;
 };
 
 // An interface under the name "IPluginManagerAfterInit" is created and told once when every module of the start

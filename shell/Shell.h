@@ -19,11 +19,15 @@ class CORVIX_API IShell : public BSmartObject {
   // the folder "plugins" beside the executable are read, settings are bound to the registry, who declares
   // "IPluginManagerAfterInit" is told, "OnInitialize" is raised. That call must come from the main thread,
   // which is the shell's thread from then on, before any other uses the shell. The shell goes when the process
-  // ends: it is not released.
+  // ends: it is not released. Null once it is gone, and when the process ends without one.
   static IShell* getInstance();
 
   // Before the first `getInstance`: nobody is there to answer message boxes while the shell starts either.
   static void startUnattended() noexcept;
+
+  // Before the first `getInstance`: plug-ins are found and described, but none of their code ever runs. Nobody is told
+  // of the start or the end, and making an object of a plug-in answers null.
+  static void startDescribing() noexcept;
 
   // Adds no reference.
   virtual IPluginManager* pluginManager() const noexcept = 0;
@@ -33,8 +37,11 @@ class CORVIX_API IShell : public BSmartObject {
   virtual bool isUnattended() const noexcept = 0;
   virtual void setUnattended(bool unattended) noexcept = 0;
 
-  // None of these adds a reference. The last three come from plug-ins ("IGUIManager.Instance",
-  // "IDocManager.Instance", "IStateHistory.GetInstance"); null when none declares them.
+  // None of these adds a reference. The managers are made when they are asked for first, from the first module that
+  // declares an object of theirs, and stand until the shell is gone. The last three come from plug-ins
+  // ("IGUIManager.Instance", "IDocManager.Instance", "IStateHistory.GetInstance"): null when none declares them, while
+  // one is being made, and when the process ends before they were asked for. The library has an action manager of its
+  // own for all these cases.
   virtual IBSettings* settings() const noexcept = 0;
   virtual IActionManager* actionManager() = 0;
   virtual IGUIManager* guiManager() = 0;
@@ -47,8 +54,8 @@ class CORVIX_API IShell : public BSmartObject {
   virtual void shutDown() = 0;
 
   // Has the shell's message loop call `function` on the shell's thread, in the order of the calls, also when
-  // this is that thread. An exception that leaves the function is dropped. False when the shell is shut down
-  // or memory is short; the function is then not called. [any thread]
+  // this is that thread. An exception that leaves the function is named in the log. False when the shell is shut
+  // down or memory is short; the function is then not called. Nor is it when the process ends before. [any thread]
   virtual bool runOnShellThread(void (*function)(void* argument), void* argument) = 0;
 
   // For programs without a message loop: does what waits now. [shell thread]
@@ -65,6 +72,9 @@ class CORVIX_API IShell : public BSmartObject {
   virtual int initialize() = 0;
   virtual int unInitialize() = 0;
   virtual int sysMsgBox(MessageBoxRequest& request) = 0;
+
+  // When no listener answers, the objects declared under the dialog's name are asked, in their order, until one does;
+  // not in a program without a user.
   virtual int showCustomDialog(CustomDialogRequest& request) = 0;
   virtual int showConfirmation(ConfirmationRequest& request) = 0;
   virtual int changeStatusText(i32 pane, const wchar_t* text) = 0;

@@ -1,8 +1,9 @@
-#include "core/settings/BSettings.h"
+#include "core/settings/BSettings_p.h"
 
 #include "core/baselib/objects/GlobalSender.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace corvix {
 
@@ -11,6 +12,12 @@ namespace {
 using Lock = SCriticalSection::Lock;
 
 std::wstring_view viewOf(const wchar_t* name) noexcept { return name ? name : L""; }
+
+// For one more, so that adding it cannot fail.
+template <class Owner>
+void makeRoom(std::vector<Owner*>& owners) {
+  if (owners.size() == owners.capacity()) owners.reserve(owners.size() * 2 + 4);
+}
 
 template <class Owner>
 const wchar_t* nameAt(const std::vector<Owner*>& owners, i32 index) noexcept {
@@ -39,8 +46,15 @@ BNotifySender& settingsFinishChanges() {
 BSettings::Group* BSettings::findGroup(const wchar_t* group) const noexcept { return findIn(groups_, group); }
 
 BSettings::Item* BSettings::findItem(const wchar_t* group, const wchar_t* item) const noexcept {
+  Known& known = known_.at(group, item);
+  const auto isIt = [&] {
+    return text::saysSame(known.group->name.c_str(), group) && text::saysSame(known.item->name.c_str(), item);
+  };
+  if (known.item && isIt()) return known.item;
   const Group* const found = findGroup(group);
-  return found ? findIn(found->items, item) : nullptr;
+  Item* const inGroup = found ? findIn(found->items, item) : nullptr;
+  if (inGroup) known = {found, inGroup};
+  return inGroup;
 }
 
 BSettings::Group& BSettings::makeGroup(const wchar_t* group) {
@@ -57,12 +71,17 @@ BSettings::Item& BSettings::makeItem(Group& group, const wchar_t* item) {
   return *group.items.add(viewOf(item), std::move(made));
 }
 
-// An item that is only watched is not listed, nor is a group of such items.
+// Lists the item unless it is listed already; whoever calls gives it a value without failing. An item that is only
+// watched is not listed, nor is a group of such items.
 BSettings::Item& BSettings::listItem(const wchar_t* group, const wchar_t* item) {
+  Item* const known = findItem(group, item);
+  if (known && (known->current.isSet || known->standard.isSet)) return *known;
   Group& itsGroup = makeGroup(group);
   Item& made = makeItem(itsGroup, item);
-  if (made.current.isSet || made.standard.isSet) return made;
-  if (itsGroup.listed.empty()) listed_.push_back(&itsGroup);
+  const bool isFirst = itsGroup.listed.empty();
+  if (isFirst) makeRoom(listed_);
+  makeRoom(itsGroup.listed);
+  if (isFirst) listed_.push_back(&itsGroup);
   itsGroup.listed.push_back(&made);
   return made;
 }
@@ -85,11 +104,13 @@ bool BSettings::getDefault(const wchar_t* group, const wchar_t* item, Variant& v
 
 void BSettings::setValue(const wchar_t* group, const wchar_t* item, const Variant& value) {
   Lock lock(section_);
+  const Item* const known = findItem(group, item);
+  if (known && known->current.isSet && known->current.value == value) return;
+  Slot fresh{value, true};
   Item& changed = listItem(group, item);
-  if (changed.current.isSet && changed.current.value == value) return;
-  changed.current = {value, true};
+  changed.current = std::move(fresh);
   BNotifySender* const watchers = changed.watchers.get();
-  const wchar_t* const groupName = findGroup(group)->name.c_str();
+  const wchar_t* const groupName = watchers ? findGroup(group)->name.c_str() : nullptr;
   lock.release();
   if (!watchers) return;
   broadcastTo<ISettingListener>(*watchers, [&](ISettingListener& listener) {
@@ -98,8 +119,9 @@ void BSettings::setValue(const wchar_t* group, const wchar_t* item, const Varian
 }
 
 void BSettings::setDefault(const wchar_t* group, const wchar_t* item, const Variant& value) {
+  Slot fresh{value, true};
   Lock lock(section_);
-  listItem(group, item).standard = {value, true};
+  listItem(group, item).standard = std::move(fresh);
 }
 
 void BSettings::onStartChanges() {
@@ -149,23 +171,15 @@ bool BSettings::getAttribute(const wchar_t* group, const wchar_t* item, const wc
   Lock lock(section_);
   const Item* const found = findItem(group, item);
   if (!found) return false;
-  const auto named = std::find_if(found->attributes.begin(), found->attributes.end(),
-                                  [&](const Attribute& one) { return one.name.view() == viewOf(attribute); });
+  const auto named = found->attributes.find(viewOf(attribute));
   if (named == found->attributes.end()) return false;
-  text = named->text;
+  text = named->second;
   return true;
 }
 
 void BSettings::setAttribute(const wchar_t* group, const wchar_t* item, const wchar_t* attribute, const wchar_t* text) {
   Lock lock(section_);
-  std::vector<Attribute>& all = makeItem(makeGroup(group), item).attributes;
-  const auto named =
-      std::find_if(all.begin(), all.end(), [&](const Attribute& one) { return one.name.view() == viewOf(attribute); });
-  if (named == all.end()) {
-    all.push_back({viewOf(attribute), text});
-  } else {
-    named->text = text;
-  }
+  makeItem(makeGroup(group), item).attributes.insert_or_assign(viewOf(attribute), text);
 }
 
 // The watchers of an item stay once there are any: a delivery may be under way.

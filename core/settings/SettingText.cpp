@@ -2,6 +2,8 @@
 
 #include "core/baselib/text/NumberText.h"
 
+#include <cmath>
+
 namespace corvix {
 
 namespace {
@@ -80,6 +82,7 @@ SettingValues readSetting(const SettingTexts& texts) {
 std::optional<WideString> writeSetting(const Variant& value, std::wstring_view type, std::wstring_view values) {
   if (type == L"bool") return WideString(isTrue(value) ? L"true" : L"false");
   if (type == L"enum") return writeEnum(value, values);
+  if (value.tag() == Variant::Tag::Float && std::isnan(value.number())) return std::nullopt;
   return value.toText();
 }
 

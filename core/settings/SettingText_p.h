@@ -23,7 +23,8 @@ struct SettingValues {
 
 SettingValues readSetting(const SettingTexts& texts);
 
-// Nothing for a value that an enumeration has no item for: what is stored then stays.
+// Nothing for a value that no text stands for, a number that an enumeration has no item for or that is none: what is
+// stored then stays.
 std::optional<WideString> writeSetting(const Variant& value, std::wstring_view type, std::wstring_view values);
 
 }  // namespace corvix

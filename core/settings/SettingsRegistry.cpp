@@ -1,8 +1,7 @@
-#include "core/settings/SettingsRegistry.h"
+#include "core/settings/SettingsRegistry_p.h"
 
-#include "core/baselib/system/ApplicationKey.h"
-#include "core/baselib/system/RegistryKey.h"
-#include "core/settings/SettingText_p.h"
+#include "core/baselib/system/ApplicationKey_p.h"
+#include "core/baselib/system/RegistryKey_p.h"
 
 namespace corvix {
 
@@ -18,33 +17,45 @@ std::wstring keyPathOf(const WideString& group, const WideString& item) {
   return path.append(L"\\").append(item.view());
 }
 
-void createSetting(const std::wstring& keyPath, const Attributes& declared, const WideString& standard) {
-  const RegistryKey key = RegistryKey::create(HKEY_CURRENT_USER, keyPath, KEY_WRITE);
-  if (!key) return;
-  key.setText(L"DefaultValue", standard);
-  for (const Attributes::Attribute& attribute : declared.all()) key.setText(attribute.name.c_str(), attribute.value);
+// False if there was such a key already.
+bool createSetting(const std::wstring& keyPath, const Attributes& declared, const WideString& standard) {
+  bool isNew = true;
+  const RegistryKey key = RegistryKey::create(HKEY_CURRENT_USER, keyPath, KEY_WRITE, &isNew);
+  if (!key || !isNew) return isNew;
+  key.setNewText(L"DefaultValue", standard);
+  for (u32 i = 0; i < declared.count(); ++i) key.setNewText(declared.name(i), declared.value(i));
+  return true;
 }
 
-SettingTexts readOrCreate(const std::wstring& keyPath, const Attributes& declared) {
-  if (const RegistryKey key = RegistryKey::open(HKEY_CURRENT_USER, keyPath, KEY_READ)) {
-    return {key.text(L"Data"), key.text(L"DefaultValue"), key.text(L"Type"), key.text(L"Values")};
-  }
-  const WideString data = declared.find(L"Data");
-  createSetting(keyPath, declared, data);
-  return {data, data, declared.find(L"Type"), declared.find(L"Values")};
+bool canRead(const RegistryKey& key, const wchar_t* name, WideString& text) {
+  return key.readText(name, text) != RegistryKey::Reading::Unreadable;
 }
 
 }  // namespace
 
+// A key that is there and cannot be read is left alone, and so is each value of it.
+SettingTexts SettingsRegistry::readOrCreate(Record& record, const Attributes& declared) {
+  if (const RegistryKey key = RegistryKey::open(HKEY_CURRENT_USER, record.keyPath, KEY_READ)) {
+    SettingTexts texts;
+    const bool knowsType = canRead(key, L"Type", texts.type) && canRead(key, L"Values", texts.values);
+    record.savesData = canRead(key, L"Data", texts.current) && knowsType;
+    record.savesDefault = canRead(key, L"DefaultValue", texts.standard) && knowsType;
+    return texts;
+  }
+  const WideString data = declared.find(L"Data");
+  record.savesData = record.savesDefault = createSetting(record.keyPath, declared, data);
+  return {data, data, declared.find(L"Type"), declared.find(L"Values")};
+}
+
 void SettingsRegistry::registerSetting(const Attributes& declared, IBSettings& settings) {
   const WideString group = declared.find(L"Group");
   const WideString item = declared.find(L"Item");
-  std::wstring keyPath = keyPathOf(group, item);
-  const SettingTexts texts = readOrCreate(keyPath, declared);
-  records_.push_back({std::move(keyPath), group, item});
+  Record record{keyPathOf(group, item), group, item};
+  const SettingTexts texts = readOrCreate(record, declared);
+  records_.push_back(std::move(record));
 
-  for (const Attributes::Attribute& attribute : declared.all())
-    settings.setAttribute(group.c_str(), item.c_str(), attribute.name.c_str(), attribute.value.c_str());
+  for (u32 i = 0; i < declared.count(); ++i)
+    settings.setAttribute(group.c_str(), item.c_str(), declared.name(i), declared.value(i));
   settings.setAttribute(group.c_str(), item.c_str(), L"Type", texts.type.c_str());
   settings.setAttribute(group.c_str(), item.c_str(), L"Values", texts.values.c_str());
   const SettingValues values = readSetting(texts);
@@ -57,18 +68,25 @@ i32 SettingsRegistry::saveAll(const IBSettings& settings) const {
   for (const Record& record : records_) {
     const RegistryKey key = RegistryKey::open(HKEY_CURRENT_USER, record.keyPath, kSaveAccess);
     if (!key) continue;
-    const WideString type = key.text(L"Type");
-    const WideString values = key.text(L"Values");
-    const auto write = [&](bool isThere, const Variant& value, const wchar_t* name) {
-      const std::optional<WideString> text = isThere ? writeSetting(value, type, values) : std::nullopt;
-      return !text || key.setText(name, *text);
+    WideString type;
+    WideString values;
+    if (!canRead(key, L"Type", type) || (type.view() == L"enum" && !canRead(key, L"Values", values))) continue;
+    // True if what is stored afterwards is the value.
+    const auto write = [&](bool isThere, const Variant& value, bool isAllowed, const wchar_t* name) {
+      if (!isThere) return true;
+      const std::optional<WideString> text = writeSetting(value, type, values);
+      if (!text) return value.isEmpty();
+      WideString stored;
+      const RegistryKey::Reading reading = key.readText(name, stored);
+      if (!isAllowed || reading == RegistryKey::Reading::Unreadable) return false;
+      return (reading == RegistryKey::Reading::Text && stored == *text) || key.setText(name, *text);
     };
     Variant current;
     Variant standard;
     const bool hasCurrent = settings.getValue(record.group.c_str(), record.item.c_str(), current);
     const bool hasStandard = settings.getDefault(record.group.c_str(), record.item.c_str(), standard);
-    const bool wroteCurrent = write(hasCurrent, current, L"Data");
-    written += write(hasStandard, standard, L"DefaultValue") && wroteCurrent;
+    const bool wroteCurrent = write(hasCurrent, current, record.savesData, L"Data");
+    written += write(hasStandard, standard, record.savesDefault, L"DefaultValue") && wroteCurrent;
   }
   return written;
 }

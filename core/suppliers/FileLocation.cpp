@@ -52,12 +52,42 @@ bool appendNames(std::wstring& path, std::wstring_view escaped) {
   return path.size() <= kLongestPath;
 }
 
+// The server's name at the start of a path in the spellings "file:////server" and "file://///server"; taken off the
+// path then. Empty for any other.
+WideString takeServer(std::wstring_view& path) {
+  const std::size_t slashes = std::min(path.find_first_not_of(L'/'), path.size());
+  if (slashes != 2 && slashes != 3) return {};
+  const std::size_t end = std::min(path.find(L'/', slashes), path.size());
+  WideString server = UrlRecord::unescape(path.substr(slashes, end - slashes));
+  path.remove_prefix(end);
+  return server;
+}
+
+constexpr std::wstring_view kMark = L"//?/";  // of paths that the system takes as they stand; slashes are turned
+
+// The plain spelling of a path with the mark; empty if there is none.
+std::wstring withoutMark(std::wstring_view text) {
+  if (url::equalsAnyCase(text.substr(0, 8), L"//?/unc/")) return L"//" + std::wstring(text.substr(8));
+  text.remove_prefix(kMark.size());
+  return url::driveLength(text) == 2 ? std::wstring(text) : std::wstring();
+}
+
+// Behind the two slashes of a share's path: a server and a share, but no device.
+bool isShare(std::wstring_view names) noexcept {
+  const std::size_t slash = names.find(L'/');
+  if (slash == 0 || slash == std::wstring_view::npos || slash + 1 == names.size()) return false;
+  if (names[slash + 1] == L'/' || names[0] == L'.' || names[0] == L'?') return false;
+  // The rest would be read as a user or a port.
+  return names.substr(0, slash).find_first_of(L"@:") == std::wstring_view::npos;
+}
+
 }  // namespace
 
 WideString pathOfLocation(const UrlRecord& location) {
   if (!location.isScheme(L"file") || location.has(UrlPart::UserInfo) || location.has(UrlPart::Port)) return {};
   std::wstring_view rest = location.part(UrlPart::Path);
-  const WideString server = location.value(UrlPart::Host);
+  WideString server = location.value(UrlPart::Host);
+  if (server.empty() && location.has(UrlPart::Authority)) server = takeServer(rest);
   const bool isHere = server.empty() || url::equalsAnyCase(server, L"localhost");
   std::wstring path;
   const wchar_t* longMark = L"\\\\?\\";
@@ -88,14 +118,20 @@ WideString pathOfLocation(const UrlRecord& location) {
 WideString locationOfPath(std::wstring_view path) {
   std::wstring text(path);
   std::replace(text.begin(), text.end(), L'\\', L'/');
+  const bool isMarked = text.compare(0, kMark.size(), kMark) == 0;
+  // Behind the mark a slash is no separator.
+  if (isMarked && path.find(L'/') != std::wstring_view::npos) return {};
+  if (isMarked) text = withoutMark(text);
   std::wstring location = L"file:";
   if (url::driveLength(text) == 2 && text.size() > 2) {
     location.append(L"///").append(text, 0, 2);
     text.erase(0, 2);
-  } else if (text.size() < 3 || text.compare(0, 2, L"//") != 0 || text[2] == L'/') {
+  } else if (text.compare(0, 2, L"//") != 0 || !isShare(std::wstring_view(text).substr(2))) {
     return {};
   }
   url::appendEscaped(location, text, UrlPart::Directory, url::Escapes::Escape);
+  // Behind the mark are names that have no location: the system would take them for others without it.
+  if (isMarked && pathOfLocation(UrlRecord(location)).empty()) return {};
   return location;
 }
 

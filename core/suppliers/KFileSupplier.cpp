@@ -1,4 +1,4 @@
-#include "core/suppliers/KFileSupplier.h"
+#include "core/suppliers/KFileSupplier_p.h"
 
 #include "core/baselib/objects/Ref.h"
 #include "core/baselib/streams/FileInputStream.h"

@@ -1,4 +1,4 @@
-#include "core/suppliers/KHTTPSupplier.h"
+#include "core/suppliers/KHTTPSupplier_p.h"
 
 #include "core/suppliers/InternetInputStream_p.h"
 

@@ -1,8 +1,9 @@
-#include "core/suppliers/KIStreamSupplier.h"
+#include "core/suppliers/KIStreamSupplier_p.h"
 
 #include "core/baselib/objects/Ref.h"
 #include "core/baselib/streams/RandomAccessInputStream.h"
 #include "core/baselib/system/CriticalSection.h"
+#include "core/suppliers/RegisteredStreams.h"
 
 #include <map>
 #include <string>

@@ -107,13 +107,19 @@ WideString UrlRecord::unescape(std::wstring_view escaped) {
 WideString UrlRecord::escapedText() const {
   std::wstring escaped;
   escaped.reserve(text_.length());
-  const auto append = [&](UrlPart wanted) { url::appendEscaped(escaped, part(wanted), wanted, url::Escapes::Keep); };
+  const auto appendAs = [&](UrlPart wanted, std::wstring_view text) {
+    url::appendEscaped(escaped, text, wanted, url::Escapes::Keep);
+  };
+  const auto append = [&](UrlPart wanted) { appendAs(wanted, part(wanted)); };
   if (has(UrlPart::Scheme)) (escaped += part(UrlPart::Scheme)) += L':';
   if (has(UrlPart::Authority)) {
     escaped += L"//";
     append(UrlPart::Authority);
   }
-  append(UrlPart::Path);
+  // The bar of a drive may stand there alone.
+  const u32 drive = has(UrlPart::Drive) ? url::driveLength(part(UrlPart::Path)) : 0;
+  escaped += part(UrlPart::Path).substr(0, drive);
+  appendAs(UrlPart::Path, part(UrlPart::Path).substr(drive));
   if (has(UrlPart::Query)) {
     escaped += L'?';
     append(UrlPart::Query);

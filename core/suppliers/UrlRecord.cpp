@@ -32,6 +32,34 @@ const Place* placeOf(UrlPart part) noexcept {
   return nullptr;
 }
 
+// What a component is a part of; itself where it is a part of the location.
+constexpr UrlPart wholeOf(UrlPart part) noexcept {
+  switch (part) {
+    case UrlPart::UserInfo:
+    case UrlPart::Host:
+    case UrlPart::Port:
+      return UrlPart::Authority;
+    case UrlPart::User:
+    case UrlPart::Password:
+      return UrlPart::UserInfo;
+    case UrlPart::Drive:
+    case UrlPart::Directory:
+    case UrlPart::FileName:
+    case UrlPart::Parameters:
+      return UrlPart::Path;
+    case UrlPart::BaseName:
+    case UrlPart::Extension:
+      return UrlPart::FileName;
+    default:
+      return part;
+  }
+}
+
+constexpr bool isWithin(UrlPart part, UrlPart whole) noexcept {
+  while (part != whole && wholeOf(part) != part) part = wholeOf(part);
+  return part == whole;
+}
+
 }  // namespace
 
 void UrlRecord::parse(std::wstring_view text) {
@@ -62,31 +90,25 @@ void UrlRecord::parse(std::wstring_view text) {
   if (at < length) place(UrlPart::Fragment, at + 1, length);
 }
 
+// The last "@" ends the user's part, whose first ":" begins the password; the last ":" behind an address's "]" begins
+// the port.
 void UrlRecord::splitAuthority(u32 start, u32 end) noexcept {
-  const wchar_t* const units = text_.c_str();
   place(UrlPart::Authority, start, end);
+  const std::wstring_view authority = text_.view().substr(start, end - start);
   u32 host = start;
-  u32 colon = kAbsent;  // before the port
-  u32 passwordColon = kAbsent;
-  for (u32 i = start; i < end; ++i) {
-    if (units[i] == L':') {
-      colon = i;
-      if (host == start && passwordColon == kAbsent) passwordColon = i;
-    } else if (units[i] == L']') {
-      colon = kAbsent;  // those before it are an address's
-    } else if (units[i] == L'@') {
-      host = i + 1;
-      colon = kAbsent;
-    }
-  }
-  if (host > start) {
-    const u32 userEnd = passwordColon < host ? passwordColon : host - 1;
+  if (const std::size_t at = authority.rfind(L'@'); at != std::wstring_view::npos) {
+    host = start + static_cast<u32>(at) + 1;
+    const std::size_t colon = authority.substr(0, at).find(L':');
+    const u32 userEnd = colon == std::wstring_view::npos ? host - 1 : start + static_cast<u32>(colon);
     place(UrlPart::UserInfo, start, host - 1);
     place(UrlPart::User, start, userEnd);
     if (userEnd < host - 1) place(UrlPart::Password, userEnd + 1, host - 1);
   }
-  place(UrlPart::Host, host, colon == kAbsent ? end : colon);
-  if (colon != kAbsent) place(UrlPart::Port, colon + 1, end);
+  const std::size_t last = text_.view().substr(host, end - host).find_last_of(L":]");
+  const u32 hostEnd = last == std::wstring_view::npos ? end : host + static_cast<u32>(last);
+  const bool hasPort = hostEnd < end && text_.c_str()[hostEnd] == L':';
+  place(UrlPart::Host, host, hasPort ? hostEnd : end);
+  if (hasPort) place(UrlPart::Port, hostEnd + 1, end);
 }
 
 // Returns where the path ends.
@@ -149,8 +171,18 @@ bool UrlRecord::set(UrlPart wanted, std::wstring_view plain) {
                    place->before + std::wstring(value.view()) + place->after);
   }
   UrlRecord record{std::wstring_view(changed)};
-  if (!record.has(wanted) || record.part(wanted) != value.view()) return false;
+  if (!record.has(wanted) || record.part(wanted) != value.view() || !record.keepsOthers(*this, wanted)) return false;
   *this = std::move(record);
+  return true;
+}
+
+// Whether all but one component, with those that it lies in and those that lie in it, are what they were.
+bool UrlRecord::keepsOthers(const UrlRecord& before, UrlPart changed) const noexcept {
+  for (u32 i = 0; i < kParts; ++i) {
+    const auto each = static_cast<UrlPart>(i);
+    if (isWithin(each, changed) || isWithin(changed, each)) continue;
+    if (has(each) != before.has(each) || part(each) != before.part(each)) return false;
+  }
   return true;
 }
 
@@ -168,7 +200,7 @@ bool UrlRecord::remove(UrlPart wanted) {
   const auto after = static_cast<u32>(std::wstring_view(place->after).size());
   changed.erase(span(wanted).start - before, before + span(wanted).length + after);
   UrlRecord record{std::wstring_view(changed)};
-  if (record.has(wanted)) return false;
+  if (record.has(wanted) || !record.keepsOthers(*this, wanted)) return false;
   *this = std::move(record);
   return true;
 }

@@ -68,11 +68,20 @@ class CORVIX_API UrlRecord {
   // Unescaped.
   WideString value(UrlPart wanted) const { return unescape(part(wanted)); }
 
-  // Gives a component another value, which is plain and is escaped here. False, and nothing changes, if the
-  // component cannot have it or cannot stand in this location (a password without a user).
+  // Gives a component another value, which is plain and is escaped here. Afterwards the text means just that: taken
+  // apart again, the component is the value, those that it lies in or that lie in it go with it, and every other is
+  // what it was. False, and nothing changes, where no text does so. Refused are, among others:
+  //
+  //   a password without a user, an extension without a file name, a drive where there is none
+  //   a host before a path without a slash; a host with a bare colon, unless a port follows it
+  //   a path or a directory that would run into a host or a drive, or be read as an authority or a scheme
+  //   a base name with a dot that has no extension behind it
+  //   "file", or any other scheme in its place, where a drive or a ";" would be read anew
   bool set(UrlPart part, std::wstring_view plain);
 
-  // Takes a component out, with what it consists of. False if it is not there or is always there.
+  // Takes a component out, with what it consists of; User takes the password along, Host the whole authority. False,
+  // and nothing changes, if it is not there or is always there, or if another would become a different one ("tar.gz":
+  // what is left would have an extension again).
   bool remove(UrlPart part);
 
   // The location that a reference, found in this one, means: by RFC 3986, section 5.2, strictly. In "file"
@@ -99,6 +108,7 @@ class CORVIX_API UrlRecord {
 
   const Span& span(UrlPart part) const noexcept { return spans_[static_cast<u32>(part)]; }
   void place(UrlPart part, u32 start, u32 end) noexcept { spans_[static_cast<u32>(part)] = {start, end - start}; }
+  bool keepsOthers(const UrlRecord& before, UrlPart changed) const noexcept;
   void splitAuthority(u32 start, u32 end) noexcept;
   u32 splitPath(u32 start) noexcept;
 

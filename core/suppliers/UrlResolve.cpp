@@ -4,7 +4,8 @@ namespace corvix {
 
 namespace {
 
-// Appends a path without its "." and ".." segments. Nothing before `to`'s present end is taken back.
+// "remove_dot_segments" of RFC 3986: appends a path without its "." and ".." segments. Nothing before `to`'s present
+// end is taken back.
 void appendWithoutDots(std::wstring& to, std::wstring_view path) {
   const std::size_t floor = to.size();
   for (std::size_t at = 0; at < path.size();) {
@@ -28,6 +29,34 @@ void appendWithoutDots(std::wstring& to, std::wstring_view path) {
   }
 }
 
+// A path that is not empty, seen from a base. The base's drive stays where the path names none.
+std::wstring mergedPath(const UrlRecord& base, std::wstring_view path) {
+  const std::wstring_view basePath = base.part(UrlPart::Path);
+  const std::wstring_view directory = base.part(UrlPart::Directory);
+  const bool isRooted = path[0] == L'/';
+  std::wstring merged;
+  if (base.has(UrlPart::Drive) && url::driveLength(path)) {
+    if (!isRooted && basePath[0] == L'/') merged = L'/';
+    return merged.append(path);
+  }
+  if (base.has(UrlPart::Drive)) merged = basePath.substr(0, url::driveLength(basePath));
+  if (!isRooted) {
+    const bool needsSlash = base.has(UrlPart::Drive) || (base.has(UrlPart::Authority) && basePath.empty());
+    if (directory.empty() && needsSlash) merged += L'/';
+    merged.append(directory);
+  }
+  return merged.append(path);
+}
+
+// A path with neither scheme nor authority before it: where it did not begin with a slash, it does not afterwards, and
+// a name with a colon that comes first would be read as a scheme.
+void keepRelative(std::wstring& path, bool isAbsolute) {
+  const bool hadAny = !path.empty();
+  if (!isAbsolute) path.erase(0, path.find_first_not_of(L'/'));
+  if (hadAny && path.empty()) path = L"./";
+  if (UrlRecord(path).has(UrlPart::Scheme)) path.insert(0, L"./");
+}
+
 }  // namespace
 
 UrlRecord UrlRecord::resolve(std::wstring_view text) const {
@@ -45,25 +74,21 @@ UrlRecord UrlRecord::resolve(std::wstring_view text) const {
   if (authority.has(UrlPart::Authority)) (target += L"//") += authority.part(UrlPart::Authority);
   const std::size_t pathStart = target.size();
 
-  if (isElsewhere) {
-    appendWithoutDots(target, path);
-  } else if (path.empty()) {
+  if (!isElsewhere && path.empty()) {
     target += part(UrlPart::Path);
   } else {
-    if (has(UrlPart::Drive) && url::driveLength(path) == 0) {
-      const u32 start = span(UrlPart::Path).start;
-      target += text_.view().substr(start, span(UrlPart::Drive).end() - start);
-    }
-    if (path[0] == L'/') {
-      appendWithoutDots(target, path);
-    } else if (has(UrlPart::Authority) && part(UrlPart::Path).empty()) {
-      appendWithoutDots(target, L"/" + std::wstring(path));
-    } else {
-      appendWithoutDots(target, std::wstring(part(UrlPart::Directory)).append(path));
-    }
+    const std::wstring merged = isElsewhere ? std::wstring(path) : mergedPath(*this, path);
+    // Dots never go up past a drive.
+    const u32 drive = scheme.isScheme(L"file") ? url::driveLength(merged) : 0;
+    target.append(merged, 0, drive);
+    appendWithoutDots(target, std::wstring_view(merged).substr(drive));
   }
   // A path that begins with two slashes would be read as an authority.
   if (!authority.has(UrlPart::Authority) && target.compare(pathStart, 2, L"//") == 0) target.insert(pathStart, L"/.");
+  if (pathStart == 0) {
+    const std::wstring_view leading = path.empty() || path[0] != L'/' ? part(UrlPart::Path) : path;
+    keepRelative(target, leading.substr(0, 1) == L"/");
+  }
   if (query.has(UrlPart::Query)) (target += L'?') += query.part(UrlPart::Query);
   if (reference.has(UrlPart::Fragment)) (target += L'#') += reference.part(UrlPart::Fragment);
   return UrlRecord(target);

@@ -2,7 +2,7 @@
 // with the first stream: most processes never need it.
 #pragma once
 
-#include "core/baselib/system/OwningHandle.h"
+#include "core/baselib/system/OwningHandle_p.h"
 
 #include <windows.h>
 #include <wininet.h>

@@ -2,7 +2,7 @@
 // together: the arena ends with the last of its nodes.
 #pragma once
 
-#include "core/baselib/memory/HeapAllocated.h"
+#include "core/baselib/heap/HeapAllocated.h"
 
 namespace corvix {
 

@@ -93,6 +93,7 @@ XMLNodeNode::~XMLNodeNode() {
 }
 
 XMLNode* XMLNodeNode::removeChild(i32 index) {
+  if (!isInside(index)) return nullptr;
   XMLNode* const child = children_[index];
   --count_;
   std::memmove(children_ + index, children_ + index + 1, static_cast<std::size_t>(count_ - index) * sizeof *children_);
@@ -100,7 +101,7 @@ XMLNode* XMLNodeNode::removeChild(i32 index) {
 }
 
 void XMLNodeNode::insertAt(XMLNode* node, i32 index) {
-  if (!node) return;
+  if (!node || index < 0 || index > count_) return;
   if (count_ == capacity_) grow();
   std::memmove(children_ + index + 1, children_ + index, static_cast<std::size_t>(count_ - index) * sizeof *children_);
   children_[index] = node;

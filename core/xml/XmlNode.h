@@ -103,14 +103,14 @@ class CORVIX_API XMLNodeNode : public XMLNode {
   // Attributes, elements, texts and comments alike, in document order.
   virtual i32 childCount() const noexcept { return count_; }
 
-  // `index` is from 0 and is not checked. Adds no reference.
-  virtual XMLNode* childAt(i32 index) const noexcept { return children_[index]; }
+  // `index` is from 0; null outside the list. Adds no reference.
+  virtual XMLNode* childAt(i32 index) const noexcept { return isInside(index) ? children_[index] : nullptr; }
 
-  // Both add a reference; a null node is ignored. `index` is from 0 to the count and is not checked.
+  // Both add a reference. `index` is from 0 to the count; nothing happens for any other, nor for a null node.
   virtual void appendChild(XMLNode* node) { insertAt(node, count_); }
   virtual void insertChild(XMLNode* node, i32 index) { insertAt(node, index); }
 
-  // Takes the child out and gives its reference to the caller; its parent stays what it was.
+  // Takes the child out and gives its reference to the caller; its parent stays what it was. Null outside the list.
   virtual XMLNode* removeChild(i32 index);
 
  private:
@@ -118,6 +118,7 @@ class CORVIX_API XMLNodeNode : public XMLNode {
   friend class XmlTreeBuilder;
   XMLNodeNode(XmlArena& arena, XMLNodeNode* parent, Text name) noexcept;
 
+  bool isInside(i32 index) const noexcept { return index >= 0 && index < count_; }
   void insertAt(XMLNode* node, i32 index);
   void grow();
 

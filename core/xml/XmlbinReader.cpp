@@ -20,14 +20,12 @@ constexpr u32 kSmallestNode = 8;  // a type and an empty string
 // piece of that copy, so a back-reference costs nothing.
 class XmlTreeBuilder {
  public:
-  XmlTreeBuilder(const unsigned char* body, u32 sizeBytes) : arena_(new XmlArena), left_(sizeBytes) {
-    arena_->nodeMade();  // our own hold, until the end
+  XmlTreeBuilder(const unsigned char* body, u32 sizeBytes) : left_(sizeBytes) {
     auto* const copy = static_cast<unsigned char*>(arena_->allocate(sizeBytes));
     std::memcpy(copy, body, sizeBytes);
     at_ = copy;
     strings_.reserve(8);
   }
-  ~XmlTreeBuilder() { arena_->nodeGone(); }
   XmlTreeBuilder(const XmlTreeBuilder&) = delete;
   XmlTreeBuilder& operator=(const XmlTreeBuilder&) = delete;
 
@@ -115,14 +113,25 @@ class XmlTreeBuilder {
     left_ -= bytes;
   }
 
-  XmlArena* arena_;
+  // The builder keeps the arena like a node of its.
+  struct Hold {
+    Hold() : arena(new XmlArena) { arena->nodeMade(); }
+    ~Hold() { arena->nodeGone(); }
+    Hold(const Hold&) = delete;
+    Hold& operator=(const Hold&) = delete;
+    XmlArena* operator->() const noexcept { return arena; }
+    XmlArena& operator*() const noexcept { return *arena; }
+    XmlArena* const arena;
+  };
+
+  Hold arena_;
   const unsigned char* at_;
   u32 left_;
   std::vector<XMLNode::Text, HeapAllocator<XMLNode::Text>> strings_;
 };
 
 XMLNode* readXmlbin(const void* block, u32 sizeBytes) noexcept {
-  if (!block || sizeBytes < kHeaderSize) return nullptr;
+  if (!block || sizeBytes < kHeaderSize + kSmallestNode) return nullptr;
   const auto* const bytes = static_cast<const unsigned char*>(block);
   u32 version = 0;
   std::memcpy(&version, bytes + sizeof kMagic, sizeof version);

@@ -11,6 +11,11 @@ namespace host {
 std::string utf8(std::wstring_view text);
 std::wstring wide(std::string_view utf8Text);
 
+// What a module says, for a console: UTF-8 in which whatever would steer a terminal or turn the direction of writing is
+// a replacement character; cut behind so many letters.
+std::string shown(std::wstring_view text, std::size_t mostLetters = 60);
+constexpr std::size_t kSentence = 500;  // so many for what is no name
+
 // The program's arguments in UTF-8, without the program itself.
 std::vector<std::string> arguments();
 

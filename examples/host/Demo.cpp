@@ -1,5 +1,6 @@
-#include "examples/host/Commands.h"
+#include "examples/host/Command.h"
 #include "examples/host/Console.h"
+#include "examples/host/Objects.h"
 #include "examples/plugins/greeter/IGreeter.h"
 #include "examples/plugins/textstats/ITextStats.h"
 #include "examples/plugins/witness/IWitness.h"
@@ -10,22 +11,10 @@ using namespace corvix;
 
 namespace {
 
-// Why an object could not be had, for the user.
 int failed(IPluginManager& manager, const wchar_t* interfaceName) {
-  std::fprintf(stderr, "corvix-host: no usable object \"%s\".\n", utf8(interfaceName).c_str());
-  if (const auto entries = Ref<IBCollection>::adopt(manager.findByName(interfaceName))) {
-    for (i32 i = 0; i < entries->count(); ++i) {
-      const IPluginModule& module = *query<IPluginInterface>(entries->item(i))->module();
-      std::fprintf(stderr, "  %s: %s\n", utf8(module.path()).c_str(), utf8(module.reason()).c_str());
-    }
-  } else {
-    std::fprintf(stderr,
-                 "  No module declares it. Is the example plug-in in the folder \"plugins\" beside the program?\n");
-  }
+  explainNoObject(manager, interfaceName);
   return 1;
 }
-
-}  // namespace
 
 int runDemo(IPluginManager& manager) {
   std::printf("\nObjects\n");
@@ -36,7 +25,7 @@ int runDemo(IPluginManager& manager) {
   if (!greeter) return failed(manager, L"Example.Greeter");
   witness->watch(query<IBSmartObject>(greeter.get()));
   const WideString greeting = greeter->greeting(L"plug-in author");
-  std::printf("  Example.Greeter says: %s\n", utf8(greeting).c_str());
+  std::printf("  Example.Greeter says: %s\n", shown(greeting, kSentence).c_str());
 
   auto sink = createObject<example::ITextSink>(manager, L"Example.TextStats");
   if (!sink) return failed(manager, L"Example.TextStats");
@@ -47,8 +36,13 @@ int runDemo(IPluginManager& manager) {
   std::printf("  Example.TextStats counts in it: %u words, %u letters\n", stats->words(), stats->letters());
 
   greeter.reset();
-  std::printf("  Example.Witness saw %u object go, a %s\n", witness->count(), utf8(witness->lastSeen()).c_str());
+  std::printf("  Example.Witness saw %u object go, a %s\n", witness->count(), shown(witness->lastSeen()).c_str());
   return 0;
 }
+
+}  // namespace
+
+const Command demoCommand("demo", "Make objects by name, use them and release them", {},
+                          [](Host& host, const Texts&) { return runDemo(host.manager()); });
 
 }  // namespace host

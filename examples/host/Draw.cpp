@@ -1,11 +1,13 @@
-#include "examples/host/Commands.h"
+#include "examples/host/Command.h"
 #include "examples/host/Console.h"
 #include "examples/host/Page.h"
-#include "graphics/AGDCCreator.h"
+#include "graphics/IAGDCCreator.h"
 
 namespace host {
 
 using namespace corvix;
+
+namespace {
 
 int drawToFile(IPluginManager& manager, const std::string& file) {
   PageResult results[2];
@@ -32,5 +34,11 @@ int drawToFile(IPluginManager& manager, const std::string& file) {
   std::printf("  %s written, %d by %d pixels\n", file.c_str(), image->width(), image->height());
   return 0;
 }
+
+}  // namespace
+
+const Command drawCommand("draw", "Draw a test page through GDI and GDI+ into a PNG file",
+                          {{"FILE.png", "The file to write"}},
+                          [](Host& host, const Texts& given) { return drawToFile(host.manager(), given[0]); });
 
 }  // namespace host

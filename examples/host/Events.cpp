@@ -1,5 +1,6 @@
-#include "examples/host/Commands.h"
+#include "examples/host/Command.h"
 #include "examples/host/Console.h"
+#include "examples/host/Objects.h"
 #include "examples/host/ShellDisplay.h"
 #include "shell/GlobalEvent.h"
 
@@ -27,8 +28,6 @@ class CommandSender final : public IActionSender {
   const wchar_t* senderName() const noexcept override { return L"command line"; }
 };
 
-}  // namespace
-
 int raiseEvent(IShell& shell, const std::string& name) {
   const ShellDisplay display(shell);
   NamedEvent event(wide(name));
@@ -36,20 +35,32 @@ int raiseEvent(IShell& shell, const std::string& name) {
   std::printf("Event %s\n", name.c_str());
   manager.raiseEvent(event);
   const auto targets = Ref<IBCollection>::adopt(manager.findByName((L"GlobalEvent." + wide(name)).c_str()));
-  std::printf("%d declared target%s told\n", targets ? targets->count() : 0,
-              targets && targets->count() == 1 ? "" : "s");
-  return 0;
+  const i32 count = targets ? targets->count() : 0;
+  i32 told = 0;
+  for (i32 i = 0; i < count; ++i) {
+    IPluginInterface& entry = *query<IPluginInterface>(targets->item(i));
+    const std::string why = whyNot(entry);
+    told += why.empty();
+    if (!why.empty())
+      std::fprintf(stderr, "corvix-host: the target of %s was not told: %s\n",
+                   shown(entry.module()->path(), kSentence).c_str(), why.c_str());
+  }
+  std::printf("%d declared target%s told\n", told, told == 1 ? "" : "s");
+  return told == count ? 0 : 1;
+}
+
+// What the user hears of an action that nobody has.
+int noAction(IPluginManager& manager, const std::string& name) {
+  const std::string full = name.starts_with("Actions.") ? name : "Actions." + name;
+  explainNoObject(manager, wide(full).c_str());
+  return 1;
 }
 
 int processAction(IShell& shell, const std::string& name) {
   const ShellDisplay display(shell);
   IActionManager* const actions = shell.actionManager();
   const std::wstring wideName = wide(name);
-  if (!actions || !actions->findAction(wideName.c_str())) {
-    std::fprintf(stderr, "corvix-host: no plug-in has an action \"%s\"; \"corvix-host list\" shows them.\n",
-                 name.c_str());
-    return 1;
-  }
+  if (!actions || !actions->findAction(wideName.c_str())) return noAction(*shell.pluginManager(), name);
   CommandSender sender;
   if (actions->validateAction(wideName.c_str(), &sender) == notify::kStop) {
     std::fprintf(stderr, "corvix-host: \"%s\" cannot be done now.\n", name.c_str());
@@ -63,5 +74,14 @@ int processAction(IShell& shell, const std::string& name) {
   std::printf("done\n");
   return 0;
 }
+
+}  // namespace
+
+const Command eventCommand("event", "Raise a global event: \"event Morning\"",
+                           {{"name", "The event's name, without \"GlobalEvent.\""}},
+                           [](Host& host, const Texts& given) { return raiseEvent(host.shell(), given[0]); });
+const Command actionCommand("action", "Process an action: \"action Example.Work\"",
+                            {{"name", "The action's name, with or without \"Actions.\""}},
+                            [](Host& host, const Texts& given) { return processAction(host.shell(), given[0]); });
 
 }  // namespace host

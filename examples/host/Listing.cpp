@@ -1,5 +1,6 @@
-#include "examples/host/Commands.h"
+#include "examples/host/Command.h"
 #include "examples/host/Console.h"
+#include "examples/host/Objects.h"
 
 namespace host {
 
@@ -7,18 +8,7 @@ using namespace corvix;
 
 namespace {
 
-std::string orDash(const wchar_t* text) { return text && *text ? utf8(text) : "-"; }
-
-std::string fileName(const wchar_t* path) {
-  const std::string text = utf8(path);
-  return text.substr(text.find_last_of("\\/") + 1);
-}
-
-std::string identifierText(const stype_info* identifier) {
-  std::string text = identifier ? identifier->text() : "- ";
-  text.pop_back();  // the blank at the end
-  return text;
-}
+std::string orDash(const wchar_t* text) { return text && *text ? shown(text) : "-"; }
 
 const char* stateName(ModuleState state) {
   switch (state) {
@@ -28,6 +18,8 @@ const char* stateName(ModuleState state) {
       return "loaded";
     case ModuleState::Failed:
       return "FAILED";
+    case ModuleState::NoPlugin:
+      return "no plug-in";
   }
   return "";
 }
@@ -38,13 +30,14 @@ void printModules(IPluginManager& manager) {
     const IPluginModule& module = *manager.moduleAt(i);
     table.add({fileName(module.path()), orDash(module.name()), orDash(module.version()),
                orDash(module.attribute(L"Manufacturer")), stateName(module.state()),
-               identifierText(module.identifier())});
+               module.identifier() ? identifierText(*module.identifier()) : "-"});
   }
   std::printf("Modules\n");
   table.print();
   for (i32 i = 0; i < manager.moduleCount(); ++i) {
     const IPluginModule& module = *manager.moduleAt(i);
-    if (*module.reason()) std::printf("  %s: %s\n", fileName(module.path()).c_str(), utf8(module.reason()).c_str());
+    if (*module.reason())
+      std::printf("  %s: %s\n", fileName(module.path()).c_str(), shown(module.reason(), kSentence).c_str());
   }
 }
 
@@ -52,7 +45,7 @@ void printInterfaces(IPluginManager& manager) {
   Table table({"Interface", "Module", "Identifier", "Human name"});
   for (i32 i = 0; i < manager.interfaceCount(); ++i) {
     const IPluginInterface& entry = *manager.interfaceAt(i);
-    table.add({orDash(entry.name()), fileName(entry.module()->path()), identifierText(&entry.identifier()),
+    table.add({orDash(entry.name()), fileName(entry.module()->path()), identifierText(entry.identifier()),
                orDash(entry.attribute(L"sHumanName"))});
   }
   std::printf("\nInterfaces\n");
@@ -73,13 +66,16 @@ void printSettings(IPluginManager& manager) {
   table.print();
 }
 
-}  // namespace
-
 int listModules(IPluginManager& manager) {
   printModules(manager);
   printInterfaces(manager);
   printSettings(manager);
   return 0;
 }
+
+}  // namespace
+
+const Command listCommand("list", "List modules, interfaces and settings", {},
+                          [](Host& host, const Texts&) { return listModules(host.describedOnly()); });
 
 }  // namespace host

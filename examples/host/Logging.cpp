@@ -1,8 +1,10 @@
 #include "core/baselib/objects/Ref.h"
 #include "core/baselib/streams/FileInputStream.h"
 #include "core/baselib/system/Log.h"
-#include "examples/host/Commands.h"
+#include "examples/host/Command.h"
 #include "examples/host/Console.h"
+
+#include <algorithm>
 
 #include <windows.h>
 
@@ -18,7 +20,15 @@ std::string utf8OfLog(const std::string& text) {
   const int length = MultiByteToWideChar(CP_ACP, 0, text.data(), static_cast<int>(text.size()), units.data(),
                                          static_cast<int>(units.size()));
   units.resize(static_cast<std::size_t>(length));
-  return utf8(units);
+  std::string lines;
+  for (std::size_t begin = 0; begin < units.size();) {
+    const std::size_t end = std::min(units.find(L'\n', begin), units.size());
+    std::wstring_view line(units.data() + begin, end - begin);
+    if (line.ends_with(L'\r')) line.remove_suffix(1);
+    lines += shown(line, kSentence) + "\n";
+    begin = end + 1;
+  }
+  return lines;
 }
 
 // From the last start line on.
@@ -32,8 +42,6 @@ std::string thisRun() {
   const std::size_t start = text.rfind("\nStart ");
   return start == std::string::npos ? text : text.substr(start + 1);
 }
-
-}  // namespace
 
 int switchLog(bool on) {
   if (!corvix::switchLog(on)) {
@@ -50,6 +58,8 @@ int tellLog() {
   return 0;
 }
 
+}  // namespace
+
 int showLog() {
   const std::string text = thisRun();
   if (text.empty()) {
@@ -59,5 +69,11 @@ int showLog() {
   }
   return 0;
 }
+
+const Command logCommand("log", "Switch the log of this program on or off, or tell where it is",
+                         {{"state", "on or off, from the next start", Argument::Optional, {"on", "off"}}},
+                         [](Host&, const Texts& given) {
+                           return given[0].empty() ? tellLog() : switchLog(given[0] == "on");
+                         });
 
 }  // namespace host

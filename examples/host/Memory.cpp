@@ -3,7 +3,7 @@
 #include "core/baselib/memory/MemoryManager.h"
 #include "core/baselib/memory/SizeClassMemoryPool.h"
 #include "core/baselib/objects/Ref.h"
-#include "examples/host/Commands.h"
+#include "examples/host/Command.h"
 #include "examples/host/Console.h"
 
 namespace host {
@@ -65,7 +65,7 @@ void addPool(BMemoryPool* memoryPool, void* table) {
 
 void addHibernatable(BHibernatable* object, void* table) {
   const auto* const cache = query<PreviewCache>(object);
-  static_cast<Table*>(table)->add({utf8(object->typeInfo().classNameW()), cache ? number(cache->heldBytes()) : "-"});
+  static_cast<Table*>(table)->add({shown(object->typeInfo().classNameW()), cache ? number(cache->heldBytes()) : "-"});
 }
 
 void show(const char* when) {
@@ -80,8 +80,6 @@ void show(const char* when) {
 }
 
 const char* answer(bool released) { return released ? "memory was given back" : "there was nothing to give back"; }
-
-}  // namespace
 
 int showMemory() {
   // A document that was opened and, but for its last lines, closed again.
@@ -114,5 +112,13 @@ int showMemory() {
   for (void* entry : entries) records->free(entry);
   return 0;
 }
+
+}  // namespace
+
+const Command memoryCommand("memory", "Show the memory pools and hibernatables before and after they give memory back",
+                            {}, [](Host& host, const Texts&) {
+                              host.shell();  // is asked when memory runs out
+                              return showMemory();
+                            });
 
 }  // namespace host

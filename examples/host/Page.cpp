@@ -1,12 +1,9 @@
 #include "examples/host/Page.h"
 
-#include "examples/host/PageCells.h"
-#include "graphics/AGDCCreator.h"
+#include "graphics/IAGDCCreator.h"
+#include "graphics/text/Text.h"
 
 #include <cwchar>
-#include <memory>
-
-#include <windows.h>
 
 namespace host {
 
@@ -20,22 +17,9 @@ constexpr int kTop = 44;
 constexpr int kCellWidth = (kPageWidth - 2 * kMargin) / kColumns;
 constexpr int kCellHeight = 148;
 
-struct DeleteFont {
-  void operator()(HFONT font) const noexcept { DeleteObject(font); }
-};
-using Font = std::unique_ptr<HFONT__, DeleteFont>;
-
-// A context has no text of its own: captions are GDI's.
-void write(IAGDC& context, int x, int y, int height, bool isBold, Color color, const wchar_t* text) {
-  const Font font(CreateFontW(-height, 0, 0, 0, isBold ? FW_BOLD : FW_NORMAL, FALSE, FALSE, FALSE, DEFAULT_CHARSET,
-                              OUT_DEFAULT_PRECIS, CLIP_DEFAULT_PRECIS, ANTIALIASED_QUALITY, VARIABLE_PITCH | FF_SWISS,
-                              L"DejaVu Sans"));
-  const HDC device = context.deviceContext();
-  const HGDIOBJ before = SelectObject(device, font.get());
-  SetBkMode(device, TRANSPARENT);
-  SetTextColor(device, RGB(redOf(color), greenOf(color), blueOf(color)));
-  TextOutW(device, x, y, text, static_cast<int>(std::wcslen(text)));
-  SelectObject(device, before);
+void write(IAGDC& context, IFMFont* font, double x, double y, double size, Color color, const wchar_t* text) {
+  if (!font || !context.setFillColor(color)) return;
+  drawText(context, *font, size, Matrix::translation(x, y), text, static_cast<i32>(std::wcslen(text)));
 }
 
 // Every cell begins with the same state.
@@ -51,12 +35,12 @@ void reset(IAGDC& context) {
 
 }  // namespace
 
-PageResult drawPage(IAGDC& context, const wchar_t* title, example::IPagePart* part) {
+PageResult drawPage(IAGDC& context, const wchar_t* title, const PageTools& tools) {
   PageResult result;
   context.clear();
   context.setSmoothing(255);
   context.setInterpolation(192);
-  write(context, kMargin, 12, 18, true, rgb(30, 50, 90), title);
+  write(context, tools.font, kMargin, 29, 18, rgb(30, 50, 90), title);
   for (const Cell& cell : pageCells()) {
     const int x = kMargin + result.cells % kColumns * kCellWidth;
     const int y = kTop + result.cells / kColumns * kCellHeight;
@@ -65,10 +49,10 @@ PageResult drawPage(IAGDC& context, const wchar_t* title, example::IPagePart* pa
     reset(context);
     context.setStrokeColor(rgb(205, 210, 218));
     context.line(x, y, x + kCellWidth - 8, y);
-    write(context, x, y + 3, 11, false, rgb(90, 96, 110), cell.caption);
-    if (!cell.draw(context, box, part)) {
+    write(context, tools.font, x, y + 14, 10, rgb(90, 96, 110), cell.caption);
+    if (!cell.draw(context, box, tools)) {
       ++result.refused;
-      write(context, x, y + 60, 11, false, rgb(170, 90, 60), L"not offered here");
+      write(context, tools.font, x, y + 70, 10, rgb(170, 90, 60), L"not offered here");
     }
     ++result.cells;
   }
@@ -82,7 +66,9 @@ Ref<IAGDC> makePage(IPluginManager& manager, bool throughGdiPlus, PageResult& re
   auto page = Ref<IAGDC>::adopt(
       creator->create(throughGdiPlus ? capability::kGdiPlus : 0, 0, nullptr, kPageWidth, kPageHeight));
   const auto part = createObject<example::IPagePart>(manager, L"Example.PagePart");
-  if (page) result = drawPage(*page, throughGdiPlus ? L"GDI+" : L"Plain GDI", part.get());
+  const auto machine = createObject<IFMFontMachine>(manager, L"IFMFontMachine.Instance");
+  const auto font = Ref<IFMFont>::adopt(machine ? machine->createFont(L"Helvetica") : nullptr);
+  if (page) result = drawPage(*page, throughGdiPlus ? L"GDI+" : L"Plain GDI", {part.get(), font.get()});
   return page;
 }
 

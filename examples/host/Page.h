@@ -2,7 +2,7 @@
 // through GDI+, it shows what the two have in common.
 #pragma once
 
-#include "examples/plugins/rosette/IPagePart.h"
+#include "examples/host/PageCells.h"
 #include "shell/Shell.h"
 
 namespace host {
@@ -15,10 +15,10 @@ struct PageResult {
 
 // The size of one page in pixels.
 inline constexpr int kPageWidth = 480;
-inline constexpr int kPageHeight = 640;
+inline constexpr int kPageHeight = 788;
 
-// Draws a page with its title; `part` may be null.
-PageResult drawPage(corvix::IAGDC& context, const wchar_t* title, example::IPagePart* part);
+// Draws a page with its title.
+PageResult drawPage(corvix::IAGDC& context, const wchar_t* title, const PageTools& tools);
 
 // A memory context with the page drawn in it, through GDI+ or plain GDI; empty when it cannot be had.
 corvix::Ref<corvix::IAGDC> makePage(corvix::IPluginManager& manager, bool throughGdiPlus, PageResult& result);

@@ -1,8 +1,10 @@
 #include "examples/host/PageCells.h"
 
 #include "core/baselib/objects/Ref.h"
+#include "graphics/text/Text.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace host {
 
@@ -10,13 +12,14 @@ using namespace corvix;
 
 namespace {
 
-using example::IPagePart;
+constexpr wchar_t kPangram[] = L"Sphinx \x2014 \x03A9 \x4E2D";
+constexpr i32 kPangramLength = static_cast<i32>(std::size(kPangram)) - 1;
 
 constexpr Color kInk = rgb(30, 50, 90);
 constexpr Color kWarm = rgb(214, 84, 44);
 constexpr Color kCool = rgb(40, 130, 170);
 
-bool lineWidths(IAGDC& page, const Box& box, IPagePart*) {
+bool lineWidths(IAGDC& page, const Box& box, const PageTools&) {
   bool isDrawn = page.setStrokeColor(kInk);
   const double widths[] = {0, 1, 2, 4, 7, 10};
   double y = box.top + 6;
@@ -28,7 +31,7 @@ bool lineWidths(IAGDC& page, const Box& box, IPagePart*) {
   return isDrawn;
 }
 
-bool capsAndJoins(IAGDC& page, const Box& box, IPagePart*) {
+bool capsAndJoins(IAGDC& page, const Box& box, const PageTools&) {
   bool isDrawn = page.setStrokeColor(kCool) && page.setLineWidth(11);
   double x = box.left + 12;
   for (const i32 kind : {0, 1, 2}) {
@@ -39,7 +42,7 @@ bool capsAndJoins(IAGDC& page, const Box& box, IPagePart*) {
   return isDrawn;
 }
 
-bool dashes(IAGDC& page, const Box& box, IPagePart*) {
+bool dashes(IAGDC& page, const Box& box, const PageTools&) {
   const std::vector<double> patterns[] = {{12, 6}, {3, 5}, {16, 4, 4, 4}, {1, 9}};
   bool isDrawn = page.setStrokeColor(kWarm) && page.setLineWidth(4);
   double y = box.top + 10;
@@ -52,7 +55,7 @@ bool dashes(IAGDC& page, const Box& box, IPagePart*) {
   return isDrawn;
 }
 
-bool fillRules(IAGDC& page, const Box& box, IPagePart*) {
+bool fillRules(IAGDC& page, const Box& box, const PageTools&) {
   bool isDrawn = page.setStrokeColor(kInk) && page.setLineWidth(1.5) && page.setFillColor(rgb(250, 200, 70));
   const double radius = 35;
   double middle = box.left + 36;
@@ -70,7 +73,7 @@ bool fillRules(IAGDC& page, const Box& box, IPagePart*) {
   return isDrawn;
 }
 
-bool clipping(IAGDC& page, const Box& box, IPagePart*) {
+bool clipping(IAGDC& page, const Box& box, const PageTools&) {
   const Point middle = {(box.left + box.right) / 2, (box.top + box.bottom) / 2};
   const double r = 40;
   const double k = r * 0.5522847498;
@@ -123,7 +126,7 @@ Ref<IAGImage> picture(IAGDC& page, ColorModel model, i32 bits) {
   return image;
 }
 
-bool colorModels(IAGDC& page, const Box& box, IPagePart*) {
+bool colorModels(IAGDC& page, const Box& box, const PageTools&) {
   const struct {
     ColorModel model;
     i32 bits;
@@ -140,7 +143,7 @@ bool colorModels(IAGDC& page, const Box& box, IPagePart*) {
   return isDrawn;
 }
 
-bool turnedImages(IAGDC& page, const Box& box, IPagePart*) {
+bool turnedImages(IAGDC& page, const Box& box, const PageTools&) {
   const auto image = picture(page, ColorModel::Rgb, 0);
   bool isDrawn = static_cast<bool>(image);
   const double angles[] = {0.35, 1.1, 2.6};
@@ -156,7 +159,7 @@ bool turnedImages(IAGDC& page, const Box& box, IPagePart*) {
   return isDrawn;
 }
 
-bool imageEffects(IAGDC& page, const Box& box, IPagePart*) {
+bool imageEffects(IAGDC& page, const Box& box, const PageTools&) {
   const auto image = picture(page, ColorModel::Rgb, 0);
   const auto mask = picture(page, ColorModel::Indexed, 1);
   const float grey[25] = {0.3F, 0.3F, 0.3F, 0, 0, 0.6F, 0.6F, 0.6F, 0, 0, 0.1F, 0.1F, 0.1F,
@@ -172,7 +175,7 @@ bool imageEffects(IAGDC& page, const Box& box, IPagePart*) {
          page.drawImageOffscreen(image.get(), x + 100, y + 50, 44, 44);
 }
 
-bool transparency(IAGDC& page, const Box& box, IPagePart*) {
+bool transparency(IAGDC& page, const Box& box, const PageTools&) {
   bool isDrawn = page.setFillColor(rgb(220, 226, 232)) && page.fillRect(box.left, box.top + 34, 144, 26);
   const Color colors[] = {argb(130, 220, 40, 40), argb(130, 40, 160, 60), argb(130, 40, 80, 220)};
   double x = box.left + 8;
@@ -183,7 +186,7 @@ bool transparency(IAGDC& page, const Box& box, IPagePart*) {
   return isDrawn;
 }
 
-bool transforms(IAGDC& page, const Box& box, IPagePart*) {
+bool transforms(IAGDC& page, const Box& box, const PageTools&) {
   bool isDrawn = page.setStrokeColor(kInk) && page.setLineWidth(2);
   for (int i = 0; i < 9 && isDrawn; ++i) {
     isDrawn =
@@ -196,7 +199,7 @@ bool transforms(IAGDC& page, const Box& box, IPagePart*) {
   return isDrawn;
 }
 
-bool pixelsAndFrames(IAGDC& page, const Box& box, IPagePart*) {
+bool pixelsAndFrames(IAGDC& page, const Box& box, const PageTools&) {
   const auto x = static_cast<i32>(box.left);
   const auto y = static_cast<i32>(box.top);
   bool isDrawn = true;
@@ -212,7 +215,42 @@ bool pixelsAndFrames(IAGDC& page, const Box& box, IPagePart*) {
          page.dottedColumn(x + 24, y + 58, y + 84, kBlack, kCool) && isDrawn;
 }
 
-bool plugInPart(IAGDC& page, const Box& box, IPagePart* part) { return part && part->drawPart(page, box); }
+bool textSizes(IAGDC& page, const Box& box, const PageTools& tools) {
+  bool isDrawn = tools.font && page.setFillColor(kInk);
+  double y = box.top + 2;
+  for (const double size : {7, 9, 12, 16, 22}) {
+    y += size * 1.15;
+    isDrawn =
+        isDrawn && drawText(page, *tools.font, size, Matrix::translation(box.left + 4, y), kPangram, kPangramLength);
+  }
+  return isDrawn;
+}
+
+bool turnedText(IAGDC& page, const Box& box, const PageTools& tools) {
+  const Matrix middle = Matrix::translation((box.left + box.right) / 2, (box.top + box.bottom) / 2);
+  bool isDrawn = tools.font != nullptr;
+  for (int i = 0; i < 8 && isDrawn; ++i) {
+    const double angle = i * std::acos(-1.0) / 4;
+    isDrawn = page.setFillColor(i % 2 ? kCool : kWarm) &&
+              drawText(page, *tools.font, 13, Matrix::translation(14, 4).then(Matrix::rotation(angle)).then(middle),
+                       L"Corvix", 6);
+  }
+  return isDrawn;
+}
+
+bool clippedByText(IAGDC& page, const Box& box, const PageTools& tools) {
+  if (!tools.font || !page.saveClip()) return false;
+  bool isDrawn = clipText(page, *tools.font, 62, Matrix::translation(box.left, box.bottom - 30), L"Text", 4);
+  for (double x = box.left; x < box.right && isDrawn; x += 9) {
+    isDrawn =
+        page.setFillColor(rgb(static_cast<u32>(1.6 * (x - box.left)), 90, 170)) && page.fillRect(x, box.top, 9, 110);
+  }
+  return page.restoreClip() && isDrawn;
+}
+
+bool plugInPart(IAGDC& page, const Box& box, const PageTools& tools) {
+  return tools.part && tools.part->drawPart(page, box);
+}
 
 }  // namespace
 
@@ -228,6 +266,9 @@ const std::vector<Cell>& pageCells() {
                                           {L"Transparency", transparency},
                                           {L"Transforms", transforms},
                                           {L"Pixels and frames", pixelsAndFrames},
+                                          {L"Text", textSizes},
+                                          {L"Turned text", turnedText},
+                                          {L"Clipped by text", clippedByText},
                                           {L"Drawn by a plug-in", plugInPart}};
   return cells;
 }

@@ -3,14 +3,21 @@
 #pragma once
 
 #include "examples/plugins/rosette/IPagePart.h"
+#include "graphics/fonts/FontMachine.h"
 
 #include <vector>
 
 namespace host {
 
+// What cells draw with besides the context; either may be null.
+struct PageTools {
+  example::IPagePart* part;
+  corvix::IFMFont* font;
+};
+
 struct Cell {
   const wchar_t* caption;
-  bool (*draw)(corvix::IAGDC& context, const corvix::Box& box, example::IPagePart* part);
+  bool (*draw)(corvix::IAGDC& context, const corvix::Box& box, const PageTools& tools);
 };
 
 const std::vector<Cell>& pageCells();

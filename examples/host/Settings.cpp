@@ -1,4 +1,4 @@
-#include "examples/host/Commands.h"
+#include "examples/host/Command.h"
 #include "examples/host/Console.h"
 #include "examples/host/ShellDisplay.h"
 
@@ -78,8 +78,6 @@ int unknown(const Setting& setting) {
   return 1;
 }
 
-}  // namespace
-
 int listSettings(IShell& shell) {
   IBSettings& settings = *shell.settings();
   Table table({"Group", "Item", "Type", "Value", "Default", "Choices", "Comment"});
@@ -89,9 +87,10 @@ int listSettings(IShell& shell) {
       const Setting setting{settings, group, settings.itemAt(group, i)};
       Variant standard;
       settings.getDefault(setting.group.c_str(), setting.item.c_str(), standard);
-      table.add({utf8(setting.group), utf8(setting.item), setting.attribute(L"Type"),
-                 setting.show(setting.current().value_or(Variant())), setting.show(standard), join(setting.choices()),
-                 setting.attribute(L"comment")});
+      const auto cell = [](const std::string& text) { return shown(wide(text), 200); };
+      table.add({shown(setting.group), shown(setting.item), cell(setting.attribute(L"Type")),
+                 cell(setting.show(setting.current().value_or(Variant()))), cell(setting.show(standard)),
+                 cell(join(setting.choices())), cell(setting.attribute(L"comment"))});
     }
   }
   table.print();
@@ -104,18 +103,6 @@ int getSetting(IShell& shell, const std::string& group, const std::string& item)
   if (!value) return unknown(setting);
   std::printf("%s\n", setting.show(*value).c_str());
   return 0;
-}
-
-int setSetting(IShell& shell, const std::string& group, const std::string& item, const std::string& text) {
-  const ShellDisplay display(shell);
-  const Setting setting{*shell.settings(), wide(group), wide(item)};
-  if (!setting.current()) return unknown(setting);
-  const std::optional<Variant> value = parse(setting, text);
-  if (!value) return 1;
-  setting.settings.onStartChanges();
-  setting.settings.setValue(setting.group.c_str(), setting.item.c_str(), *value);
-  setting.settings.onFinishChanges();
-  return saveSettings(shell);
 }
 
 int saveSettings(IShell& shell) {
@@ -131,5 +118,66 @@ int saveSettings(IShell& shell) {
                count - saved);
   return 1;
 }
+
+int setSetting(IShell& shell, const std::string& group, const std::string& item, const std::string& text) {
+  const ShellDisplay display(shell);
+  const Setting setting{*shell.settings(), wide(group), wide(item)};
+  if (!setting.current()) return unknown(setting);
+  const std::optional<Variant> value = parse(setting, text);
+  if (!value) return 1;
+  setting.settings.onStartChanges();
+  setting.settings.setValue(setting.group.c_str(), setting.item.c_str(), *value);
+  setting.settings.onFinishChanges();
+  return saveSettings(shell);
+}
+
+// Nothing in `group` or `item`: all of them.
+int resetSettings(IShell& shell, const std::string& group, const std::string& item) {
+  const ShellDisplay display(shell);
+  IBSettings& settings = *shell.settings();
+  i32 found = 0, changed = 0;
+  settings.onStartChanges();
+  for (i32 g = 0; g < settings.groupCount(); ++g) {
+    const wchar_t* const groupName = settings.groupAt(g);
+    if (!group.empty() && wide(group) != groupName) continue;
+    for (i32 i = 0; i < settings.itemCount(groupName); ++i) {
+      const Setting setting{settings, groupName, settings.itemAt(groupName, i)};
+      if (!item.empty() && wide(item) != setting.item) continue;
+      ++found;
+      Variant standard;
+      if (!settings.getDefault(groupName, setting.item.c_str(), standard) || setting.current() == standard) continue;
+      settings.setValue(groupName, setting.item.c_str(), standard);
+      ++changed;
+    }
+  }
+  settings.onFinishChanges();
+  if (!found && !group.empty()) return unknown({settings, wide(group), item.empty() ? L"..." : wide(item)});
+  std::printf("%d of %d settings had another value than their default\n", changed, found);
+  return saveSettings(shell);
+}
+
+}  // namespace
+
+const Argument kGroup{"group", "Its group"}, kItem{"item", "Its name in the group"};
+const Argument kValue{"value", "true or false, a number, one of the choices, or a text; as the type has it"};
+
+const Command settingsCommand("settings", "The user's options, kept in the registry");
+const Command listCommand("settings list", "Every setting with its value, its default and its choices", {},
+                          [](Host& host, const Texts&) { return listSettings(host.shell()); });
+const Command getCommand("settings get", "The value of one setting", {kGroup, kItem},
+                         [](Host& host, const Texts& given) { return getSetting(host.shell(), given[0], given[1]); });
+const Command setCommand("settings set", "Change one setting and save", {kGroup, kItem, kValue},
+                         [](Host& host, const Texts& given) {
+                           return setSetting(host.shell(), given[0], given[1], given[2]);
+                         });
+const Command resetCommand("settings reset",
+                           "Change one setting, those of a group, or all, back to the defaults and save",
+                           {{"group", "Only those of this group", Argument::Optional},
+                            {"item", "Only this one of the group", Argument::Optional}},
+                           [](Host& host, const Texts& given) {
+                             return resetSettings(host.shell(), given[0], given[1]);
+                           });
+const Command saveCommand("settings save", "Write all settings", {},
+                          [](Host& host, const Texts&) { return saveSettings(host.shell()); });
 
 }  // namespace host

@@ -40,7 +40,7 @@ ShellDisplay::~ShellDisplay() {
 }
 
 int ShellDisplay::onChangeStatusText(i32, const wchar_t* text) {
-  std::printf("  %s\n", utf8(text ? text : L"").c_str());
+  std::printf("  %s\n", shown(text ? text : L"", kSentence).c_str());
   return notify::kTaken;
 }
 
@@ -66,6 +66,7 @@ int ShellDisplay::onStopProgress(const Progress& progress) {
 // Redrawn in place on a terminal; a line each time elsewhere.
 void ShellDisplay::draw(const Progress& progress) {
   const i64 range = i64{progress.maximum} - progress.minimum;
+  if (range <= 0 && !isTerminal_) return;  // nobody knows how far it is
   const i64 done = std::clamp<i64>(i64{progress.position} - progress.minimum, 0, std::max<i64>(range, 0));
   const auto filled = static_cast<std::size_t>(range > 0 ? done * kBarWidth / range : 0);
   const std::string bar = std::string(filled, '#') + std::string(kBarWidth - filled, '.');

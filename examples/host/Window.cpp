@@ -1,9 +1,9 @@
 // The test page in a real window: it is drawn once into memory and shown from there, so that scrolling and resizing
 // cost a copy. Dragging stretches a rubber band, which inverts what is under it and leaves it as it was.
-#include "examples/host/Commands.h"
+#include "examples/host/Command.h"
 #include "examples/host/Console.h"
 #include "examples/host/Page.h"
-#include "graphics/AGDCCreator.h"
+#include "graphics/IAGDCCreator.h"
 
 #include <algorithm>
 
@@ -166,8 +166,6 @@ class PageWindow {
   PixelBox band_ = {};
 };
 
-}  // namespace
-
 int showWindow(IPluginManager& manager, double closeAfterSeconds) {
   PageResult result;
   auto plain = makePage(manager, false, result);
@@ -191,5 +189,16 @@ int showWindow(IPluginManager& manager, double closeAfterSeconds) {
   }
   return static_cast<int>(message.wParam);
 }
+
+}  // namespace
+
+const Command windowCommand("window", "Show the test page in a window; drag for a rubber band",
+                            {{"--close-after", "Close it by itself after that many seconds", Argument::Optional}},
+                            [](Host& host, const Texts& given) {
+                              const double seconds = std::strtod(given[0].c_str(), nullptr);
+                              if (given[0].empty() || seconds > 0) return showWindow(host.manager(), seconds);
+                              std::fprintf(stderr, "corvix-host: --close-after takes a number of seconds above 0.\n");
+                              return 1;
+                            });
 
 }  // namespace host

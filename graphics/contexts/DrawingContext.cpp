@@ -1,6 +1,6 @@
 #include "graphics/contexts/DrawingContext_p.h"
 
-#include "graphics/images/AGImage.h"
+#include "graphics/images/AGImage_p.h"
 
 namespace corvix {
 
@@ -162,14 +162,15 @@ i32 DrawingContext::deviceCapability(i32 index) {
 }
 
 bool DrawingContext::userToDevice(Point* points, i32 count) const noexcept {
+  if (!points) return count <= 0;
   for (i32 i = 0; i < count; ++i) points[i] = transform_.apply(points[i]);
   return true;
 }
 
 bool DrawingContext::deviceToUser(Point* points, i32 count) const noexcept {
+  if (!points) return count <= 0;
   if (transform_.isIdentity()) return true;
-  const double determinant = transform_.determinant();
-  if (determinant == 0 || !std::isfinite(determinant)) return false;
+  if (!transform_.canTurnBack()) return false;
   const Matrix inverse = transform_.inverse();
   for (i32 i = 0; i < count; ++i) points[i] = inverse.apply(points[i]);
   return true;

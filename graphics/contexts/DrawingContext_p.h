@@ -3,9 +3,10 @@
 #pragma once
 
 #include "graphics/contexts/LineState_p.h"
-#include "graphics/gdi/Gdi.h"
-#include "graphics/images/ImageBits.h"
-#include "graphics/path/PathClip.h"
+#include "graphics/gdi/Gdi_p.h"
+#include "graphics/images/ImageBits_p.h"
+#include "graphics/path/PathClip_p.h"
+#include "graphics/text/TextTarget.h"
 
 namespace corvix {
 
@@ -17,7 +18,9 @@ struct PixelMemory {
   i32 height = 0;
 };
 
-class DrawingContext : public IAGDC {
+class DrawingContext : public IAGDC, public ITextTarget {
+  CORVIX_IDENTITY(DrawingContext, 0x7A35D0E8, 0x4C1968BF, 0xA2F7E40D, 0x91B36C5E, IAGDC, ITextTarget)
+
  public:
   ~DrawingContext() override;
 
@@ -101,6 +104,13 @@ class DrawingContext : public IAGDC {
   bool flattenPath() override;
   bool endPath() override;
 
+  Matrix textTransform() const noexcept override { return transform_; }
+  Box visibleArea() const noexcept override;
+  bool paintCoverage(const u8* coverage, i32 strideBytes, const PixelBox& place) override;
+  IGlyphSink& shape() override { return shape_; }
+  bool fillShape() override;
+  bool clipShape() override;
+
  protected:
   DrawingContext(DeviceHandle device, double width, double height);
   void readBaseOrigin() noexcept;
@@ -112,10 +122,14 @@ class DrawingContext : public IAGDC {
   virtual PixelMemory pixelMemory() const noexcept { return {}; }
   virtual HRGN deviceClip() noexcept = 0;  // in device pixels; null: not clipped; stays the context's
   virtual double greatestCoordinate() const noexcept = 0;
-  virtual bool cutsDashes() noexcept = 0;  // the implementation cannot draw this line state's dashes by itself
+  virtual bool cutsDashes() const noexcept = 0;  // the implementation cannot draw this line state's dashes by itself
   virtual bool drawsThinLinesOnly() const noexcept = 0;  // a hairline pen is selected
 
-  // The paths here fit the device. `isCut`: the dashes are lines by now.
+  // What the next stroke or fill needs is there, so that neither is drawn without the other.
+  virtual bool readyToStroke(bool isCut) = 0;
+  virtual bool readyToFill() = 0;
+
+  // The paths here fit the device. `isCut`: the dashes are lines by now. One without pieces clips all away.
   virtual bool strokeOut(const Path& path, bool isCut) = 0;
   virtual bool fillOut(const Path& path) = 0;
   virtual bool clipOut(const Path& path) = 0;
@@ -124,6 +138,8 @@ class DrawingContext : public IAGDC {
 
   // Draws onto the unit square as `unitToDevice` places it; without the origin. `smooth`: not by the nearest pixel.
   virtual bool imageOut(const ImageBits& bits, const Matrix& unitToDevice, bool smooth) = 0;
+  // The same, turned first: the turned image is placed.
+  virtual bool turnedOut(const ImageBits& bits, ImageTurn turn, const Matrix& unitToDevice, bool smooth) = 0;
 
   // The clip as far as the device context does not know it.
   virtual HRGN clipBesideDevice() noexcept { return nullptr; }
@@ -136,19 +152,31 @@ class DrawingContext : public IAGDC {
   // Device pixels around the output that are drawn too, so that what begins there ends right.
   Box roomAround(double penPixels) const noexcept;
 
-  // Call(path that fits the device, whether its dashes are cut).
-  template <class Out>
-  bool fitStroke(const Path& path, Out out);
-  template <class Out>
-  bool fitFill(const Path& path, Out out);
+  // A path whose numbers the device takes: the one it was made from, or what clipping in software left of that.
+  struct Fit {
+    const Path* whole = nullptr;
+    Path part;
+    bool isCut = false;  // its dashes are lines by now
+
+    const Path& path() const noexcept { return whole ? *whole : part; }
+  };
+  // False when the numbers do not fit. These throw std::bad_alloc.
+  bool fitStroke(const Path& path, Fit& fit) const;
+  bool fitFill(const Path& path, Fit& fit) const;
+  bool fitsNumbers(const Path& path, const Box& onDevice) const noexcept;
   // For GDI: the device context's coordinates of a device pixel.
   POINT local(int x, int y) const noexcept { return {x - viewport_.x, y - viewport_.y}; }
   bool toLocal(const PixelBox& box, RECT& rect) const noexcept;  // false when it does not fit
+  // These throw std::bad_alloc.
   bool strokeFitted(const Path& path);
-  // `imageOut`, steered by the user's settings.
-  bool placeImage(const ImageBits& bits, const Matrix& unitToDevice);
-  PixelBox outputArea() const noexcept;  // without the origin
   bool fillFitted(const Path& path);
+  bool clipTo(const Path& path);
+  // `imageOut`, or `turnedOut`, of what is seen of an image, as the user's settings say. Large images are cut first.
+  bool placeImage(const ImageView& view, const Matrix& unitToDevice, ImageTurn turn = ImageTurn::None,
+                  const Recolor& recolor = {});
+  bool seenPart(const ImageView& view, const Matrix& unitToDevice, PixelBox& seen);  // false: nothing of it
+  PixelBox outputArea() const noexcept;                                              // without the origin
+  PixelBox seenArea();                                                               // of that, what the clip leaves
 
   DeviceHandle device_ = nullptr;
   double width_ = 0;
@@ -159,6 +187,7 @@ class DrawingContext : public IAGDC {
   bool isAttached_ = false;
   bool isNonDisplay_ = false;
   bool isPathOpen_ = false;
+  bool isSingular_ = false;  // the user transform cannot be turned back: nothing is drawn
   FillRule fillRule_ = FillRule::EvenOdd;
   Color backgroundColor_ = kWhite;
   Color strokeColor_ = kBlack;
@@ -169,14 +198,37 @@ class DrawingContext : public IAGDC {
   Path path_;
 
  private:
+  // Figures of glyphs, apart from the path under construction. What memory did not suffice for is remembered.
+  class ShapeSink final : public IGlyphSink {
+   public:
+    void moveTo(Point to) override;
+    void lineTo(Point to) override;
+    void curveTo(Point control1, Point control2, Point to) override;
+    // False if some of it is missing.
+    bool take(Path& path) noexcept;
+
+   private:
+    template <class Add>
+    void add(Point to, Add add) noexcept;
+
+    Path path_;
+    Point current_ = {0, 0};
+    bool isWhole_ = true;
+  };
+
+  // By the winding rule.
+  bool useShape(bool (DrawingContext::*use)(const Path&));
+
   struct Borrowed {
     gdi::MemoryDevice device;
     gdi::Selected selected;  // goes first
   };
 
+  bool addLines(const Point* points, i32 count) noexcept;
   bool dottedRun(i64 first, i64 end, i64 across, bool isRow, Color color1, Color color2);
 
   std::vector<Borrowed> borrowed_;
+  ShapeSink shape_;
 };
 
 // Runs what may run out of memory: false then.

@@ -22,7 +22,7 @@ bool DrawingContext::xorRect(const PixelBox& box) {
   RECT rect;
   if (!toLocal(box, rect)) return false;
   const gdi::ClipScope scope(device_, clipBesideDevice(), baseOrigin_);
-  // White turns a pixel round, black leaves it.
+  // By exclusive or, white inverts a pixel and black leaves it.
   const gdi::Pen pen(CreatePen(PS_SOLID, 1, RGB(255, 255, 255)));
   const gdi::Brush brush(CreateSolidBrush(RGB(0, 0, 0)));
   if (!pen || !brush) return false;

@@ -2,9 +2,7 @@
 #include "graphics/contexts/DrawingContext_p.h"
 
 #include "core/baselib/objects/Ref.h"
-#include "graphics/quality/Quality.h"
-
-#include <cstring>
+#include "graphics/quality/Quality_p.h"
 
 namespace corvix {
 
@@ -26,25 +24,17 @@ bool isRotated(const Matrix& unit) noexcept {
   return std::abs(unit.b) + std::abs(unit.c) > 1e-6 * (std::abs(unit.a) + std::abs(unit.d));
 }
 
-// The nearest number of quarter turns clockwise, onto the same box.
+// The nearest number of quarter turns clockwise, onto the same box; what is mirrored stays so.
 ImageTurn nearestTurn(const Matrix& unit) noexcept {
-  const double quarters = std::atan2(unit.b, unit.a) / (std::acos(-1.0) / 2);
-  const auto turn = (static_cast<i32>(std::lround(quarters)) + 4) & 3;
+  const bool isMirrored = unit.determinant() < 0;
+  const double across = isMirrored ? -unit.a : unit.a;
+  const double quarters = std::atan2(unit.b, across) / (std::acos(-1.0) / 2);
+  const auto turn = (static_cast<u32>(std::lround(quarters)) & 3) + (isMirrored ? 4 : 0);
   return static_cast<ImageTurn>(turn);
 }
 
-// The bits of a part of an image. Throws std::bad_alloc.
-bool cutOut(ImageBits& bits, const PixelBox& part) {
-  if (part.left < 0 || part.top < 0 || part.right > bits.width || part.bottom > bits.height ||
-      part.left >= part.right || part.top >= part.bottom) {
-    return false;
-  }
-  if (i64{part.left} * bits.bitsPerPixel % 8) bits = toArgb(bits);
-  bits.pixels = bits.row(part.top) + i64{part.left} * bits.bitsPerPixel / 8;
-  bits.width = part.right - part.left;
-  bits.height = part.bottom - part.top;
-  return true;
-}
+// The clip is asked for, and the rest left out, from this many pixels on.
+constexpr i64 kLargeImage = 1 << 16;
 
 }  // namespace
 
@@ -54,40 +44,79 @@ PixelBox DrawingContext::outputArea() const noexcept {
           static_cast<i32>(std::ceil(std::min(height_, gdi::kGreatest) - origin_.y))};
 }
 
-bool DrawingContext::placeImage(const ImageBits& bits, const Matrix& unitToDevice) {
+PixelBox DrawingContext::seenArea() {
+  PixelBox area = outputArea();
+  Box clip;
+  if (clipBounds(&clip)) {
+    area = {std::max(area.left, static_cast<i32>(std::floor(clip.left))),
+            std::max(area.top, static_cast<i32>(std::floor(clip.top))),
+            std::min(area.right, static_cast<i32>(std::ceil(clip.right))),
+            std::min(area.bottom, static_cast<i32>(std::ceil(clip.bottom)))};
+  }
+  return area;
+}
+
+// With as many pixels around as go into one at the border.
+bool DrawingContext::seenPart(const ImageView& view, const Matrix& unitToDevice, PixelBox& seen) {
+  seen = wholeOf(view);
+  if (i64{view.width} * view.height < kLargeImage) return true;
+  const PixelBox area = seenArea();
+  if (area.left >= area.right || area.top >= area.bottom) return false;
+  const Matrix back = unitToDevice.inverse().then(Matrix::scaling(view.width, view.height));
+  const Matrix areaToImage = Matrix{static_cast<double>(area.right) - area.left,
+                                    0,
+                                    0,
+                                    static_cast<double>(area.bottom) - area.top,
+                                    static_cast<double>(area.left),
+                                    static_cast<double>(area.top)}
+                                 .then(back);
+  const Box box = boxAround(areaToImage);
+  const double aroundX = 3 * std::max(1.0, std::abs(back.a) + std::abs(back.c)) + 2;
+  const double aroundY = 3 * std::max(1.0, std::abs(back.b) + std::abs(back.d)) + 2;
+  const auto within = [](double value, i32 most) { return static_cast<i32>(std::clamp(value, 0.0, double{1} * most)); };
+  seen = {within(std::floor(box.left - aroundX), view.width), within(std::floor(box.top - aroundY), view.height),
+          within(std::ceil(box.right + aroundX), view.width), within(std::ceil(box.bottom + aroundY), view.height)};
+  return seen.left < seen.right && seen.top < seen.bottom;
+}
+
+bool DrawingContext::placeImage(const ImageView& view, const Matrix& unitToDevice, ImageTurn turn,
+                                const Recolor& recolor) {
   const Box box = boxAround(unitToDevice);
   if (!unitToDevice.isFinite() || !(box.right - box.left <= gdi::kGreatest && box.bottom - box.top <= gdi::kGreatest) ||
       !(std::abs(box.left) <= gdi::kGreatest && std::abs(box.top) <= gdi::kGreatest)) {
     return false;
   }
-  const bool smooth = quality().stretchMode() != StretchMode::Fast;
+  if (!unitToDevice.canTurnBack()) return true;  // nothing is left of it
+  bool smooth = quality().stretchMode() != StretchMode::Fast;
+  Matrix placed = unitToDevice;
   const Matrix upright = unitOnto(box.left, box.top, box.right - box.left, box.bottom - box.top);
-  if (unitToDevice.determinant() == 0) return true;  // nothing is left of it
-  if (!isRotated(unitToDevice)) return imageOut(bits, unitToDevice, smooth);
-  switch (quality().rotationMode()) {
-    case RotationMode::DoNotShow:
-      return true;
-    case RotationMode::DoNotRotate:
-      return imageOut(bits, upright, smooth);
-    case RotationMode::QuarterTurns:
-      return withinMemory([&] { return imageOut(turned(bits, nearestTurn(unitToDevice)), upright, smooth); });
-    case RotationMode::Normal:
-      return imageOut(bits, unitToDevice, false);
-    case RotationMode::Best:
-      return imageOut(bits, unitToDevice, smooth);
+  const RotationMode mode = quality().rotationMode();
+  if (turn != ImageTurn::None || isRotated(unitToDevice)) {
+    if (mode == RotationMode::DoNotShow) return true;
+    if (mode == RotationMode::DoNotRotate) turn = ImageTurn::None;
   }
-  return false;
+  if (isRotated(unitToDevice)) {
+    if (mode == RotationMode::QuarterTurns) turn = nearestTurn(unitToDevice);
+    if (mode == RotationMode::QuarterTurns || mode == RotationMode::DoNotRotate) placed = upright;
+    if (mode == RotationMode::Normal) smooth = false;
+  }
+  return withinMemory([&] {
+    PixelBox seen;
+    if (!seenPart(view, turnMatrix(turn).then(placed), seen)) return true;
+    ImageBits bits = makeBits(view, quality().largestImage(), seen);
+    if (recolor) {
+      bits = toArgb(bits);
+      bits.recolor(recolor);
+    }
+    return turn == ImageTurn::None ? imageOut(bits, placed, smooth) : turnedOut(bits, turn, placed, smooth);
+  });
 }
 
 bool DrawingContext::drawImagePart(IAGImage* image, const PixelBox& part, double x, double y, double width,
                                    double height) {
-  if (!canDraw()) return false;
-  return withinMemory([&] {
-    ImageBits bits;
-    // A part is counted in the image's own pixels, none of which may be left out then.
-    return makeBits(image, INT64_MAX, bits) && cutOut(bits, part) &&
-           placeImage(bits, unitOnto(x, y, width, height).then(transform_));
-  });
+  ImageView view;
+  return canDraw() && viewOf(image, view) && cutTo(part, view) &&
+         (isSingular_ || placeImage(view, unitOnto(x, y, width, height).then(transform_)));
 }
 
 bool DrawingContext::drawImage(IAGImage* image, double x, double y, double width, double height) {
@@ -95,44 +124,28 @@ bool DrawingContext::drawImage(IAGImage* image, double x, double y, double width
 }
 
 bool DrawingContext::drawImageTransformed(IAGImage* image, const Matrix& unitToUser) {
-  if (!canDraw()) return false;
-  return withinMemory([&] {
-    ImageBits bits;
-    return makeBits(image, quality().largestImage(), bits) && placeImage(bits, unitToUser.then(transform_));
-  });
+  ImageView view;
+  return canDraw() && viewOf(image, view) && (isSingular_ || placeImage(view, unitToUser.then(transform_)));
 }
 
 bool DrawingContext::drawImagePixel(IAGImage* image, i32 x, i32 y) {
-  if (!canDraw()) return false;
-  return withinMemory([&] {
-    ImageBits bits;
-    return makeBits(image, quality().largestImage(), bits) &&
-           placeImage(bits, unitOnto(x, y, image->width(), image->height()));
-  });
+  ImageView view;
+  return canDraw() && viewOf(image, view) && placeImage(view, unitOnto(x, y, view.width, view.height));
 }
 
 bool DrawingContext::drawImageTurned(IAGImage* image, i32 x, i32 y, i32 width, i32 height, ImageTurn turn) {
-  if (!canDraw()) return false;
-  const RotationMode mode = quality().rotationMode();
-  if (turn != ImageTurn::None && mode == RotationMode::DoNotShow) return true;
-  return withinMemory([&] {
-    ImageBits bits;
-    if (!makeBits(image, quality().largestImage(), bits)) return false;
-    if (turn != ImageTurn::None && mode != RotationMode::DoNotRotate) bits = turned(bits, turn);
-    return placeImage(bits, unitOnto(x, y, width, height));
-  });
+  ImageView view;
+  return canDraw() && viewOf(image, view) &&
+         placeImage(view, unitOnto(x, y, width, height), static_cast<ImageTurn>(static_cast<u32>(turn) & 7));
 }
 
 bool DrawingContext::drawImageMask(IAGImage* image, i32 x, i32 y, i32 width, i32 height) {
-  if (!canDraw() || !image || image->bitsPerPixel() != 1) return false;
-  return withinMemory([&] {
-    ImageView view;
-    if (!viewOf(image, view)) return false;
-    const Color colors[2] = {0, fillColor_};
-    view.palette = colors;
-    view.paletteSize = 2;
-    return placeImage(toArgb(view), unitOnto(x, y, width, height));
-  });
+  ImageView view;
+  if (!canDraw() || !viewOf(image, view) || view.bitsPerPixel != 1) return false;
+  const Color colors[2] = {0, fillColor_};
+  view.palette = colors;
+  view.paletteSize = 2;
+  return placeImage(view, unitOnto(x, y, width, height));
 }
 
 bool DrawingContext::blitOut(HDC source, i32 x, i32 y, i32 width, i32 height) {
@@ -146,25 +159,40 @@ bool DrawingContext::blitOut(HDC source, i32 x, i32 y, i32 width, i32 height) {
 }
 
 bool DrawingContext::drawImageOffscreen(IAGImage* image, i32 x, i32 y, i32 width, i32 height) {
-  if (!canDraw() || width <= 0 || height <= 0) return false;
+  ImageView view;
+  RECT box;
+  // With a negative size the image lies on the other side of its corner, turned over.
+  if (!canDraw() || !viewOf(image, view) ||
+      !gdi::roundRect(x, y, static_cast<double>(x) + width, static_cast<double>(y) + height, box) ||
+      IsRectEmpty(&box)) {
+    return false;
+  }
+  const PixelBox area = seenArea();
+  const i32 left = std::max<i32>(box.left, area.left);
+  const i32 top = std::max<i32>(box.top, area.top);
+  const i32 seenWidth = std::min<i32>(box.right, area.right) - left;
+  const i32 seenHeight = std::min<i32>(box.bottom, area.bottom) - top;
+  if (seenWidth <= 0 || seenHeight <= 0) return true;
   beginGdi();
   const gdi::MemoryDevice memory(CreateCompatibleDC(device_));
-  const gdi::PixelBitmap pixels = gdi::createPixels(width, height, 24);
-  int left;
-  int top;
-  if (!memory || !pixels.bitmap || !gdi::roundPixel(x + origin_.x, left) || !gdi::roundPixel(y + origin_.y, top)) {
+  const gdi::PixelBitmap pixels = gdi::createPixels(seenWidth, seenHeight, 24);
+  int deviceX;
+  int deviceY;
+  if (!memory || !pixels.bitmap || !gdi::roundPixel(left + origin_.x, deviceX) ||
+      !gdi::roundPixel(top + origin_.y, deviceY)) {
     return false;
   }
   const gdi::Selected selected = gdi::select(memory.get(), pixels.bitmap.get());
-  const POINT from = local(left, top);
-  // What shines through the image is what was there.
-  if (!selected || !BitBlt(memory.get(), 0, 0, width, height, device_, from.x, from.y, SRCCOPY)) return false;
+  const POINT from = local(deviceX, deviceY);
+  // Where the image is transparent, what the context shows now is to be seen.
+  if (!selected || !BitBlt(memory.get(), 0, 0, seenWidth, seenHeight, device_, from.x, from.y, SRCCOPY)) return false;
   const Ref<IAGDC> offscreen = Ref<IAGDC>::adopt(createDetached());
-  if (!offscreen || !offscreen->attach(memory.get(), width, height)) return false;
+  if (!offscreen || !offscreen->attach(memory.get(), seenWidth, seenHeight)) return false;
   offscreen->setInterpolation(interpolation());
+  offscreen->setOrigin(static_cast<double>(x) - left, static_cast<double>(y) - top);
   const bool isDrawn = offscreen->drawImage(image, 0, 0, width, height);
   offscreen->detach();
-  return isDrawn && blitOut(memory.get(), x, y, width, height);
+  return isDrawn && blitOut(memory.get(), left, top, seenWidth, seenHeight);
 }
 
 bool DrawingContext::drawImageThroughMemory(IAGImage* image, i32 x, i32 y) {

@@ -1,6 +1,8 @@
 // Moves, lines, curves and paths: drawn at once, or added to the path under construction.
 #include "graphics/contexts/DrawingContext_p.h"
-#include "graphics/quality/Quality.h"
+#include "graphics/quality/Quality_p.h"
+
+#include <utility>
 
 namespace corvix {
 
@@ -24,8 +26,16 @@ Box DrawingContext::roomAround(double penPixels) const noexcept {
   return {-room, -room, std::max(width_, 0.0) + room, std::max(height_, 0.0) + room};
 }
 
-template <class Out>
-bool DrawingContext::fitStroke(const Path& path, Out out) {
+bool DrawingContext::fitsNumbers(const Path& path, const Box& onDevice) const noexcept {
+  const double greatest = greatestCoordinate();
+  const Box numbers = {-greatest, -greatest, greatest, greatest};
+  Box own = {onDevice.left - origin_.x, onDevice.top - origin_.y, onDevice.right - origin_.x,
+             onDevice.bottom - origin_.y};
+  if (!transform_.isIdentity() && !path.bounds({}, own)) return false;
+  return contains(numbers, onDevice) && contains(numbers, own);
+}
+
+bool DrawingContext::fitStroke(const Path& path, Fit& fit) const {
   const Matrix matrix = fullTransform();
   const double pen = line_.width * penScale();
   Box box;
@@ -33,45 +43,48 @@ bool DrawingContext::fitStroke(const Path& path, Out out) {
   const double miter = line_.join == kJoinMiter ? std::min(std::max(line_.miterLimit, 1.0), 64.0) : 1.0;
   const Box room = roomAround(pen * miter);
   const bool isFar = quality().softwareClipping.load(std::memory_order_relaxed) && !contains(room, box);
-  const double greatest = greatestCoordinate();
-  if (!isFar && !contains({-greatest, -greatest, greatest, greatest}, box)) return false;
   const bool isDashed = line_.isDashed && !drawsThinLinesOnly();
-  if (!isFar && !(isDashed && cutsDashes())) return out(path, false);
-  return withinMemory([&] {
-    DashPattern dash;
-    std::vector<double> lengths;
-    if (isDashed) {
-      lengths.assign(line_.dashes.begin(), line_.dashes.end());
-      if (lengths.size() % 2) lengths.insert(lengths.end(), line_.dashes.begin(), line_.dashes.end());
-      double period = 0;
-      for (const double length : lengths) period += length;
-      if (period * penScale() >= kFinestDash) dash = {lengths.data(), lengths.size(), line_.dashPhase};
-    }
-    const Path cut = corvix::clipStroke(path, matrix, room, dash);
-    return cut.empty() || out(cut, isDashed);
-  });
+  if (!isFar && !(isDashed && cutsDashes())) {
+    fit.whole = &path;
+    return fitsNumbers(path, box);
+  }
+  DashPattern dash;
+  std::vector<double> lengths;
+  if (isDashed) {
+    lengths.assign(line_.dashes.begin(), line_.dashes.end());
+    if (lengths.size() % 2) lengths.insert(lengths.end(), line_.dashes.begin(), line_.dashes.end());
+    double period = 0;
+    for (const double length : lengths) period += length;
+    if (period * penScale() >= kFinestDash) dash = {lengths.data(), lengths.size(), line_.dashPhase};
+  }
+  fit.part = corvix::clipStroke(path, matrix, room, dash);
+  fit.isCut = isDashed;
+  return fit.part.empty() || (fit.part.bounds(matrix, box) && fitsNumbers(fit.part, box));
 }
 
-template <class Out>
-bool DrawingContext::fitFill(const Path& path, Out out) {
+bool DrawingContext::fitFill(const Path& path, Fit& fit) const {
   const Matrix matrix = fullTransform();
   Box box;
   if (!path.bounds(matrix, box)) return false;
   const Box room = roomAround(0);
-  const double greatest = greatestCoordinate();
-  if (!quality().softwareClipping.load(std::memory_order_relaxed)) {
-    return contains({-greatest, -greatest, greatest, greatest}, box) && out(path);
+  if (!quality().softwareClipping.load(std::memory_order_relaxed) || contains(room, box)) {
+    fit.whole = &path;
+    return fitsNumbers(path, box);
   }
-  if (contains(room, box)) return out(path);
-  return withinMemory([&] { return out(clipFill(path, matrix, room)); });
+  fit.part = clipFill(path, matrix, room);
+  return fit.part.empty() || (fit.part.bounds(matrix, box) && fitsNumbers(fit.part, box));
 }
 
 bool DrawingContext::strokeFitted(const Path& path) {
-  return fitStroke(path, [this](const Path& fit, bool isCut) { return strokeOut(fit, isCut); });
+  Fit fit;
+  if (!fitStroke(path, fit)) return false;
+  return isSingular_ || !fit.path().hasPieces() || strokeOut(fit.path(), fit.isCut);
 }
 
 bool DrawingContext::fillFitted(const Path& path) {
-  return fitFill(path, [this](const Path& fit) { return fit.empty() || fillOut(fit); });
+  Fit fit;
+  if (!fitFill(path, fit)) return false;
+  return isSingular_ || !fit.path().hasPieces() || fillOut(fit.path());
 }
 
 bool DrawingContext::moveTo(double x, double y) {
@@ -122,13 +135,12 @@ bool DrawingContext::curveToPixel(i32 x1, i32 y1, i32 x2, i32 y2, i32 x, i32 y) 
 }
 
 bool DrawingContext::curvesTo(const Point* points, i32 count) {
-  if (!canDraw() || count <= 0 || count % 3 || !points) return false;
-  for (i32 i = 0; i < count; ++i) {
-    if (!isFinite(points[i])) return false;
-  }
+  if (!(isPathOpen_ || canDraw()) || count <= 0 || count % 3 || !points) return false;
+  if (!std::all_of(points, points + count, isFinite)) return false;
   return withinMemory([&] {
     Path curves;
     Path& to = isPathOpen_ ? path_ : curves;
+    to.makeRoom(static_cast<std::size_t>(count / 3), 3);
     Point from = current_;
     for (i32 i = 0; i < count; i += 3) {
       to.curveTo(from, points[i], points[i + 1], points[i + 2]);
@@ -151,30 +163,58 @@ bool DrawingContext::linePixel(i32 x1, i32 y1, i32 x2, i32 y2) {
 }
 
 bool DrawingContext::lines(const Point* points, i32 count) {
-  if (!canDraw() || count <= 0 || count % 2 || !points) return false;
+  if (count <= 0 || count % 2 || !points) return false;
+  if (isPathOpen_) return addLines(points, count);
+  if (!canDraw()) return false;
   const Matrix matrix = fullTransform();
   const Box room = roomAround(0);
-  const bool isPlain = !isPathOpen_ && !(line_.isDashed && cutsDashes()) && line_.width * penScale() < kRoom;
-  bool isDrawn = true;
-  for (i32 i = 0; i < count; i += 2) {
-    const Point from = points[i];
-    const Point to = points[i + 1];
-    const Point a = matrix.apply(from);
-    const Point b = matrix.apply(to);
-    if (isPlain && contains(room, {a.x, a.y, a.x, a.y}) && contains(room, {b.x, b.y, b.x, b.y})) {
-      isDrawn = lineOut(from, to) && isDrawn;
-      continue;
+  const double greatest = greatestCoordinate();
+  const Box numbers = {-greatest, -greatest, greatest, greatest};
+  const bool isPlain = !(line_.isDashed && cutsDashes()) && line_.width * penScale() < kRoom;
+  const auto isNear = [&](Point p) {
+    const Point device = matrix.apply(p);
+    return contains(room, {device.x, device.y, device.x, device.y}) && contains(numbers, {p.x, p.y, p.x, p.y});
+  };
+  // All that can be refused is, before the first is drawn.
+  return withinMemory([&] {
+    std::vector<Fit, HeapAllocator<Fit>> others;
+    for (i32 i = 0; i < count; i += 2) {
+      if (isPlain && isNear(points[i]) && isNear(points[i + 1])) continue;
+      Path line;
+      line.moveTo(points[i]);
+      line.lineTo(points[i], points[i + 1]);
+      Fit fit;
+      if (!isFinite(points[i]) || !isFinite(points[i + 1]) || !fitStroke(line, fit)) return false;
+      if (std::exchange(fit.whole, nullptr)) fit.part = std::move(line);
+      others.push_back(std::move(fit));
     }
-    isDrawn = isFinite(from) && isFinite(to) && withinMemory([&] {
-                Path lone;
-                Path& path = isPathOpen_ ? path_ : lone;
-                path.moveTo(from);
-                path.lineTo(from, to);
-                return isPathOpen_ || strokeFitted(lone);
-              }) &&
-              isDrawn;
-  }
-  return isDrawn;
+    if (isSingular_) return true;
+    if (!readyToStroke(!others.empty() && others.front().isCut)) return false;
+    auto other = others.begin();
+    bool isDrawn = true;
+    for (i32 i = 0; i < count; i += 2) {
+      if (isPlain && isNear(points[i]) && isNear(points[i + 1])) {
+        isDrawn = lineOut(points[i], points[i + 1]) && isDrawn;
+        continue;
+      }
+      isDrawn = (!other->path().hasPieces() || strokeOut(other->path(), other->isCut)) && isDrawn;
+      ++other;
+    }
+    return isDrawn;
+  });
+}
+
+bool DrawingContext::addLines(const Point* points, i32 count) noexcept {
+  if (!std::all_of(points, points + count, isFinite)) return false;
+  return withinMemory([&] {
+    path_.makeRoom(static_cast<std::size_t>(count), 1);
+    for (i32 i = 0; i < count; i += 2) {
+      path_.moveTo(points[i]);
+      path_.lineTo(points[i], points[i + 1]);
+    }
+    current_ = points[count - 1];
+    return true;
+  });
 }
 
 bool DrawingContext::strokePolyline(const Point* points, i32 count) {
@@ -188,28 +228,50 @@ bool DrawingContext::strokePolyline(const Point* points, i32 count) {
 }
 
 bool DrawingContext::rectangle(double x, double y, double width, double height) {
-  if (!canDraw() || !isFinite({x, y}) || !isFinite({x + width, y + height})) return false;
+  if (!(isPathOpen_ || canDraw()) || !isFinite({x, y}) || !isFinite({x + width, y + height})) return false;
   return withinMemory([&] {
     Path lone;
     Path& path = isPathOpen_ ? path_ : lone;
     path.rectangle(x, y, width, height);
-    return isPathOpen_ || strokeFitted(lone);
+    if (!isPathOpen_) return strokeFitted(lone);
+    current_ = {x, y};
+    return true;
   });
 }
 
 bool DrawingContext::drawPath(PathPaint paint) {
   if (!canDraw() || path_.empty()) return false;
-  const bool isFilled = paint == PathPaint::Stroke || fillFitted(path_);
-  return (paint == PathPaint::Fill || strokeFitted(path_)) && isFilled;
+  return withinMemory([&] {
+    Fit inside;
+    Fit outline;
+    if ((paint != PathPaint::Stroke && !fitFill(path_, inside)) ||
+        (paint != PathPaint::Fill && !fitStroke(path_, outline))) {
+      return false;
+    }
+    const bool isFilled = !isSingular_ && paint != PathPaint::Stroke && inside.path().hasPieces();
+    const bool isStroked = !isSingular_ && paint != PathPaint::Fill && outline.path().hasPieces();
+    if ((isFilled && !readyToFill()) || (isStroked && !readyToStroke(outline.isCut))) return false;
+    const bool isDone = !isFilled || fillOut(inside.path());
+    return (!isStroked || strokeOut(outline.path(), outline.isCut)) && isDone;
+  });
+}
+
+bool DrawingContext::clipTo(const Path& path) {
+  Fit fit;
+  return fitFill(path, fit) && clipOut(isSingular_ || !fit.path().hasPieces() ? Path() : fit.path());
 }
 
 bool DrawingContext::clipPath() {
-  return canDraw() && !path_.empty() && fitFill(path_, [this](const Path& fit) { return clipOut(fit); });
+  return canDraw() && !path_.empty() && withinMemory([&] { return clipTo(path_); });
 }
 
 bool DrawingContext::clipStroke() {
-  return canDraw() && !path_.empty() &&
-         fitStroke(path_, [this](const Path& fit, bool isCut) { return clipStrokeOut(fit, isCut); });
+  return canDraw() && !path_.empty() && withinMemory([&] {
+           Fit fit;
+           if (!fitStroke(path_, fit)) return false;
+           if (isSingular_ || !fit.path().hasPieces()) return clipOut(Path());
+           return clipStrokeOut(fit.path(), fit.isCut);
+         });
 }
 
 bool DrawingContext::clipPolygon(const Point* points, i32 count) {
@@ -219,7 +281,7 @@ bool DrawingContext::clipPolygon(const Point* points, i32 count) {
     polygon.moveTo(points[0]);
     for (i32 i = 1; i < count; ++i) polygon.lineTo(points[i - 1], points[i]);
     polygon.close();
-    return fitFill(polygon, [this](const Path& fit) { return clipOut(fit); });
+    return clipTo(polygon);
   });
 }
 

@@ -48,6 +48,7 @@ bool DrawingContext::setPixelAt(double x, double y, Color color) {
   const Point p = transform_.apply({x, y});
   int pixelX;
   int pixelY;
+  if (isSingular_) return canDraw() && isFinite(p);
   return gdi::roundPixel(p.x, pixelX) && gdi::roundPixel(p.y, pixelY) && setPixel(pixelX, pixelY, color);
 }
 

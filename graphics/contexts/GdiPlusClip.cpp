@@ -1,7 +1,8 @@
 // Clipping in a GDI+ context. Regions count from the origin, without the user transform.
-#include "graphics/contexts/GdiPlusContext.h"
+#include "graphics/contexts/AGDC_p.h"
 
 #include <cfloat>
+#include <utility>
 
 namespace corvix {
 
@@ -13,8 +14,9 @@ bool fits(double x, double y, double width, double height, Gdiplus::RectF& rect)
   for (const double number : {x, y, width, height}) {
     if (!(std::abs(number) <= double{FLT_MAX})) return false;
   }
-  rect = Gdiplus::RectF(static_cast<float>(x), static_cast<float>(y), static_cast<float>(width),
-                        static_cast<float>(height));
+  // A negative size counts from the other side.
+  rect = Gdiplus::RectF(static_cast<float>(std::min(x, x + width)), static_cast<float>(std::min(y, y + height)),
+                        static_cast<float>(std::abs(width)), static_cast<float>(std::abs(height)));
   return true;
 }
 
@@ -41,11 +43,9 @@ bool AGDC::clipRect(double x, double y, double width, double height) {
     const Point corners[4] = {{x, y}, {x + width, y}, {x + width, y + height}, {x, y + height}};
     return clipPolygon(corners, 4);
   }
-  const bool isDone = clips_.change(
-      [&](Gdiplus::GpRegion* region) {
-        return flat().GdipCombineRegionRect(region, &rect, Gdiplus::CombineModeIntersect);
-      },
-      [&](Gdiplus::GpRegion** made) { return flat().GdipCreateRegionRect(&rect, made); });
+  const bool isFirst = !clips_.current();
+  const bool isDone = clips_.narrow(rect);
+  if (isDone && !isFirst && clips_.wasSimplified()) return clipChanged(true);
   onDevice_.reset();
   if (isDone && graphics_ && isPrepared_) {
     auto& graphics = *graphics_.get();
@@ -86,15 +86,15 @@ bool AGDC::clipRegion(RegionHandle region) {
 bool AGDC::setClipRegion(RegionHandle region) {
   if (!canDraw()) return false;
   if (!region) return resetClip();
-  return clipChanged(clips_.replace(gdiplus::makeWhole<gdiplus::OwnedRegion>(
+  return clipChanged(clips_.replace(gdiplus::makeWhole<gdiplus::OwnedClip>(
       [region](Gdiplus::GpRegion** made) { return flat().GdipCreateRegionHrgn(region, made); })));
 }
 
-bool AGDC::clipOut(const Path& path) {
-  if (!tracePath(path, transform_.isIdentity() ? nullptr : &transform_)) return false;
+bool AGDC::clipNothing() noexcept { return clipChanged(clips_.narrow(Gdiplus::RectF(0, 0, 0, 0))); }
+
+// By the path in `native_`.
+bool AGDC::clipByNative() noexcept {
   Gdiplus::GpPath* const native = native_.get()->native;
-  const auto mode = fillRule_ == FillRule::Winding ? Gdiplus::FillModeWinding : Gdiplus::FillModeAlternate;
-  native_.get()->keep(flat().GdipSetPathFillMode(native, mode));
   return clipChanged(clips_.change(
       [native](Gdiplus::GpRegion* region) {
         return flat().GdipCombineRegionPath(region, native, Gdiplus::CombineModeIntersect);
@@ -102,24 +102,37 @@ bool AGDC::clipOut(const Path& path) {
       [native](Gdiplus::GpRegion** made) { return flat().GdipCreateRegionPath(native, made); }));
 }
 
+bool AGDC::clipOut(const Path& path) {
+  if (!path.hasPieces()) return clipNothing();
+  if (!tracePath(path, transform_.isIdentity() ? nullptr : &transform_)) return false;
+  const auto mode = fillRule_ == FillRule::Winding ? Gdiplus::FillModeWinding : Gdiplus::FillModeAlternate;
+  native_.get()->keep(flat().GdipSetPathFillMode(native_.get()->native, mode));
+  return clipByNative();
+}
+
 bool AGDC::clipStrokeOut(const Path& path, bool isCut) {
-  if (!preparePen(isCut) || !tracePath(path, nullptr)) return false;
+  // The thinnest line covers a pixel.
+  const double thinnest = 1 / penScale();
+  const bool isThin = isHairline_ || line_.width < thinnest;
+  const double width = isThin ? std::exchange(line_.width, thinnest) : line_.width;
+  const bool isHairline = std::exchange(isHairline_, false);
+  isPenStale_ = isPenStale_ || isThin;
+  const bool isReady = preparePen(isCut || isHairline) && tracePath(path, nullptr);
+  line_.width = width;
+  isHairline_ = isHairline;
+  isPenStale_ = isPenStale_ || isThin;
+  if (!isReady) return false;
   Gdiplus::GpPath* const native = native_.get()->native;
-  const double scale = penScale() > 0 ? penScale() : 1;
   native_.get()->keep(flat().GdipSetPathFillMode(native, Gdiplus::FillModeWinding));
   if (!native_.get()->keep(
-          flat().GdipWidenPath(native, pen_.get()->native, nullptr, static_cast<float>(0.25 / scale)))) {
+          flat().GdipWidenPath(native, pen_.get()->native, nullptr, static_cast<float>(0.25 / penScale())))) {
     return false;
   }
   native_.get()->keep(flat().GdipSetPathFillMode(native, Gdiplus::FillModeWinding));
   if (!transform_.isIdentity() && matrix_ && matrix_.get()->native) {
     native_.get()->keep(flat().GdipTransformPath(native, matrix_.get()->native));
   }
-  return clipChanged(clips_.change(
-      [native](Gdiplus::GpRegion* region) {
-        return flat().GdipCombineRegionPath(region, native, Gdiplus::CombineModeIntersect);
-      },
-      [native](Gdiplus::GpRegion** made) { return flat().GdipCreateRegionPath(native, made); }));
+  return clipByNative();
 }
 
 bool AGDC::resetClip() {
@@ -212,6 +225,7 @@ bool AGDC::isRectVisible(double x, double y, double width, double height) {
   const Point b = transform_.apply({x + width, y + height});
   const Point c = transform_.apply({x + width, y});
   const Point d = transform_.apply({x, y + height});
+  if (!isFinite(a) || !isFinite(b) || !isFinite(c) || !isFinite(d)) return false;
   const double left = std::max(std::min({a.x, b.x, c.x, d.x}), static_cast<double>(area.left));
   const double top = std::max(std::min({a.y, b.y, c.y, d.y}), static_cast<double>(area.top));
   const double right = std::min(std::max({a.x, b.x, c.x, d.x}), static_cast<double>(area.right));

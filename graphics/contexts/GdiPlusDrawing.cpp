@@ -1,6 +1,6 @@
 // Strokes and fills of a GDI+ context.
-#include "graphics/contexts/GdiPlusContext.h"
-#include "graphics/quality/Quality.h"
+#include "graphics/contexts/AGDC_p.h"
+#include "graphics/quality/Quality_p.h"
 
 #include <cfloat>
 
@@ -73,8 +73,8 @@ bool AGDC::tracePath(const Path& path, const Matrix* matrix) noexcept {
   };
   Gdiplus::GpPath* const native = emptyPath();
   if (!native) return false;
-  const bool isLong = work_ && path.pointCount() > std::size(work_.get()->points);
-  if (isLong) work_.get()->count = 0;
+  const bool isLong = work_ && path.pointCount() > std::size(work_->points);
+  if (isLong) work_->count = 0;
   Sink sink{native, matrix, isLong ? work_.get() : nullptr};
   return path.replay(sink) && sink.flush();
 }

@@ -1,8 +1,8 @@
 // How lines are drawn; what pens are made from.
 #pragma once
 
-#include "core/baselib/memory/HeapAllocated.h"
-#include "graphics/AGDC.h"
+#include "core/baselib/heap/HeapAllocated.h"
+#include "graphics/IAGDC.h"
 
 #include <algorithm>
 #include <vector>

@@ -2,7 +2,7 @@
 // or whatever the screen has when that cannot be had.
 #pragma once
 
-#include "graphics/gdi/Gdi.h"
+#include "graphics/gdi/Gdi_p.h"
 
 namespace corvix {
 

@@ -84,7 +84,7 @@ bool AGDCPlain::clipRegion(RegionHandle region) {
 }
 
 bool AGDCPlain::clipOut(const Path& path) {
-  if (path.empty()) return intersect(gdi::Region(CreateRectRgn(0, 0, 0, 0)));
+  if (!path.hasPieces()) return intersect(gdi::Region(CreateRectRgn(0, 0, 0, 0)));
   if (!tracePath(path)) return false;
   SetPolyFillMode(device_, fillRule_ == FillRule::Winding ? WINDING : ALTERNATE);
   gdi::Region region(PathToRegion(device_));
@@ -95,8 +95,11 @@ bool AGDCPlain::clipOut(const Path& path) {
 
 bool AGDCPlain::clipStrokeOut(const Path& path, bool isCut) {
   const PenKind kind = std::exchange(pen_.kind, PenKind::Geometric);  // only such a pen has an outline
+  const bool isHairline = kind == PenKind::Hairline;
+  const double width = isHairline ? std::exchange(line_.width, 1) : line_.width;
   isPenStale_ = true;
-  const bool isWidened = preparePen(isCut) && tracePath(path) && WidenPath(device_);
+  const bool isWidened = preparePen(isCut || isHairline) && tracePath(path) && WidenPath(device_);
+  line_.width = width;
   pen_.kind = kind;
   isPenStale_ = true;
   if (!isWidened) {

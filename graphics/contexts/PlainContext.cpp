@@ -1,6 +1,6 @@
 #include "graphics/contexts/PlainContext_p.h"
 
-#include "graphics/quality/Quality.h"
+#include "graphics/quality/Quality_p.h"
 
 namespace corvix {
 
@@ -44,6 +44,12 @@ bool AGDCPlain::detach() {
   if (savedState_) RestoreDC(device_, savedState_);
   savedState_ = 0;
   baseClip_.reset();
+  onDevice_.reset();
+  clip_.reset();
+  saved_.clear();
+  penObject_.reset();
+  brushObject_.reset();
+  isPenStale_ = isBrushStale_ = true;
   return DrawingContext::detach();
 }
 
@@ -77,7 +83,7 @@ bool AGDCPlain::moveTo(double x, double y) {
 
 void AGDCPlain::colorsChanged() noexcept { isPenStale_ = isBrushStale_ = true; }
 
-bool AGDCPlain::cutsDashes() noexcept {
+bool AGDCPlain::cutsDashes() const noexcept {
   return line_.dashPhase != 0 || line_.dashes.size() > kMostGdiDashes ||
          std::any_of(line_.dashes.begin(), line_.dashes.end(),
                      [](double length) { return length < 1 || std::abs(length - std::round(length)) > 0.01; });
@@ -175,6 +181,8 @@ bool AGDCPlain::fillRect(double x, double y, double width, double height) {
 
 bool AGDCPlain::patternRectPixel(i32 x, i32 y, i32 width, i32 height, const u8* pattern) {
   if (!isAttached_ || !pattern) return false;
+  RECT rect;
+  if (!gdi::roundRect(x, y, static_cast<double>(x) + width, static_cast<double>(y) + height, rect)) return false;
   u16 rows[8];  // each padded to a word
   for (int i = 0; i < 8; ++i) rows[i] = pattern[i];
   const gdi::Bitmap bitmap(CreateBitmap(8, 8, 1, 1, rows));
@@ -183,7 +191,8 @@ bool AGDCPlain::patternRectPixel(i32 x, i32 y, i32 width, i32 height, const u8* 
   const gdi::Selected selected = gdi::select(device_, brush.get());
   const COLORREF text = SetTextColor(device_, gdi::colorRef(backgroundColor_));  // of the zeroes
   const COLORREF back = SetBkColor(device_, gdi::colorRef(fillColor_));
-  const bool isDrawn = PatBlt(device_, x, y, width, height, PATCOPY) != 0;
+  const bool isDrawn =
+      PatBlt(device_, rect.left, rect.top, rect.right - rect.left, rect.bottom - rect.top, PATCOPY) != 0;
   SetTextColor(device_, text);
   SetBkColor(device_, back);
   return isDrawn;
@@ -270,11 +279,25 @@ bool AGDCPlain::fillOut(const Path& path) {
 
 namespace {
 
-// The bounds of a circle or an ellipse, whose right and bottom GDI leaves out.
-bool around(double x, double y, double radiusX, double radiusY, RECT& box) noexcept {
-  if (!(radiusX >= 0 && radiusY >= 0) || !gdi::roundRect(x - radiusX, y - radiusY, x + radiusX, y + radiusY, box)) {
-    return false;
-  }
+// The pixels within a circle or an ellipse; GDI leaves out the right and the bottom of a box.
+bool within(double x, double y, double radiusX, double radiusY, RECT& box) noexcept {
+  return radiusX >= 0 && radiusY >= 0 && gdi::roundRect(x - radiusX, y - radiusY, x + radiusX, y + radiusY, box);
+}
+
+bool fitted(const PixelBox& box, RECT& rect) noexcept {
+  return gdi::roundRect(box.left, box.top, box.right, box.bottom, rect);
+}
+
+// Larger ellipses and arcs are refused: Wine takes a second and more for them, and writes outside its memory at ten
+// times that size.
+bool isDrawable(const RECT& box) noexcept {
+  constexpr i32 kMost = 1 << 20;
+  return box.right - box.left <= kMost && box.bottom - box.top <= kMost;
+}
+
+// Those that a thin line on it runs through.
+bool along(double x, double y, double radiusX, double radiusY, RECT& box) noexcept {
+  if (!within(x, y, radiusX, radiusY, box)) return false;
   ++box.right;
   ++box.bottom;
   return true;
@@ -283,7 +306,7 @@ bool around(double x, double y, double radiusX, double radiusY, RECT& box) noexc
 }  // namespace
 
 bool AGDCPlain::ellipseIn(const RECT& box, bool isFilled) noexcept {
-  if (!isAttached_) return false;
+  if (!isAttached_ || !isDrawable(box)) return false;
   const auto width = isFilled ? 0 : static_cast<int>(std::floor(line_.width + 0.5));
   const gdi::Pen pen(CreatePen(PS_SOLID, width, gdi::colorRef(isFilled ? fillColor_ : strokeColor_)));
   if (!pen || !prepareBrush()) return false;
@@ -293,7 +316,7 @@ bool AGDCPlain::ellipseIn(const RECT& box, bool isFilled) noexcept {
 }
 
 bool AGDCPlain::arcIn(const RECT& box, POINT start, POINT end) noexcept {
-  if (!isAttached_) return false;
+  if (!isAttached_ || !isDrawable(box)) return false;
   const gdi::Pen pen(CreatePen(PS_SOLID, static_cast<int>(std::floor(line_.width + 0.5)), gdi::colorRef(strokeColor_)));
   if (!pen) return false;
   const gdi::Selected selected = gdi::select(device_, pen.get());
@@ -301,12 +324,13 @@ bool AGDCPlain::arcIn(const RECT& box, POINT start, POINT end) noexcept {
 }
 
 bool AGDCPlain::arcPixel(const PixelBox& box, i32 startX, i32 startY, i32 endX, i32 endY) {
-  return arcIn({box.left, box.top, box.right, box.bottom}, {startX, startY}, {endX, endY});
+  RECT rect;
+  return fitted(box, rect) && arcIn(rect, {startX, startY}, {endX, endY});
 }
 
 bool AGDCPlain::arc(double centerX, double centerY, double radiusX, double radiusY, double start, double sweep) {
   RECT box;
-  if (!std::isfinite(start) || !std::isfinite(sweep) || !around(centerX, centerY, radiusX, radiusY, box)) return false;
+  if (!std::isfinite(start) || !std::isfinite(sweep) || !along(centerX, centerY, radiusX, radiusY, box)) return false;
   if (sweep == 0) return isAttached_;
   const double degree = std::acos(-1.0) / 180;
   // Far out, so that rounding does not turn the ends.
@@ -320,17 +344,19 @@ bool AGDCPlain::arc(double centerX, double centerY, double radiusX, double radiu
 }
 
 bool AGDCPlain::ellipsePixel(const PixelBox& box) {
-  return ellipseIn({box.left, box.top, box.right, box.bottom}, false);
+  RECT rect;
+  return fitted(box, rect) && ellipseIn(rect, false);
 }
 
 bool AGDCPlain::ellipse(double centerX, double centerY, double radiusX, double radiusY) {
   RECT box;
-  return around(centerX, centerY, radiusX, radiusY, box) && ellipseIn(box, false);
+  return along(centerX, centerY, radiusX, radiusY, box) && ellipseIn(box, false);
 }
 
 bool AGDCPlain::fillEllipse(double centerX, double centerY, double radiusX, double radiusY) {
   RECT box;
-  return around(centerX, centerY, radiusX, radiusY, box) && ellipseIn(box, true);
+  if (!within(centerX, centerY, radiusX, radiusY, box)) return false;
+  return IsRectEmpty(&box) ? isAttached_ : ellipseIn(box, true);
 }
 
 }  // namespace corvix

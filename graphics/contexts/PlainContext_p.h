@@ -1,7 +1,7 @@
 // AGDCPlain: the context that draws with GDI alone. What it changes on the device context is undone by `detach`.
 #pragma once
 
-#include "graphics/AGDCCreator.h"
+#include "graphics/IAGDCCreator.h"
 #include "graphics/contexts/DrawingContext_p.h"
 
 #include <memory>
@@ -71,14 +71,17 @@ class AGDCPlain : public DrawingContext {
   void colorsChanged() noexcept override;
   HRGN deviceClip() noexcept override;
   double greatestCoordinate() const noexcept override { return gdi::kGreatest; }
-  bool cutsDashes() noexcept override;
+  bool cutsDashes() const noexcept override;
   bool drawsThinLinesOnly() const noexcept override { return pen_.kind == PenKind::Hairline; }
+  bool readyToStroke(bool isCut) override { return preparePen(isCut); }
+  bool readyToFill() override { return prepareBrush(); }
   bool strokeOut(const Path& path, bool isCut) override;
   bool fillOut(const Path& path) override;
   bool clipOut(const Path& path) override;
   bool clipStrokeOut(const Path& path, bool isCut) override;
   bool lineOut(Point from, Point to) override;
   bool imageOut(const ImageBits& bits, const Matrix& unitToDevice, bool smooth) override;
+  bool turnedOut(const ImageBits& bits, ImageTurn turn, const Matrix& unitToDevice, bool smooth) override;
 
  private:
   enum class PenKind { FromLineState, Hairline, Geometric };
@@ -99,6 +102,7 @@ class AGDCPlain : public DrawingContext {
   void applyClip() noexcept;
   // With a temporary pen, and the fill colour inside or nothing.
   bool ellipseIn(const RECT& box, bool isFilled) noexcept;
+  bool drawRecolored(IAGImage* image, i32 x, i32 y, i32 width, i32 height, const Recolor& recolor);
   bool arcIn(const RECT& box, POINT start, POINT end) noexcept;
 
   int savedState_ = 0;

@@ -1,6 +1,6 @@
 // Images through GDI. What GDI cannot place by itself (turned, transparent) is sampled here first.
 #include "graphics/contexts/PlainContext_p.h"
-#include "graphics/quality/Quality.h"
+#include "graphics/quality/Quality_p.h"
 
 namespace corvix {
 
@@ -46,18 +46,6 @@ int stretchModeFor(const ImageBits& bits, const RECT& box) noexcept {
 
 u32 clampLevel(float level) noexcept { return static_cast<u32>(std::clamp(level, 0.0F, 1.0F) * 255 + 0.5F); }
 
-// Every pixel of 32 bits through `change`.
-template <class Change>
-void eachColor(ImageBits& bits, Change change) {
-  for (i32 y = 0; y < bits.height; ++y) {
-    auto* const row =
-        reinterpret_cast<Color*>(bits.converted.data() + static_cast<std::ptrdiff_t>(bits.strideBytes) * y);
-    for (i32 x = 0; x < bits.width; ++x)
-      row[x] = change(argb(bits.hasAlpha ? alphaOf(row[x]) : 255, redOf(row[x]), greenOf(row[x]), blueOf(row[x])));
-  }
-  bits.hasAlpha = true;
-}
-
 bool blendOut(HDC device, const ImageBits& bits, i32 x, i32 y) noexcept {
   const gdi::PixelBitmap pixels = gdi::createPixels(bits.width, bits.height, 32);
   const gdi::MemoryDevice memory(CreateCompatibleDC(device));
@@ -85,61 +73,66 @@ bool AGDCPlain::imageOut(const ImageBits& bits, const Matrix& unitToDevice, bool
   if (isUpright && !bits.hasAlpha && isPacked(bits) &&
       gdi::roundRect(unitToDevice.e, unitToDevice.f, unitToDevice.e + unitToDevice.a, unitToDevice.f + unitToDevice.d,
                      box)) {
-    const BitsInfo info(bits);
+    BitsInfo info(bits);
+    const PixelBox& seen = bits.seen;
     if (box.right - box.left == bits.width && box.bottom - box.top == bits.height) {
-      return SetDIBitsToDevice(device_, box.left, box.top, static_cast<DWORD>(bits.width),
-                               static_cast<DWORD>(bits.height), 0, 0, 0, static_cast<UINT>(bits.height), bits.pixels,
-                               info.get(), DIB_RGB_COLORS) != 0;
+      const auto rows = static_cast<DWORD>(seen.bottom - seen.top);
+      info.header.biHeight = seen.top - seen.bottom;
+      return SetDIBitsToDevice(device_, box.left + seen.left, box.top + seen.top,
+                               static_cast<DWORD>(seen.right - seen.left), rows, seen.left, 0, 0, rows,
+                               bits.row(seen.top), info.get(), DIB_RGB_COLORS) != 0;
     }
     SetStretchBltMode(device_, stretchModeFor(bits, box));
     SetBrushOrgEx(device_, 0, 0, nullptr);
     return StretchDIBits(device_, box.left, box.top, box.right - box.left, box.bottom - box.top, 0, 0, bits.width,
                          bits.height, bits.pixels, info.get(), DIB_RGB_COLORS, SRCCOPY) != 0;
   }
+  if (isUpright && bits.hasAlpha && unitToDevice.a == bits.width && unitToDevice.d == bits.height &&
+      gdi::roundRect(unitToDevice.e, unitToDevice.f, unitToDevice.e, unitToDevice.f, box)) {
+    return blendOut(device_, bits, box.left, box.top);
+  }
   i32 left = 0;
   i32 top = 0;
   const bool isSampledSmooth = smooth && quality().stretchMode() == StretchMode::Best;
-  const ImageBits sampled = transformed(bits, unitToDevice, outputArea(), isSampledSmooth, left, top);
+  const ImageBits sampled = transformed(bits, unitToDevice, seenArea(), isSampledSmooth, left, top);
   return sampled.width == 0 || blendOut(device_, sampled, left, top);
 }
 
+bool AGDCPlain::turnedOut(const ImageBits& bits, ImageTurn turn, const Matrix& unitToDevice, bool smooth) {
+  return imageOut(turned(bits, turn), unitToDevice, smooth);
+}
+
+bool AGDCPlain::drawRecolored(IAGImage* image, i32 x, i32 y, i32 width, i32 height, const Recolor& recolor) {
+  ImageView view;
+  return isAttached_ && viewOf(image, view) &&
+         placeImage(view,
+                    {static_cast<double>(width), 0, 0, static_cast<double>(height), static_cast<double>(x),
+                     static_cast<double>(y)},
+                    ImageTurn::None, recolor);
+}
+
 bool AGDCPlain::drawImageMatrix(IAGImage* image, i32 x, i32 y, i32 width, i32 height, const float* matrix) {
-  if (!isAttached_ || !matrix) return false;
-  return withinMemory([&] {
-    ImageBits bits;
-    if (!makeBits(image, quality().largestImage(), bits)) return false;
-    bits = toArgb(bits);
-    eachColor(bits, [matrix](Color color) {
-      const auto part = [](u32 level) { return static_cast<float>(level) / 255; };
-      const float in[5] = {part(redOf(color)), part(greenOf(color)), part(blueOf(color)), part(alphaOf(color)), 1};
-      u32 out[4];
-      for (int column = 0; column < 4; ++column) {
-        float sum = 0;
-        for (int row = 0; row < 5; ++row) sum += in[row] * matrix[5 * row + column];
-        out[column] = clampLevel(sum);
-      }
-      return argb(out[3], out[0], out[1], out[2]);
-    });
-    return placeImage(bits, {static_cast<double>(width), 0, 0, static_cast<double>(height), static_cast<double>(x),
-                             static_cast<double>(y)});
-  });
+  return matrix && drawRecolored(image, x, y, width, height, [matrix](Color color) {
+           const auto part = [](u32 level) { return static_cast<float>(level) / 255; };
+           const float in[5] = {part(redOf(color)), part(greenOf(color)), part(blueOf(color)), part(alphaOf(color)), 1};
+           u32 out[4];
+           for (int column = 0; column < 4; ++column) {
+             float sum = 0;
+             for (int row = 0; row < 5; ++row) sum += in[row] * matrix[5 * row + column];
+             out[column] = clampLevel(sum);
+           }
+           return argb(out[3], out[0], out[1], out[2]);
+         });
 }
 
 bool AGDCPlain::drawImageRemapped(IAGImage* image, i32 x, i32 y, i32 width, i32 height, const ColorChange* changes,
                                   i32 count) {
-  if (!isAttached_ || !changes || count <= 0) return false;
-  return withinMemory([&] {
-    ImageBits bits;
-    if (!makeBits(image, quality().largestImage(), bits)) return false;
-    bits = toArgb(bits);
-    eachColor(bits, [changes, count](Color color) {
-      const ColorChange* const end = changes + count;
-      const auto* const found = std::find_if(changes, end, [color](const ColorChange& c) { return c.from == color; });
-      return found == end ? color : found->to;
-    });
-    return placeImage(bits, {static_cast<double>(width), 0, 0, static_cast<double>(height), static_cast<double>(x),
-                             static_cast<double>(y)});
-  });
+  return changes && count > 0 && drawRecolored(image, x, y, width, height, [changes, count](Color color) {
+           const ColorChange* const end = changes + count;
+           const auto* const found =
+               std::find_if(changes, end, [color](const ColorChange& c) { return c.from == color; });
+           return found == end ? color : found->to;
+         });
 }
 
 }  // namespace corvix

@@ -1,7 +1,9 @@
-#include "graphics/creators/QuillCreators.h"
+#include "graphics/creators/QuillCreators_p.h"
 
 #include "core/baselib/objects/Ref.h"
-#include "graphics/contexts/MemoryContexts.h"
+#include "graphics/contexts/MemoryContexts_p.h"
+
+#include <algorithm>
 
 namespace corvix {
 
@@ -48,8 +50,40 @@ const Kind* findKind(u32 wanted) noexcept {
 
 }  // namespace
 
-AGDCCreator::~AGDCCreator() {
-  for (const Made& made : living_) made.context->removeListener(static_cast<IDestroyListener*>(this));
+void LivingContexts::add(IAGDC& context) {
+  context.addListener(static_cast<IDestroyListener*>(this));
+  SCriticalSection::Lock lock(section_);
+  try {
+    contexts_.push_back(static_cast<IBRTTISupport*>(&context));
+  } catch (const std::bad_alloc&) {
+    context.removeListener(static_cast<IDestroyListener*>(this));
+    throw;
+  }
+}
+
+int LivingContexts::onDestroy(IBRTTISupport* sender) {
+  SCriticalSection::Lock lock(section_);
+  if (const auto found = std::find(contexts_.begin(), contexts_.end(), sender); found != contexts_.end()) {
+    *found = contexts_.back();
+    contexts_.pop_back();
+  }
+  const bool isLast = !hasCreator_ && contexts_.empty();
+  lock.release();
+  if (isLast) delete this;
+  return notify::kGoOn;
+}
+
+std::size_t LivingContexts::count() const noexcept {
+  SCriticalSection::Lock lock(section_);
+  return contexts_.size();
+}
+
+void LivingContexts::creatorIsGone() noexcept {
+  SCriticalSection::Lock lock(section_);
+  hasCreator_ = false;
+  const bool isLast = contexts_.empty();
+  lock.release();
+  if (isLast) delete this;
 }
 
 IAGDC* AGDCCreator::createFirst(u32 required, u32 optional, DeviceHandle device, double width, double height) {
@@ -60,22 +94,11 @@ IAGDC* AGDCCreator::createFirst(u32 required, u32 optional, DeviceHandle device,
   try {
     Ref<IAGDC> context = Ref<IAGDC>::adopt(kind->make(device, width, height));
     if (!context) return nullptr;
-    living_.push_back({static_cast<IBRTTISupport*>(context.get()), context.get()});
-    context->addListener(static_cast<IDestroyListener*>(this));
+    living_->add(*context);
     return context.detach();
   } catch (const std::bad_alloc&) {
     return nullptr;
   }
-}
-
-int AGDCCreator::onDestroy(IBRTTISupport* sender) {
-  for (Made& made : living_) {
-    if (made.identity != sender) continue;
-    std::swap(made, living_.back());
-    living_.pop_back();
-    break;
-  }
-  return notify::kGoOn;
 }
 
 IAGDC* QuillScreenDCCreator::create(u32 required, u32 optional, DeviceHandle device, double width, double height) {

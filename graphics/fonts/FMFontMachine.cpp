@@ -1,24 +1,99 @@
-#include "graphics/fonts/FMFontMachine.h"
+#include "graphics/fonts/FMFontMachine_p.h"
 
-#include "graphics/fonts/FontSubstitutors.h"
+#include "core/baselib/system/ForeignCall.h"
+#include "graphics/fonts/FontSubstitutors_p.h"
+
+#include <algorithm>
 
 namespace corvix {
 
-FMFontMachine::FMFontMachine() {
-  creators_.push_back(make<FakeSubstitutor>());
-  creators_.push_back(make<SystemFontSubstitutor>());
+namespace {
+
+constinit IDeclaredFontCreators* declared = nullptr;
+constinit FMFontMachine* current = nullptr;  // the first that was made of those that live
+
+}  // namespace
+
+void setDeclaredFontCreators(IDeclaredFontCreators* creators) noexcept { declared = creators; }
+
+Ref<FMFontMachine> FMFontMachine::shared() {
+  return current ? Ref<FMFontMachine>::share(current) : make<FMFontMachine>();
 }
 
-IFMFont* FMFontMachine::createFont(const wchar_t* family) {
-  const wchar_t* const name = family ? family : L"";
-  for (auto creator = creators_.rbegin(); creator != creators_.rend(); ++creator) {
-    if (IFMFont* font = (*creator)->createFont(name)) return font;
+FMFontMachine::FMFontMachine() {
+  own_.push_back(make<SystemFontSubstitutor>());
+  own_.push_back(make<FakeSubstitutor>());
+  if (!current) current = this;
+}
+
+FMFontMachine::~FMFontMachine() {
+  if (current != this) return;
+  current = nullptr;
+  if (declared) declared->forget();
+}
+
+// Creators are asked outside the lock: they may add and remove others.
+template <class Ask>
+IFMFont* FMFontMachine::askAll(const FontRequest* request, Ask askIt) {
+  const auto ask = [&askIt](IFMFontCreator* creator) {
+    return callForeign(codeOf(creator), L"IFMFontCreator", [&] { return askIt(creator); });
+  };
+  Creators added;
+  {
+    const SCriticalSection::Lock lock(lock_);
+    added = added_;
+  }
+  for (auto creator = added.rbegin(); creator != added.rend(); ++creator) {
+    if (IFMFont* const font = ask(creator->get())) return font;
+  }
+  for (i32 i = 0; declared && i < declared->count(); ++i) {
+    IFMFontCreator* const creator = declared->creatorFor(i, request);
+    if (IFMFont* const font = creator ? ask(creator) : nullptr) return font;
+  }
+  for (const Ref<IFMFontCreator>& creator : own_) {
+    if (IFMFont* const font = ask(creator.get())) return font;
   }
   return nullptr;
 }
 
+IFMFont* FMFontMachine::createFont(const wchar_t* family) {
+  const wchar_t* const name = family ? family : L"";
+  FontRequest request;
+  request.family = name;
+  return askAll(&request, [name](IFMFontCreator* creator) { return creator->createFont(name); });
+}
+
+IFMFont* FMFontMachine::createFontFor(const FontRequest& request) {
+  FontRequest whole = request;
+  if (!whole.family) whole.family = L"";
+  return askAll(&whole, [&whole](IFMFontCreator* creator) {
+    auto* const finder = corvix::query<IFMFontFinder>(creator);
+    return finder ? finder->createFontFor(whole) : creator->createFont(whole.family);
+  });
+}
+
+IFMFont* FMFontMachine::fontWithGlyph(u32 codePoint, IFMFont* like) {
+  return askAll(nullptr, [=](IFMFontCreator* creator) {
+    auto* const finder = corvix::query<IFMFontFinder>(creator);
+    return finder ? finder->fontWithGlyph(codePoint, like) : nullptr;
+  });
+}
+
 void FMFontMachine::addCreator(IFMFontCreator* creator) {
-  if (creator) creators_.push_back(Ref<IFMFontCreator>::share(creator));
+  if (!creator) return;
+  const SCriticalSection::Lock lock(lock_);
+  added_.push_back(Ref<IFMFontCreator>::share(creator));
+}
+
+bool FMFontMachine::removeCreator(IFMFontCreator* creator) {
+  Ref<IFMFontCreator> gone;  // let go outside the lock
+  const SCriticalSection::Lock lock(lock_);
+  const auto found = std::find_if(added_.rbegin(), added_.rend(),
+                                  [creator](const Ref<IFMFontCreator>& one) { return one.get() == creator; });
+  if (found == added_.rend()) return false;
+  gone = std::move(*found);
+  added_.erase(std::next(found).base());
+  return true;
 }
 
 }  // namespace corvix

@@ -1,5 +1,5 @@
-// Fonts by name: what a document asks for, and what it gets. The library makes an IFMFontMachine as
-// "IFMFontMachine.Instance". Texts are valid as long as the object that returned them. [one thread at a time]
+// Fonts by name: what a document asks for, and what it gets. The library's IFMFontMachine is "IFMFontMachine.Instance",
+// one for everybody who creates it. Texts are valid as long as the object that returned them. [one thread at a time]
 #pragma once
 
 #include "core/baselib/objects/SmartObject.h"

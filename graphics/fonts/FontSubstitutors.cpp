@@ -1,67 +1,128 @@
-#include "graphics/fonts/FontSubstitutors.h"
+#include "graphics/fonts/FontSubstitutors_p.h"
 
-#include "core/baselib/system/RegistryKey.h"
-#include "core/baselib/text/WideString.h"
+#include "core/baselib/system/RegistryKey_p.h"
+#include "graphics/fonts/FakeFonts_p.h"
+#include "graphics/fonts/FontNames_p.h"
+#include "graphics/fonts/FontSettings_p.h"
+#include "graphics/fonts/SystemFont_p.h"
 
-#include <algorithm>
 #include <cwchar>
-
-#include <windows.h>
 
 namespace corvix {
 
 namespace {
 
 constexpr wchar_t kSubstitutesKey[] = L"Software\\Microsoft\\Windows NT\\CurrentVersion\\FontSubstitutes";
-
-class Font final : public IFMFont {
- public:
-  Font(std::wstring_view family, bool isSubstitute) : family_(family), isSubstitute_(isSubstitute) {}
-  const wchar_t* family() const noexcept override { return family_.c_str(); }
-  bool isSubstitute() const noexcept override { return isSubstitute_; }
-
- private:
-  WideString family_;
-  bool isSubstitute_;
-};
-
-int CALLBACK takeFirst(const LOGFONTW* found, const TEXTMETRICW*, DWORD, LPARAM result) {
-  *reinterpret_cast<WideString*>(result) = WideString(found->lfFaceName);
-  return 0;
-}
-
-// The family's name as the system spells it; empty when it is not installed.
-WideString installed(std::wstring_view family) {
-  WideString found;
-  LOGFONTW wanted{};
-  if (family.empty() || family.size() >= LF_FACESIZE) return found;
-  wanted.lfCharSet = DEFAULT_CHARSET;
-  std::copy(family.begin(), family.end(), wanted.lfFaceName);
-  HDC__* const screen = CreateCompatibleDC(nullptr);
-  EnumFontFamiliesExW(screen, &wanted, takeFirst, reinterpret_cast<LPARAM>(&found), 0);
-  DeleteDC(screen);
-  return found;
-}
+constexpr std::size_t kMostRemembered = 0x4000;
 
 // What stands in the table, without the character set that may follow behind a comma.
-WideString substituteFor(const wchar_t* family) {
+WideString substituteFor(const std::wstring& family) {
   const RegistryKey key = RegistryKey::open(HKEY_LOCAL_MACHINE, kSubstitutesKey, KEY_QUERY_VALUE);
-  const WideString entry = key ? key.text(family) : WideString();
+  const WideString entry = key && !family.empty() ? key.text(family.c_str()) : WideString();
   return entry.view().substr(0, entry.view().find(L','));
 }
+
+WideString dialogFamily() {
+  LOGFONTW dialogs{};
+  GetObjectW(GetStockObject(DEFAULT_GUI_FONT), sizeof dialogs, &dialogs);
+  return WideString(dialogs.lfFaceName);
+}
+
+struct Wanted {
+  std::wstring raw;
+  FontName name;
+  u32 traits;
+
+  explicit Wanted(const FontRequest& request)
+      : raw(request.family ? request.family : L""), name(parseFontName(raw)), traits(request.traits) {
+    if (request.weight) name.weight = request.weight;
+    name.italic = name.italic || request.italic;
+    if (const KnownFamily* const known = findKnownFamily(name.family)) traits |= known->traits;
+  }
+
+  SystemFont::Face face(WideString family) const { return {std::move(family), name.weight, name.italic}; }
+
+  // Null unless the family is one, and of a fixed pitch where that is asked for.
+  Ref<IFMFont> fontOf(WideString family, bool isSubstitute) const {
+    if (family.empty()) return {};
+    Ref<SystemFont> font = make<SystemFont>(face(std::move(family)), isSubstitute);
+    const bool isWrongPitch = (traits & font_trait::kFixed) && isSubstitute && !font->metrics().isFixedPitch;
+    return isWrongPitch ? Ref<IFMFont>() : Ref<IFMFont>(std::move(font));
+  }
+};
 
 }  // namespace
 
 IFMFont* SystemFontSubstitutor::createFont(const wchar_t* family) {
-  if (const WideString own = installed(family); !own.empty()) return new Font(own, false);
-  const WideString other = installed(substituteFor(family));
-  return other.empty() ? nullptr : new Font(other, true);
+  FontRequest request;
+  request.family = family;
+  return createFontFor(request);
+}
+
+IFMFont* SystemFontSubstitutor::createFontFor(const FontRequest& request) {
+  const Wanted wanted(request);
+  for (const std::wstring& family : {wanted.raw, wanted.name.family}) {
+    if (Ref<IFMFont> font = wanted.fontOf(installedFamily(family), false)) return font.detach();
+  }
+  for (const std::wstring& family : {wanted.raw, wanted.name.family}) {
+    if (Ref<IFMFont> font = wanted.fontOf(installedFamily(substituteFor(family)), true)) return font.detach();
+  }
+  return nullptr;
+}
+
+i32 SystemFontSubstitutor::familyWith(u32 codePoint) {
+  const SCriticalSection::Lock lock(lock_);
+  const auto known = familyOf_.find(codePoint);
+  if (known != familyOf_.end()) return known->second;
+  if (families_.empty()) families_ = installedFamilies();
+  const auto has = [&](i32 index) {
+    return make<SystemFont>(SystemFont::Face{families_[static_cast<std::size_t>(index)]}, true)->glyphOf(codePoint) !=
+           0;
+  };
+  i32 found = last_ != kNone && has(last_) ? last_ : kNone;
+  for (i32 i = 0; found == kNone && i < static_cast<i32>(families_.size()); ++i) {
+    if (has(i)) found = i;
+  }
+  if (found != kNone) last_ = found;
+  if (familyOf_.size() >= kMostRemembered) familyOf_.clear();
+  familyOf_.emplace(codePoint, found);
+  return found;
+}
+
+IFMFont* SystemFontSubstitutor::fontWithGlyph(u32 codePoint, IFMFont* like) {
+  const i32 index = familyWith(codePoint);
+  if (index == kNone) return nullptr;
+  SystemFont::Face face;
+  face.family = families_[static_cast<std::size_t>(index)];
+  if (const auto* const system = corvix::query<SystemFont>(like)) {
+    face.weight = system->face().weight;
+    face.italic = system->face().italic;
+  }
+  return make<SystemFont>(std::move(face), true).detach();
 }
 
 IFMFont* FakeSubstitutor::createFont(const wchar_t* family) {
-  LOGFONTW dialogs{};
-  GetObjectW(GetStockObject(DEFAULT_GUI_FONT), sizeof dialogs, &dialogs);
-  return new Font(dialogs.lfFaceName, std::wcscmp(dialogs.lfFaceName, family) != 0);
+  FontRequest request;
+  request.family = family;
+  return createFontFor(request);
 }
+
+IFMFont* FakeSubstitutor::createFontFor(const FontRequest& request) {
+  const Wanted wanted(request);
+  const KnownFamily* const known = findKnownFamily(wanted.name.family);
+  const bool isOfAKind = wanted.traits & (font_trait::kFixed | font_trait::kSerif);
+  WideString family = known ? firstInstalled(known->families) : WideString();
+  if (family.empty() && isOfAKind) family = firstInstalled(familiesLike(wanted.traits));
+  if (family.empty() && (wanted.traits & font_trait::kFixed)) family = anyFixedFamily();
+  if (family.empty()) family = installedFamily(dialogFamily());
+  if (family.empty()) family = firstInstalled(familiesLike(0));
+  if (family.empty()) family = dialogFamily();
+  const bool isSubstitute = family.view() != wanted.raw;
+  Ref<IFMFont> font = make<SystemFont>(wanted.face(std::move(family)), isSubstitute);
+  if (!request.widths || !fontSettings().substitutes(request.kind)) return font.detach();
+  return make<StretchedFont>(std::move(font), request).detach();
+}
+
+IFMFont* FakeSubstitutor::fontWithGlyph(u32, IFMFont*) { return make<BoxFont>().detach(); }
 
 }  // namespace corvix

@@ -1,4 +1,4 @@
-#include "graphics/gdi/Gdi.h"
+#include "graphics/gdi/Gdi_p.h"
 
 namespace corvix::gdi {
 

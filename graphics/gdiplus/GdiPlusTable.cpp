@@ -1,4 +1,4 @@
-#include "graphics/gdiplus/GdiPlusTable.h"
+#include "graphics/gdiplus/GdiPlusTable_p.h"
 
 #include <atomic>
 
@@ -82,6 +82,8 @@ bool penTransformsWork() noexcept {
   }
   return answer != Answer::No;
 }
+
+void forgetPenTransforms() noexcept { penTransforms = Answer::Unknown; }
 
 void assumePenTransformsWork(bool work) noexcept { penTransforms = work ? Answer::Yes : Answer::No; }
 

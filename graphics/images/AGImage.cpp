@@ -1,9 +1,9 @@
-#include "graphics/images/AGImage.h"
+#include "graphics/images/AGImage_p.h"
 
-#include "graphics/AGDC.h"
-#include "graphics/gdi/Gdi.h"
-#include "graphics/images/ImageBits.h"
-#include "graphics/images/ImageFiles.h"
+#include "graphics/IAGDC.h"
+#include "graphics/gdi/Gdi_p.h"
+#include "graphics/images/ImageBits_p.h"
+#include "graphics/images/ImageFiles_p.h"
 
 #include <cstring>
 
@@ -42,7 +42,7 @@ Ref<AGImage> AGImage::create(i32 width, i32 height, ColorModel model, i32 bitsPe
   const i64 stride = (i64{width} * bits + 31) / 32 * 4;
   if (stride > kMostBytes / height) return {};
   try {
-    const Ref<AGImage> image = Ref<AGImage>::adopt(new AGImage);
+    Ref<AGImage> image = Ref<AGImage>::adopt(new AGImage);
     image->width_ = width;
     image->height_ = height;
     image->model_ = model;
@@ -88,6 +88,7 @@ IAGImage* AGImage::convertTo(ColorModel model) const noexcept {
   if (!result || !viewOf(const_cast<AGImage*>(this), view)) return nullptr;
   for (i32 y = 0; y < height_; ++y) {
     u8* to = result->row(y);
+    if (!to) return nullptr;
     for (i32 x = 0; x < width_; ++x) {
       Color color;
       readColors(view, x, y, 1, 1, &color);
@@ -150,8 +151,9 @@ bool AGImage::loadFile(const wchar_t* path) noexcept {
 
 bool AGImage::saveFile(const wchar_t* path, ImageFile kind) const noexcept {
   try {
-    ImageBits bits;
-    return makeBits(const_cast<AGImage*>(this), INT64_MAX, bits) && saveImageFile(bits, path, kind);
+    ImageView view;
+    return viewOf(const_cast<AGImage*>(this), view) &&
+           saveImageFile(makeBits(view, INT64_MAX, wholeOf(view)), path, kind);
   } catch (const std::bad_alloc&) {
     return false;
   }

@@ -1,4 +1,4 @@
-#include "graphics/images/CmykConversion.h"
+#include "graphics/images/CmykConversion_p.h"
 
 #include <algorithm>
 #include <array>

@@ -1,9 +1,9 @@
-#include "graphics/images/ImageBits.h"
+#include "graphics/images/ImageBits_p.h"
 
-#include "graphics/images/CmykConversion.h"
+#include "graphics/images/CmykConversion_p.h"
 
 #include <algorithm>
-#include <cstring>
+#include <utility>
 
 namespace corvix {
 
@@ -21,13 +21,14 @@ void allocate(ImageBits& bits, i32 width, i32 height, i32 bitsPerPixel) {
   bits.height = height;
   bits.bitsPerPixel = bitsPerPixel;
   bits.strideBytes = static_cast<i32>((i64{width} * bitsPerPixel + 31) / 32 * 4);
-  bits.converted.resize(static_cast<std::size_t>(bits.strideBytes) * static_cast<std::size_t>(height));
+  bits.seen = {0, 0, width, height};
+  bits.converted.allocate(static_cast<std::size_t>(bits.strideBytes) * static_cast<std::size_t>(height));
   bits.pixels = bits.converted.data();
 }
 
 // GDI and GDI+ take it as it is.
 bool isUsable(const ImageView& view) noexcept {
-  if (view.model == ColorModel::Cmyk || view.bitsPerPixel == 2) return false;
+  if (view.model == ColorModel::Cmyk || view.bitsPerPixel == 2 || view.firstPixel) return false;
   return view.model != ColorModel::Indexed ||
          std::all_of(view.palette, view.palette + view.paletteSize, [](Color color) { return alphaOf(color) == 255; });
 }
@@ -41,9 +42,23 @@ Color* argbRow(ImageBits& bits, i32 y) noexcept {
 
 bool viewOf(IAGImage* image, ImageView& view) noexcept {
   if (!image) return false;
-  view = {image->width(),       image->height(), image->colorModel(), image->bitsPerPixel(),
-          image->strideBytes(), image->row(0),   image->palette(),    image->paletteSize()};
+  view = {image->width(),        image->height(),      image->colorModel(),
+          image->bitsPerPixel(), image->strideBytes(), image->row(0),
+          image->palette(),      image->paletteSize(), 0};
   return view.rows && view.width > 0 && view.height > 0;
+}
+
+bool cutTo(const PixelBox& part, ImageView& view) noexcept {
+  if (part.left < 0 || part.top < 0 || part.right > view.width || part.bottom > view.height ||
+      part.left >= part.right || part.top >= part.bottom) {
+    return false;
+  }
+  const i64 bit = i64{part.left} * view.bitsPerPixel;
+  view.rows += static_cast<std::ptrdiff_t>(view.strideBytes) * part.top + static_cast<std::ptrdiff_t>(bit / 8);
+  view.firstPixel = static_cast<i32>(bit % 8 / view.bitsPerPixel);
+  view.width = part.right - part.left;
+  view.height = part.bottom - part.top;
+  return true;
 }
 
 void readColors(const ImageView& view, i32 x, i32 y, i32 step, i32 count, Color* colors) noexcept {
@@ -52,7 +67,7 @@ void readColors(const ImageView& view, i32 x, i32 y, i32 step, i32 count, Color*
   for (i32 i = 0; i < count; ++i, x += step) {
     switch (view.model) {
       case ColorModel::Indexed: {
-        const u32 index = indexAt(row, x, view.bitsPerPixel);
+        const u32 index = indexAt(row, x + view.firstPixel, view.bitsPerPixel);
         colors[i] = index < static_cast<u32>(view.paletteSize) ? view.palette[index] : kBlack;
         break;
       }
@@ -75,38 +90,69 @@ void readColors(const ImageView& view, i32 x, i32 y, i32 step, i32 count, Color*
   }
 }
 
-bool makeBits(IAGImage* image, i64 mostPixels, ImageBits& bits) {
-  ImageView view;
-  if (!viewOf(image, view)) return false;
+void ImageBits::recolor(const Recolor& change) {
+  for (i32 y = seen.top; y < seen.bottom; ++y) {
+    Color* const colors = argbRow(*this, y);
+    for (i32 x = seen.left; x < seen.right; ++x) {
+      const Color color = hasAlpha ? colors[x] : colors[x] | kBlack;
+      colors[x] = change(color);
+    }
+  }
+  hasAlpha = true;
+}
+
+ImageBits makeBits(const ImageView& view, i64 mostPixels, const PixelBox& seen) {
+  ImageBits bits;
+  const auto stepped = [](i32 count, i32 step) { return i64{(count + step - 1) / step}; };
   i32 step = 1;
-  while ((i64{view.width} + step - 1) / step * ((i64{view.height} + step - 1) / step) > mostPixels) ++step;
-  const i32 width = (view.width + step - 1) / step;
-  const i32 height = (view.height + step - 1) / step;
+  while (stepped(seen.right - seen.left, step) * stepped(seen.bottom - seen.top, step) > mostPixels) ++step;
   if (step == 1 && isUsable(view)) {
-    bits.width = width;
-    bits.height = height;
+    bits.width = view.width;
+    bits.height = view.height;
     bits.bitsPerPixel = view.bitsPerPixel;
     bits.strideBytes = view.strideBytes;
     bits.pixels = view.rows;
+    bits.seen = seen;
     bits.hasAlpha = view.model == ColorModel::Argb;
     if (view.model == ColorModel::Indexed) bits.palette.assign(view.palette, view.palette + view.paletteSize);
     if (view.model == ColorModel::Gray) {
       for (u32 i = 0; i < 256; ++i) bits.palette.push_back(greyOf(i));
     }
-    return true;
+    return bits;
   }
-  if (view.model == ColorModel::Cmyk && step == 1) {
-    allocate(bits, width, height, 24);
-    for (i32 y = 0; y < height; ++y) {
-      cmykToRgb(view.rows + static_cast<std::ptrdiff_t>(view.strideBytes) * y, static_cast<std::size_t>(width),
-                quality().cmykMode(), bits.converted.data() + static_cast<std::ptrdiff_t>(bits.strideBytes) * y);
-    }
-    return true;
-  }
-  allocate(bits, width, height, 32);
+  const bool isCmyk = view.model == ColorModel::Cmyk && step == 1;
+  allocate(bits, static_cast<i32>(stepped(view.width, step)), static_cast<i32>(stepped(view.height, step)),
+           isCmyk ? 24 : 32);
+  bits.seen = {seen.left / step, seen.top / step, static_cast<i32>(stepped(seen.right, step)),
+               static_cast<i32>(stepped(seen.bottom, step))};
   bits.hasAlpha = view.model == ColorModel::Argb || view.model == ColorModel::Indexed;
-  for (i32 y = 0; y < height; ++y) readColors(view, 0, y * step, step, width, argbRow(bits, y));
-  return true;
+  const i32 left = bits.seen.left;
+  const i32 count = bits.seen.right - left;
+  for (i32 y = bits.seen.top; y < bits.seen.bottom; ++y) {
+    if (isCmyk) {
+      cmykToRgb(view.rows + static_cast<std::ptrdiff_t>(view.strideBytes) * y + 4 * left,
+                static_cast<std::size_t>(count), quality().cmykMode(),
+                bits.converted.data() + static_cast<std::ptrdiff_t>(bits.strideBytes) * y + 3 * left);
+    } else {
+      readColors(view, left * step, y * step, step, count, argbRow(bits, y) + left);
+    }
+  }
+  return bits;
+}
+
+ImageBits cutToSeen(const ImageBits& bits, PixelBox& part) {
+  part = bits.seen;
+  if (bits.bitsPerPixel < 8) part.left -= part.left % 8;
+  ImageBits cut;
+  cut.width = part.right - part.left;
+  cut.height = part.bottom - part.top;
+  cut.bitsPerPixel = bits.bitsPerPixel;
+  cut.strideBytes = bits.strideBytes;
+  cut.pixels = bits.row(part.top) + static_cast<std::ptrdiff_t>(i64{part.left} * bits.bitsPerPixel / 8);
+  cut.seen = {0, 0, cut.width, cut.height};
+  cut.hasAlpha = bits.hasAlpha;
+  cut.palette = bits.palette;
+  return cut;
 }
 
 Color colorAt(const ImageBits& bits, i32 x, i32 y) noexcept {
@@ -122,55 +168,79 @@ Color colorAt(const ImageBits& bits, i32 x, i32 y) noexcept {
 ImageBits toArgb(const ImageBits& bits) {
   ImageBits result;
   allocate(result, bits.width, bits.height, 32);
+  result.seen = bits.seen;
   result.hasAlpha = bits.hasAlpha;
-  for (i32 y = 0; y < bits.height; ++y) {
+  for (i32 y = bits.seen.top; y < bits.seen.bottom; ++y) {
     Color* const row = argbRow(result, y);
-    for (i32 x = 0; x < bits.width; ++x) row[x] = colorAt(bits, x, y);
+    for (i32 x = bits.seen.left; x < bits.seen.right; ++x) row[x] = colorAt(bits, x, y);
   }
   return result;
 }
 
-ImageBits toArgb(const ImageView& view) {
-  ImageBits result;
-  allocate(result, view.width, view.height, 32);
-  result.hasAlpha = true;
-  for (i32 y = 0; y < view.height; ++y) readColors(view, 0, y, 1, view.width, argbRow(result, y));
-  return result;
+Matrix turnMatrix(ImageTurn turn) noexcept {
+  constexpr Matrix kQuarters[4] = {{}, {0, 1, -1, 0, 1, 0}, {-1, 0, 0, -1, 1, 1}, {0, -1, 1, 0, 0, 1}};
+  const auto number = static_cast<u32>(turn) & 7;
+  return number < 4 ? kQuarters[number] : kQuarters[number & 3].then({-1, 0, 0, 1, 1, 0});
+}
+
+bool isAlongAxes(const Matrix& unitToDevice) noexcept {
+  constexpr double kClose = 1e-6;  // pixels
+  const Matrix& unit = unitToDevice;
+  return std::max(std::abs(unit.b), std::abs(unit.c)) < kClose || std::max(std::abs(unit.a), std::abs(unit.d)) < kClose;
+}
+
+ImageTurn turnOf(const Matrix& unitToDevice) noexcept {
+  const Matrix& unit = unitToDevice;
+  u32 turn = 0;
+  // The one whose sides go the same ways.
+  while (turn < 7) {
+    const Matrix one = turnMatrix(static_cast<ImageTurn>(turn));
+    if (one.a * unit.a + one.c * unit.c > 0 && one.b * unit.b + one.d * unit.d > 0 &&
+        swapsSides(static_cast<ImageTurn>(turn)) == (std::abs(unit.b) > std::abs(unit.a))) {
+      break;
+    }
+    ++turn;
+  }
+  return static_cast<ImageTurn>(turn);
+}
+
+Matrix uprightBox(const Matrix& unitToDevice) noexcept {
+  const Matrix& unit = unitToDevice;
+  const bool isSwapped = swapsSides(turnOf(unit));
+  const double width = isSwapped ? unit.c : unit.a;
+  const double height = isSwapped ? unit.b : unit.d;
+  return {std::abs(width), 0, 0, std::abs(height), unit.e + std::min(width, 0.0), unit.f + std::min(height, 0.0)};
 }
 
 ImageBits turned(const ImageBits& bits, ImageTurn turn) {
-  const auto number = static_cast<u32>(turn) & 7;
-  const u32 quarters = number & 3;
-  const bool isFlipped = number >= 4;
-  const bool isUpright = quarters % 2 == 0;
   ImageBits result;
-  allocate(result, isUpright ? bits.width : bits.height, isUpright ? bits.height : bits.width, 32);
+  allocate(result, swapsSides(turn) ? bits.height : bits.width, swapsSides(turn) ? bits.width : bits.height, 32);
   result.hasAlpha = bits.hasAlpha;
-  for (i32 y = 0; y < result.height; ++y) {
-    Color* const row = argbRow(result, y);
-    for (i32 x = 0; x < result.width; ++x) {
-      const i32 turnedX = isFlipped ? result.width - 1 - x : x;
-      i32 fromX = turnedX;
-      i32 fromY = y;
-      if (quarters == 1) {
-        fromX = y;
-        fromY = bits.height - 1 - turnedX;
-      } else if (quarters == 2) {
-        fromX = bits.width - 1 - turnedX;
-        fromY = bits.height - 1 - y;
-      } else if (quarters == 3) {
-        fromX = bits.width - 1 - y;
-        fromY = turnedX;
-      }
-      row[x] = colorAt(bits, fromX, fromY);
+  // From pixel to pixel instead of from unit square to unit square.
+  const Matrix unit = turnMatrix(turn);
+  const auto across = static_cast<i32>(unit.a + unit.c < 0) * (result.width - 1);
+  const auto down = static_cast<i32>(unit.b + unit.d < 0) * (result.height - 1);
+  const auto place = [&](i32 x, i32 y) {
+    return std::pair{static_cast<i32>(unit.a) * x + static_cast<i32>(unit.c) * y + across,
+                     static_cast<i32>(unit.b) * x + static_cast<i32>(unit.d) * y + down};
+  };
+  const PixelBox& seen = bits.seen;
+  for (i32 y = seen.top; y < seen.bottom; ++y) {
+    for (i32 x = seen.left; x < seen.right; ++x) {
+      const auto [toX, toY] = place(x, y);
+      argbRow(result, toY)[toX] = colorAt(bits, x, y);
     }
   }
+  const auto [x1, y1] = place(seen.left, seen.top);
+  const auto [x2, y2] = place(seen.right - 1, seen.bottom - 1);
+  result.seen = {std::min(x1, x2), std::min(y1, y2), std::max(x1, x2) + 1, std::max(y1, y2) + 1};
   return result;
 }
 
 namespace {
 
-// Between four pixels around a place in the image; weighted by alpha, so that what is transparent has no colour.
+// Bilinear interpolation between the four pixels around a place; weighted by alpha, so that what is transparent has no
+// colour.
 Color blend(const ImageBits& bits, double x, double y) noexcept {
   const double left = std::floor(x - 0.5);
   const double top = std::floor(y - 0.5);
@@ -192,10 +262,20 @@ Color blend(const ImageBits& bits, double x, double y) noexcept {
   return argb(static_cast<u32>(sums[0] + 0.5), level(sums[1]), level(sums[2]), level(sums[3]));
 }
 
+Matrix onWholePixels(const Matrix& unitToDevice) noexcept {
+  const Matrix box = uprightBox(unitToDevice);
+  const auto rounded = [](double edge) { return std::floor(edge + 0.5); };
+  const double left = rounded(box.e);
+  const double top = rounded(box.f);
+  const Matrix whole = {rounded(box.e + box.a) - left, 0, 0, rounded(box.f + box.d) - top, left, top};
+  return turnMatrix(turnOf(unitToDevice)).then(whole);
+}
+
 }  // namespace
 
-ImageBits transformed(const ImageBits& bits, const Matrix& unitToDevice, const PixelBox& area, bool smooth, i32& left,
+ImageBits transformed(const ImageBits& bits, const Matrix& unit, const PixelBox& area, bool smooth, i32& left,
                       i32& top) {
+  const Matrix unitToDevice = isAlongAxes(unit) ? onWholePixels(unit) : unit;
   const Point corners[4] = {unitToDevice.apply({0, 0}), unitToDevice.apply({1, 0}), unitToDevice.apply({0, 1}),
                             unitToDevice.apply({1, 1})};
   Box box = {corners[0].x, corners[0].y, corners[0].x, corners[0].y};

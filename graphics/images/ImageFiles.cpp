@@ -1,4 +1,6 @@
-#include "graphics/images/ImageFiles.h"
+#include "graphics/images/ImageFiles_p.h"
+
+#include "core/baselib/system/KernelFile_p.h"
 
 #include <cstring>
 #include <string>
@@ -46,6 +48,14 @@ bool copyPalette(const gdiplus::Table& gp, Gdiplus::GpBitmap* bitmap, AGImage& i
   const auto count = std::min(static_cast<i32>(palette.count), image.paletteSize());
   return image.setPalette(palette.entries, count);
 }
+
+// Removed at the end.
+struct PartFile {
+  std::wstring path;
+  ~PartFile() {
+    if (!path.empty()) DeleteFileW(path.c_str());
+  }
+};
 
 }  // namespace
 
@@ -104,17 +114,18 @@ Ref<AGImage> loadImageFile(const wchar_t* path) noexcept {
 bool saveImageFile(const ImageBits& bits, const wchar_t* path, ImageFile kind) {
   const gdiplus::Session session;
   if (!session || !path || !*path) return false;
-  const std::wstring unfinished = std::wstring(path) + L".part";
+  PartFile unfinished{makePartFile(path)};
+  if (unfinished.path.empty()) return false;
   bool isSaved = false;
   {
     const gdiplus::OwnedBitmap bitmap = bitmapOver(bits);
-    isSaved = bitmap && gdiplus::flat().GdipSaveImageToFile(bitmap.get()->native, unfinished.c_str(),
+    isSaved = bitmap && gdiplus::flat().GdipSaveImageToFile(bitmap.get()->native, unfinished.path.c_str(),
                                                             kind == ImageFile::Png ? &kPngEncoder : &kBmpEncoder,
                                                             nullptr) == Gdiplus::Ok;
   }
-  if (isSaved && MoveFileExW(unfinished.c_str(), path, MOVEFILE_REPLACE_EXISTING)) return true;
-  DeleteFileW(unfinished.c_str());
-  return false;
+  if (!isSaved || !MoveFileExW(unfinished.path.c_str(), path, MOVEFILE_REPLACE_EXISTING)) return false;
+  unfinished.path.clear();
+  return true;
 }
 
 }  // namespace corvix

@@ -1,11 +1,23 @@
-#include "graphics/path/Path.h"
+#include "graphics/path/Path_p.h"
 
 #include <algorithm>
 #include <limits>
 
 namespace corvix {
 
+void Path::makeRoom(std::size_t pieces, std::size_t pointsEach) {
+  const auto grow = [](auto& list, std::size_t more) {
+    if (const std::size_t needed = list.size() + more; needed > list.capacity()) {
+      list.reserve(std::max(needed, 2 * list.capacity()));
+    }
+  };
+  // Each may begin a figure.
+  grow(points_, pieces * (pointsEach + 1));
+  grow(steps_, 2 * pieces);
+}
+
 void Path::moveTo(Point to) {
+  makeRoom(1, 1);
   points_.push_back(to);
   steps_.push_back(Step::Move);
   figureStart_ = to;
@@ -18,12 +30,14 @@ void Path::startAt(Point from) {
 }
 
 void Path::lineTo(Point from, Point to) {
+  makeRoom(1, 1);
   startAt(from);
   points_.push_back(to);
   steps_.push_back(Step::Line);
 }
 
 void Path::curveTo(Point from, Point control1, Point control2, Point to) {
+  makeRoom(1, 3);
   startAt(from);
   points_.insert(points_.end(), {control1, control2, to});
   steps_.push_back(Step::Curve);
@@ -35,6 +49,7 @@ void Path::close() {
 }
 
 void Path::rectangle(double x, double y, double width, double height) {
+  makeRoom(5, 1);
   moveTo({x, y});
   lineTo({x, y}, {x + width, y});
   lineTo({x, y}, {x + width, y + height});
@@ -46,6 +61,10 @@ void Path::clear() noexcept {
   points_.clear();
   steps_.clear();
   isOpen_ = false;
+}
+
+bool Path::hasPieces() const noexcept {
+  return std::any_of(steps_.begin(), steps_.end(), [](Step step) { return step != Step::Move; });
 }
 
 bool Path::bounds(const Matrix& matrix, Box& box) const noexcept {

@@ -1,4 +1,4 @@
-#include "graphics/path/PathClip.h"
+#include "graphics/path/PathClip_p.h"
 
 #include <algorithm>
 
@@ -53,7 +53,7 @@ void eachFigure(const Path& path, const Matrix& matrix, const Box& area, Take ta
   figures.finish(false);
 }
 
-// The part of a segment inside the area, as fractions of it.
+// Liang-Barsky: the part of a segment inside the area, as fractions of it.
 bool visiblePart(Point from, Point to, const Box& area, double& first, double& last) noexcept {
   first = 0;
   last = 1;
@@ -167,6 +167,7 @@ constexpr Side kSides[4] = {[](Point p, const Box& area) { return p.x - area.lef
                             [](Point p, const Box& area) { return p.y - area.top; },
                             [](Point p, const Box& area) { return area.bottom - p.y; }};
 
+// One step of Sutherland-Hodgman: the polygon without what lies beyond one side.
 void keepInside(Points& polygon, const Matrix& matrix, const Box& area, Side side, Points& kept) {
   kept.clear();
   for (std::size_t i = 0; i < polygon.size(); ++i) {

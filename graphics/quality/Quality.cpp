@@ -1,4 +1,4 @@
-#include "graphics/quality/Quality.h"
+#include "graphics/quality/Quality_p.h"
 
 namespace corvix {
 

@@ -1,6 +1,6 @@
-#include "graphics/quality/QualityListener.h"
+#include "graphics/quality/QualityListener_p.h"
 
-#include "graphics/quality/Quality.h"
+#include "graphics/quality/Quality_p.h"
 
 namespace corvix {
 

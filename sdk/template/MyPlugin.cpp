@@ -1,4 +1,5 @@
 #include "IMyInterface.h"
+#include "descriptor.h"  // made from plugin.xml
 #include "shell/Plugin.h"
 
 class MyObject : public corvix::BSmartObject, public IMyInterface {
@@ -8,5 +9,5 @@ class MyObject : public corvix::BSmartObject, public IMyInterface {
   int twice(int number) const override { return 2 * number; }
 };
 
-// One row for each interface of plugin.xml.
-CORVIX_PLUGIN({L"My.Interface", corvix::create<MyObject>})
+// One row for each interface of plugin.xml; the compiler says when one is missing.
+CORVIX_PLUGIN(corvix::rowFor<descriptor::My_Interface, MyObject>())

@@ -1,9 +1,12 @@
-#include "shell/modules/ModuleFile.h"
+#include "shell/modules/ModuleFile_p.h"
 
-#include "shell/modules/GuardedCall_p.h"
+#include "shell/guard/GuardedModule_p.h"
+#include "shell/guard/LoaderLock_p.h"
+#include "shell/modules/LoadedImage_p.h"
 #include "shell/modules/PeImage_p.h"
 
 #include <algorithm>
+#include <cstring>
 #include <cwctype>
 #include <set>
 
@@ -12,10 +15,22 @@ namespace corvix {
 namespace {
 
 constexpr wchar_t kResourceName[] = L"PLUGININFO";
-constexpr DWORD kLargestDescriptor = 64 * 1024 * 1024;
+constexpr char kFactoryFunction[] = "queryClassFactoryLocal";
+constexpr u32 kLargestDescriptor = 64 * 1024 * 1024;
 constexpr std::size_t kMostModulesWalked = 500;
 
-std::wstring widen(const std::string& text) { return {text.begin(), text.end()}; }
+// What may stand in the name of a module, and nothing that leads elsewhere.
+bool isFileName(const std::string& name) {
+  return !name.empty() && std::none_of(name.begin(), name.end(), [](char c) {
+    return static_cast<unsigned char>(c) < ' ' || c == 127 || std::strchr("\\/:*?\"<>|", c);
+  });
+}
+
+std::wstring widen(const std::string& text) {
+  std::wstring wide(text.size(), 0);
+  std::transform(text.begin(), text.end(), wide.begin(), [](char c) { return static_cast<unsigned char>(c); });
+  return wide;
+}
 
 std::wstring fileNameOf(const std::wstring& path) {
   const std::size_t separator = path.find_last_of(L"\\/");
@@ -41,18 +56,66 @@ std::wstring machineName(u16 machine) {
   }
 }
 
+std::wstring systemMessage(DWORD error) {
+  wchar_t* text = nullptr;
+  const DWORD length =
+      FormatMessageW(FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS,
+                     nullptr, error, 0, reinterpret_cast<wchar_t*>(&text), 0, nullptr);
+  std::wstring message(text ? text : L"", text ? length : 0);
+  LocalFree(text);
+  while (!message.empty() && std::iswspace(message.back())) message.pop_back();
+  const std::wstring number = L"error " + std::to_wstring(error);
+  return message.empty() ? number + L"." : number + L", " + message;
+}
+
+struct ErrorRow {
+  DWORD error;
+  const wchar_t* reason;
+};
+
+// What a row says of the error, or `otherwise` and the system's own message.
+template <std::size_t count>
+std::wstring reasonOf(DWORD error, const ErrorRow (&rows)[count], const wchar_t* otherwise) {
+  for (const ErrorRow& row : rows) {
+    if (row.error == error) return row.reason;
+  }
+  return otherwise + systemMessage(error);
+}
+
+constexpr ErrorRow kOpenErrors[] = {
+    {ERROR_FILE_NOT_FOUND, L"There is no such file."},
+    {ERROR_PATH_NOT_FOUND, L"There is no such folder."},
+    {ERROR_ACCESS_DENIED, L"The file must not be read by this user, or it is a folder."},
+    {ERROR_SHARING_VIOLATION, L"The file is used by another process."},
+    {ERROR_LOCK_VIOLATION, L"The file is used by another process."},
+    {ERROR_BAD_FILE_TYPE, L"It is a device, not a file."},
+};
+
+constexpr ErrorRow kLoadErrors[] = {
+    {ERROR_PROC_NOT_FOUND, L"A function that it imports is missing from another module."},
+    {ERROR_NOACCESS, L"It crashed while it was starting (an access violation, in its DllMain or before)."},
+    {ERROR_STACK_OVERFLOW, L"It ran out of stack while it was starting."},
+    {ERROR_DLL_INIT_FAILED, L"It refused to start (its DllMain returned FALSE)."},
+    {ERROR_MR_MID_NOT_FOUND, L"It raised an exception of its own while it was starting."},
+    {ERROR_BAD_EXE_FORMAT, L"The system does not take the file for a module: its headers are damaged."},
+    {ERROR_SHARING_VIOLATION, L"The file is used by another process."},
+    {ERROR_NOT_ENOUGH_MEMORY, L"There is not enough memory to load it."},
+};
+
 // Why a file is no module for this program; empty if its headers say that it is one.
-std::wstring whyNoModule(const std::wstring& path) {
-  const std::optional<PeImage> image = PeImage::open(path.c_str());
-  if (!image) return L"The file cannot be read.";
-  switch (image->kind()) {
+std::wstring whyNoModule(const PeImage& image) {
+  switch (image.kind()) {
+    case PeImage::Kind::Unreadable:
+      return reasonOf(image.error(), kOpenErrors, L"The file cannot be read: ");
     case PeImage::Kind::NotAModule:
       return L"The file is not a Windows module.";
     case PeImage::Kind::Truncated:
       return L"The file is cut short: its headers point past its end.";
     case PeImage::Kind::OtherMachine:
-      return L"The module is made for " + machineName(image->machine()) + L", this program runs modules for " +
+      return L"The module is made for " + machineName(image.machine()) + L", this program runs modules for " +
              machineName(sizeof(void*) == 4 ? IMAGE_FILE_MACHINE_I386 : IMAGE_FILE_MACHINE_AMD64) + L".";
+    case PeImage::Kind::Damaged:
+      return L"The file is damaged: its headers contradict themselves.";
     case PeImage::Kind::NotALibrary:
       return L"The file is a program, not a library.";
     case PeImage::Kind::Library:
@@ -60,6 +123,8 @@ std::wstring whyNoModule(const std::wstring& path) {
   }
   return {};
 }
+
+std::wstring whyNoModule(const std::wstring& path) { return whyNoModule(PeImage(path.c_str())); }
 
 bool exists(const std::wstring& path) { return GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES; }
 
@@ -78,9 +143,10 @@ std::wstring findMissingImport(const std::wstring& path) {
   while (!toWalk.empty() && seen.size() < kMostModulesWalked) {
     const std::wstring current = toWalk.back();
     toWalk.pop_back();
-    const std::optional<PeImage> image = PeImage::open(current.c_str());
-    if (!image) continue;
-    for (const std::string& import : image->imports()) {
+    PeImage image(current.c_str());
+    for (const std::string& import : image.imports()) {
+      if (!isFileName(import))
+        return L"A module that " + fileNameOf(current) + L" needs has a name that no file can have.";
       const std::wstring name = widen(import);
       if (!seen.insert(lowered(name)).second || GetModuleHandleW(name.c_str())) continue;
       const auto beside = std::find_if(std::begin(folders), std::end(folders),
@@ -100,105 +166,118 @@ std::wstring findMissingImport(const std::wstring& path) {
   return {};
 }
 
-std::wstring systemMessage(DWORD error) {
-  wchar_t* text = nullptr;
-  const DWORD length =
-      FormatMessageW(FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS,
-                     nullptr, error, 0, reinterpret_cast<wchar_t*>(&text), 0, nullptr);
-  std::wstring message(text ? text : L"", text ? length : 0);
-  LocalFree(text);
-  while (!message.empty() && std::iswspace(message.back())) message.pop_back();
-  return message;
-}
-
-struct ErrorRow {
-  DWORD error;
-  const wchar_t* reason;
-};
-constexpr ErrorRow kLoadErrors[] = {
-    {ERROR_PROC_NOT_FOUND, L"A function that it imports is missing from another module."},
-    {ERROR_NOACCESS, L"It crashed while it was starting (an access violation in its DllMain)."},
-    {ERROR_STACK_OVERFLOW, L"It ran out of stack while it was starting."},
-    {ERROR_DLL_INIT_FAILED, L"It refused to start (its DllMain returned FALSE)."},
-};
-
 std::wstring whyNotLoaded(const std::wstring& path, DWORD error) {
-  for (const ErrorRow& row : kLoadErrors) {
-    if (row.error == error) return row.reason;
-  }
-  std::wstring reason = error == ERROR_MOD_NOT_FOUND ? findMissingImport(path) : whyNoModule(path);
-  if (reason.empty())
-    reason = L"The system cannot load it: error " + std::to_wstring(error) + L", " + systemMessage(error);
-  return reason;
+  std::wstring reason;
+  if (error == ERROR_MOD_NOT_FOUND) reason = findMissingImport(path);
+  return reason.empty() ? reasonOf(error, kLoadErrors, L"The system cannot load it: ") : reason;
 }
 
-struct Resource {
-  const void* data = nullptr;
-  DWORD size = 0;
-  std::wstring reason;
-};
+constexpr wchar_t kNoDescriptor[] = L"It has no descriptor (a resource PLUGININFO of type PLUGININFO).";
+constexpr wchar_t kDescriptorOutside[] = L"Its descriptor lies outside the file.";
+
+const wchar_t* whyNoDescriptor(PeImage::ResourceState state) {
+  switch (state) {
+    case PeImage::ResourceState::Missing:
+      return kNoDescriptor;
+    case PeImage::ResourceState::Outside:
+      return kDescriptorOutside;
+    case PeImage::ResourceState::Empty:
+      return L"Its descriptor is empty.";
+    case PeImage::ResourceState::TooLarge:
+      return L"Its descriptor is larger than 64 MiB.";
+    case PeImage::ResourceState::Found:
+      break;
+  }
+  return L"";
+}
 
 }  // namespace
 
 DescriptorBytes readDescriptorResource(HMODULE module) {
-  DescriptorBytes result;
-  const wchar_t* reason = L"";
-  // The resource tables are the file's word: where they point may not be there.
+  const unsigned char* data = nullptr;
+  DWORD size = 0;
+  // The resource tables are the module's word: where they point may not be there.
   const u32 fault = guarded([&] {
     HRSRC__* const resource = FindResourceW(module, kResourceName, kResourceName);
     void* const loaded = resource ? LoadResource(module, resource) : nullptr;
-    const void* const data = loaded ? LockResource(loaded) : nullptr;
-    const DWORD size = data ? SizeofResource(module, resource) : 0;
-    if (!resource) {
-      reason = L"It has no descriptor (a resource PLUGININFO of type PLUGININFO).";
-    } else if (!data || !size || size > kLargestDescriptor) {
-      reason = L"Its descriptor is empty or cannot be read.";
-    } else {
-      result.bytes.resize(size);
-      std::copy_n(static_cast<const unsigned char*>(data), size, result.bytes.begin());
-    }
+    data = loaded ? static_cast<const unsigned char*>(LockResource(loaded)) : nullptr;
+    size = data ? SizeofResource(module, resource) : 0;
   });
-  if (fault) {
-    result.bytes.clear();
-    reason = L"Its descriptor lies outside the file.";
-  }
-  result.reason = reason;
+  if (fault) return {{}, kDescriptorOutside, false};
+  if (!size) return {{}, kNoDescriptor, true};
+  if (size > kLargestDescriptor) return {{}, whyNoDescriptor(PeImage::ResourceState::TooLarge), false};
+  DescriptorBytes result{std::vector<unsigned char>(size), {}, false};
+  if (guarded([&] { std::copy_n(data, size, result.bytes.begin()); })) return {{}, kDescriptorOutside, false};
   return result;
 }
 
 DescriptorBytes readDescriptorResource(const std::wstring& path) {
-  HMODULE module = nullptr;
-  const u32 fault = guarded([&] {
-    module = LoadLibraryExW(path.c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE_EXCLUSIVE | LOAD_LIBRARY_AS_IMAGE_RESOURCE);
-  });
-  const ModuleHandle owner(module);
-  if (!owner || fault) {
-    std::wstring reason = whyNoModule(path);
-    if (reason.empty())
-      reason = fault ? L"The file is damaged." : L"The system cannot open it: " + systemMessage(GetLastError());
-    return {{}, reason};
-  }
-  DescriptorBytes result = readDescriptorResource(owner.get());
-  if (result.bytes.empty()) {
-    if (const std::wstring reason = whyNoModule(path); !reason.empty()) result.reason = reason;
-  }
+  DescriptorBytes result;
+  PeImage image(path.c_str());
+  result.reason = whyNoModule(image);
+  if (!result.reason.empty()) return result;
+  const PeImage::ResourceState state = image.readResource(kResourceName, kLargestDescriptor, result.bytes);
+  if (state != PeImage::ResourceState::Found)
+    result = {{}, whyNoDescriptor(state), state == PeImage::ResourceState::Missing};
   return result;
 }
 
-LoadedModule loadModuleCode(const std::wstring& path) {
-  LoadedModule result;
-  DWORD error = 0;
-  const u32 fault = guarded([&] {
-    result.module =
-        LoadLibraryExW(path.c_str(), nullptr, LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_DEFAULT_DIRS);
-    if (!result.module) error = GetLastError();
-  });
-  if (fault) {
-    result = {nullptr, true, L"Loading it raised exception " + hexadecimal(fault) + L"; the file may be corrupt."};
-  } else if (!result.module) {
-    result.reason = whyNotLoaded(path, error);
+namespace {
+
+// Until it goes, the system opens no dialogs of its own for this thread: of a missing drive or a damaged file.
+class NoSystemDialogs {
+ public:
+  NoSystemDialogs() noexcept {
+    SetThreadErrorMode(GetThreadErrorMode() | SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX, &before_);
   }
-  return result;
+  NoSystemDialogs(const NoSystemDialogs&) = delete;
+  NoSystemDialogs& operator=(const NoSystemDialogs&) = delete;
+  ~NoSystemDialogs() { SetThreadErrorMode(before_, nullptr); }
+
+ private:
+  DWORD before_ = 0;
+};
+
+}  // namespace
+
+LoadedFactory loadFactory(const std::wstring& path) {
+  // The system loads a program too, and leaves its imports as they are.
+  if (std::wstring reason = whyNoModule(path); !reason.empty()) return {nullptr, false, std::move(reason)};
+  HMODULE module = nullptr;
+  DWORD error = 0;
+  const NoSystemDialogs quiet;
+  const LoaderLockDepth lock;
+  const u32 fault = guarded([&] {
+    module = LoadLibraryExW(path.c_str(), nullptr, LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_DEFAULT_DIRS);
+    if (!module) error = GetLastError();
+  });
+  lock.restore();
+  if (fault) return {nullptr, true, L"Loading it ended in " + faultText(fault) + L"; the file may be corrupt."};
+  return module ? findFactory(module) : LoadedFactory{nullptr, false, whyNotLoaded(path, error)};
+}
+
+LoadedFactory findFactory(HMODULE module) {
+  const wchar_t* reason = nullptr;
+  BClassFactory* factory = nullptr;
+  bool isCorrupt = false;
+  const GuardedOutcome outcome = guardedFromAll([&] {
+    const LoadedFunction found = findExport(module, kFactoryFunction);
+    isCorrupt = found.isDamaged;
+    reason = found.reason;
+    if (!found.address) return;
+    factory = reinterpret_cast<QueryClassFactory>(found.address)();
+    if (!factory) {
+      reason = L"Its queryClassFactoryLocal returned no class factory.";
+    } else if (!query<BClassFactory>(factory)) {
+      reason = L"Its queryClassFactoryLocal returned something else than a class factory.";
+    }
+  });
+  if (outcome.fault)
+    return {nullptr, true,
+            L"Its queryClassFactoryLocal ended in " + faultText(outcome.fault) + L"; the file may be corrupt."};
+  if (outcome.thrown) return {nullptr, false, L"Its queryClassFactoryLocal threw: " + *outcome.thrown};
+  if (reason) return {nullptr, isCorrupt, reason};
+  return {factory, false, {}};
 }
 
 void useSafeModuleSearch() noexcept {

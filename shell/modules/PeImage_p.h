@@ -1,10 +1,12 @@
-// PeImage: what a module file says of itself, read as bytes. Trusts nothing in the file.
+// PeImage: what a module file says of itself, read by position. Trusts nothing in the file, runs none of it, and takes
+// no more memory than what is asked for.
 #pragma once
 
-#include "core/baselib/Api.h"
+#include "core/baselib/system/FileWindow_p.h"
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace corvix {
@@ -12,35 +14,62 @@ namespace corvix {
 class PeImage {
  public:
   enum class Kind {
+    Unreadable,    // `error` says why
     NotAModule,    // no PE file at all
     Truncated,     // its headers point past its end
     OtherMachine,  // a PE file for another processor
+    Damaged,       // its headers contradict themselves
     NotALibrary,   // a program
     Library,
   };
 
-  // Nothing when the file cannot be read.
-  static std::optional<PeImage> open(const wchar_t* path);
+  explicit PeImage(const wchar_t* path);
+  PeImage(const PeImage&) = delete;
+  PeImage& operator=(const PeImage&) = delete;
 
   Kind kind() const noexcept { return kind_; }
+  u32 error() const noexcept { return error_; }
   u16 machine() const noexcept { return machine_; }
 
+  enum class ResourceState { Found, Missing, Outside, Empty, TooLarge };
+
+  // The resource `name` of the type of the same name, in the first of its languages. `name` is in capitals.
+  ResourceState readResource(std::wstring_view name, u32 mostBytes, std::vector<unsigned char>& bytes);
+
   // The names of the modules that it imports from, as they stand; at most a thousand.
-  std::vector<std::string> imports() const;
+  std::vector<std::string> imports();
 
  private:
-  PeImage() = default;
-  void examine();
-  template <class T>
-  bool read(u64 offset, T& value) const noexcept;
-  std::optional<u32> fileOffset(u32 address) const noexcept;
+  struct Section {
+    u32 address;  // inside the image
+    u32 offset;   // inside the file
+    u32 size;
+  };
 
-  std::vector<unsigned char> bytes_;
-  Kind kind_ = Kind::NotAModule;
+  Kind examine();
+  template <class T>
+  bool readFile(u64 offset, T& value) noexcept;
+
+  // By address inside the image: all of it, from one section, or false.
+  bool readImage(u64 address, void* to, u32 sizeBytes) noexcept;
+  template <class T>
+  bool readImage(u64 address, T& value) noexcept {
+    return readImage(address, &value, sizeof value);
+  }
+  const Section* sectionAt(u64 address) const noexcept;
+
+  enum class Entry { Found, Missing, Outside };
+  Entry findNamed(u32 directory, std::wstring_view name, u32& target);
+  Entry compareName(u32 offset, std::wstring_view name, int& order);
+  std::optional<std::string> readName(u32 address);
+
+  FileWindow file_;
+  Kind kind_ = Kind::Unreadable;
+  u32 error_ = 0;
   u16 machine_ = 0;
-  u32 importTable_ = 0;  // address inside the image
-  u32 sectionTable_ = 0;
-  u16 sectionCount_ = 0;
+  u32 importTable_ = 0;  // addresses; 0 when there is none
+  u32 resources_ = 0;
+  std::vector<Section> sections_;
 };
 
 }  // namespace corvix

@@ -3,6 +3,8 @@
 
 check_slots.py CHECKOUT [--write]     (--write prints what slots.txt would have to say)
 
+Every class of the public headers that has an identity must be listed there unless it is final; others with slots may be.
+
 Programs and plug-ins of other compilers call these slots by number: an order never changes. (GCC puts two
 destructors where that compiler has one; modules of the two cannot be mixed.)
 """
@@ -13,20 +15,41 @@ import sys
 import tempfile
 
 HERE = pathlib.Path(__file__).resolve().parent
+sys.path.insert(0, str(HERE.parent / "support"))
+import identities  # noqa: E402
+import windows_clang  # noqa: E402
 
 
 def listed():
     """[(class, header, [operation, ...]), ...] of slots.txt."""
-    classes = []
+    classes, slots = [], {}
     for line in (HERE / "slots.txt").read_text(encoding="utf-8").splitlines():
         if line.startswith("#") or not line.strip():
             continue
-        if line.startswith(" "):
+        if line.startswith("  those of "):
+            classes[-1][2].extend(slots[line.split()[-1]])
+        elif line.startswith(" "):
             classes[-1][2].append(line.strip())
         else:
             name, header = line.split()
             classes.append((name, header, []))
+            slots[name] = classes[-1][2]
     return classes
+
+
+def above(name, bases):
+    """All that a class derives from, as far as it has an identity."""
+    for base in bases.get(name, []):
+        yield base
+        yield from above(base, bases)
+
+
+def written(name, header, slots, others):
+    """A class as slots.txt has it; `others` are those above it that were written before, as in listed()."""
+    first = max((other for other in others if slots[:len(other[2])] == other[2]), key=lambda other: len(other[2]),
+                default=(None, None, []))
+    lines = [f"{name} {header}"] + ([f"  those of {first[0]}"] if first[2] else [])
+    return "\n".join(lines + [f"  {slot}" for slot in slots[len(first[2]):]]) + "\n"
 
 
 def probe(classes):
@@ -42,9 +65,8 @@ def tables(checkout, source):
         file = pathlib.Path(folder) / "probe.cpp"
         file.write_text(source)
         run = subprocess.run(
-            ["clang++", "--target=i686-pc-windows-msvc", "-std=c++17", "-ffreestanding", "-nostdinc++", "-fexceptions",
-             "-fcxx-exceptions", "-fno-rtti", "-w", "-isystem", str(HERE / "stubs"), "-I", str(checkout),
-             "-DCORVIX_BUILDING", "-S", "-o", "/dev/null", "-Xclang", "-fdump-vtable-layouts", str(file)],
+            windows_clang.command(checkout) +
+            ["-S", "-o", "/dev/null", "-Xclang", "-fdump-vtable-layouts", str(file)],
             capture_output=True, text=True)
     if run.returncode:
         sys.exit(run.stderr)
@@ -68,18 +90,29 @@ def primary_slots(dump, name):
 def main():
     checkout = pathlib.Path(sys.argv[1])
     classes = listed()
+    names = {name for name, _, _ in classes}
+    public = identities.public(checkout)
+    bases = {one.name: one.bases for one in public}
+    missing = [(one.name, one.path, []) for one in public if one.name not in names and not one.is_final]
+    if "--write" in sys.argv:
+        classes += missing
     dump = tables(checkout, probe(classes))
-    wrong = 0
+    wrong, done = 0, []
+    for name, header, _ in [] if "--write" in sys.argv else missing:
+        wrong += 1
+        print(f"{header}: {name} is not in slots.txt; add what --write prints")
     for name, header, expected in classes:
         actual = primary_slots(dump, name)
         if "--write" in sys.argv:
-            print(f"{name} {header}", *("  " + slot for slot in actual), "", sep="\n")
+            print(written(name, header, actual, [other for other in done if other[0] in above(name, bases)]))
+            done.append((name, header, actual))
         elif actual != expected:
             wrong += 1
             print(f"{name}: expected {expected}\n{' ' * len(name)}  actual   {actual}")
     if "--write" not in sys.argv:
-        print(f"{len(classes)} classes, {wrong} with another slot order")
+        print(f"{len(classes)} classes, {wrong} wrong")
     return 1 if wrong else 0
 
 
-sys.exit(main())
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,19 +1,20 @@
 #include "shell/Notifications.h"
 
 #include "core/baselib/objects/GlobalData.h"
-#include "tests/shell/OwnPlugin.h"
 #include "tests/support/HeapBlocks.h"
+#include "tests/support/OwnPlugin.h"
 
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <stdexcept>
 
 namespace corvix {
 
 namespace {
 
-using testing_world::journal;
-using testing_world::shell;
+using testing_support::journal;
+using testing_support::shell;
 using N = ShellNotification;
 
 // Listens to everything: notes its name and what it was told.
@@ -29,6 +30,7 @@ class Ear final : public IShellListener,
 
  public:
   explicit Ear(std::string name) : name_(std::move(name)) {}
+  static constexpr int kThrows = 1000;
   int answer = notify::kGoOn;
 
   int onInitialize(IShell&) override { return note("init"); }
@@ -58,6 +60,7 @@ class Ear final : public IShellListener,
   }
   int note(const char* what, i64 argument = 0) {
     journal() += name_ + what + (argument ? std::to_string(argument) : "") + " ";
+    if (answer == kThrows) throw std::runtime_error("no ear for it");
     return answer;
   }
   std::string name_;
@@ -79,9 +82,9 @@ struct Row {
   std::function<int(IShell&)> raise;
 };
 
-template <class Listener>
+template <N notification>
 IBTransportable* as(Ear& ear) {
-  return static_cast<Listener*>(&ear);
+  return static_cast<typename ListenerOf<notification>::Type*>(&ear);
 }
 
 NoAction action;
@@ -102,25 +105,26 @@ const stype_info &kShell = IShell::classInfo(), &kTarget = IActionTarget::classI
 
 // In the order of the enumeration.
 const Row rows[] = {
-    {"OnInitialize", kShell, "init", as<IShellListener>, [](IShell& s) { return s.initialize(); }},
-    {"OnUnInitialize", kShell, "uninit", as<IShellListener>, [](IShell& s) { return s.unInitialize(); }},
-    {"OnSysMsgBox", kShell, "box4", as<IDialogListener>, [](IShell& s) { return s.sysMsgBox(box); }},
-    {"OnShowCustomDialog", kShell, "dialog5", as<IDialogListener>,
+    {"OnInitialize", kShell, "init", as<N::Initialize>, [](IShell& s) { return s.initialize(); }},
+    {"OnUnInitialize", kShell, "uninit", as<N::UnInitialize>, [](IShell& s) { return s.unInitialize(); }},
+    {"OnSysMsgBox", kShell, "box4", as<N::SysMsgBox>, [](IShell& s) { return s.sysMsgBox(box); }},
+    {"OnShowCustomDialog", kShell, "dialog5", as<N::ShowCustomDialog>,
      [](IShell& s) { return s.showCustomDialog(dialog); }},
-    {"OnShowConfirmation", kShell, "confirm1", as<IDialogListener>, [](IShell& s) { return s.showConfirmation(sure); }},
-    {"OnChangeStatusText", kShell, "status2", as<IStatusListener>,
+    {"OnShowConfirmation", kShell, "confirm1", as<N::ShowConfirmation>,
+     [](IShell& s) { return s.showConfirmation(sure); }},
+    {"OnChangeStatusText", kShell, "status2", as<N::ChangeStatusText>,
      [](IShell& s) { return s.changeStatusText(2, L"x"); }},
-    {"OnValidateAction", kShell, "validate", as<IActionTarget>, callAction<&IShell::validateAction>},
-    {"OnProcessAction", kShell, "process", as<IActionTarget>, callAction<&IShell::processAction>},
-    {"onStartProgress", kShell, "start12345", as<IProgressCallback>, callProgress<&IShell::startProgress>},
-    {"onChangeProgress", kShell, "change12345", as<IProgressCallback>, callProgress<&IShell::changeProgress>},
-    {"onUpdateProgress", kShell, "update12345", as<IProgressCallback>, callProgress<&IShell::updateProgress>},
-    {"onStopProgress", kShell, "stop12345", as<IProgressCallback>, callProgress<&IShell::stopProgress>},
-    {"preValidateAction", kTarget, "preValidate", as<IActionListener>, callAction<&IShell::preValidateAction>},
-    {"postValidateAction", kTarget, "postValidate", as<IActionListener>, callAction<&IShell::postValidateAction>},
-    {"preProcessAction", kTarget, "preProcess", as<IActionListener>, callAction<&IShell::preProcessAction>},
-    {"postProcessAction", kTarget, "postProcess", as<IActionListener>, callAction<&IShell::postProcessAction>},
-    {"OnOpenDocument", kShell, "open", as<IDocumentListener>, [](IShell& s) { return s.openDocument(nullptr, L"x"); }},
+    {"OnValidateAction", kShell, "validate", as<N::ValidateAction>, callAction<&IShell::validateAction>},
+    {"OnProcessAction", kShell, "process", as<N::ProcessAction>, callAction<&IShell::processAction>},
+    {"onStartProgress", kShell, "start12345", as<N::StartProgress>, callProgress<&IShell::startProgress>},
+    {"onChangeProgress", kShell, "change12345", as<N::ChangeProgress>, callProgress<&IShell::changeProgress>},
+    {"onUpdateProgress", kShell, "update12345", as<N::UpdateProgress>, callProgress<&IShell::updateProgress>},
+    {"onStopProgress", kShell, "stop12345", as<N::StopProgress>, callProgress<&IShell::stopProgress>},
+    {"preValidateAction", kTarget, "preValidate", as<N::PreValidateAction>, callAction<&IShell::preValidateAction>},
+    {"postValidateAction", kTarget, "postValidate", as<N::PostValidateAction>, callAction<&IShell::postValidateAction>},
+    {"preProcessAction", kTarget, "preProcess", as<N::PreProcessAction>, callAction<&IShell::preProcessAction>},
+    {"postProcessAction", kTarget, "postProcess", as<N::PostProcessAction>, callAction<&IShell::postProcessAction>},
+    {"OnOpenDocument", kShell, "open", as<N::OpenDocument>, [](IShell& s) { return s.openDocument(nullptr, L"x"); }},
 };
 static_assert(std::size(rows) == kShellNotifications);
 
@@ -142,13 +146,20 @@ TEST(Notifications, ReachTheOwnListAndThenTheOneThatEveryModuleFinds) {
       return row.raise(shell());
     };
     const std::string both = std::string("own ") + row.told + " all " + row.told + " ";
-    EXPECT_EQ(raised(77, 0), notify::kGoOn);
-    EXPECT_EQ(journal(), both);
-    EXPECT_EQ(raised(notify::kTaken, 0), notify::kTaken);
-    EXPECT_EQ(journal(), both);
-    EXPECT_EQ(raised(notify::kTaken, notify::kStop), notify::kStop);
-    EXPECT_EQ(raised(notify::kStop, notify::kTaken), notify::kStop);
-    EXPECT_EQ(journal(), std::string("own ") + row.told + " ");
+    const struct {
+      int own, all, result;
+    } answers[] = {{77, 0, notify::kGoOn},
+                   {notify::kTaken, 0, notify::kTaken},
+                   {0, notify::kTaken, notify::kTaken},
+                   {notify::kTaken, notify::kStop, notify::kStop},
+                   {notify::kStop, notify::kTaken, notify::kStop},
+                   {notify::kStop, 0, notify::kStop},
+                   {Ear::kThrows, notify::kTaken, notify::kTaken},
+                   {notify::kTaken, Ear::kThrows, notify::kTaken}};
+    for (const auto& [ownAnswer, allAnswer, result] : answers) {
+      EXPECT_EQ(raised(ownAnswer, allAnswer), result) << row.name << ownAnswer << allAnswer;
+      EXPECT_EQ(journal(), both);
+    }
     shell().sender(N{i}).removeListener(row.as(own));
     everybody->removeListener(row.as(all));
   }
@@ -165,9 +176,9 @@ TEST(Notifications, ABoxIsAnsweredByWhoTakesItOrSilently) {
   Ear answers("");
   answers.answer = notify::kTaken;
   EXPECT_EQ(shell().messageBox(L"Sure?", L"Test", MB_YESNO, IDYES), IDYES);
-  shell().sender(N::SysMsgBox).addListener(as<IDialogListener>(answers));
+  shell().sender(N::SysMsgBox).addListener(as<N::SysMsgBox>(answers));
   EXPECT_EQ(shell().messageBox(L"Sure?", L"Test", MB_YESNO, IDYES), IDNO);
-  shell().sender(N::SysMsgBox).removeListener(as<IDialogListener>(answers));
+  shell().sender(N::SysMsgBox).removeListener(as<N::SysMsgBox>(answers));
   EXPECT_FALSE(shell().askToRetry(0));
 }
 

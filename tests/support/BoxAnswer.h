@@ -5,7 +5,7 @@
 
 #include <windows.h>
 
-namespace testing_world {
+namespace corvix::testing_support {
 
 struct BoxAnswer {
   explicit BoxAnswer(int button) : hook_(SetWindowsHookExW(WH_CALLWNDPROCRET, react, nullptr, GetCurrentThreadId())) {
@@ -35,4 +35,4 @@ struct BoxAnswer {
   HHOOK hook_;
 };
 
-}  // namespace testing_world
+}  // namespace corvix::testing_support

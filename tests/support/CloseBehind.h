@@ -7,7 +7,7 @@
 
 #include <windows.h>
 
-namespace testing_world {
+namespace corvix::testing_support {
 
 // Its own `close` will find the handle gone.
 inline void closeBehindItsBack(const corvix::BTempStorage& storage) {
@@ -23,4 +23,4 @@ inline void closeBehindItsBack(const corvix::BTempStorage& storage) {
   }
 }
 
-}  // namespace testing_world
+}  // namespace corvix::testing_support

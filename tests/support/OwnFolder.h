@@ -8,7 +8,7 @@
 
 #include <windows.h>
 
-namespace testing_world {
+namespace corvix::testing_support {
 
 class OwnFolder {
  public:
@@ -38,4 +38,4 @@ inline std::string bytesOf(const std::filesystem::path& path) {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
-}  // namespace testing_world
+}  // namespace corvix::testing_support

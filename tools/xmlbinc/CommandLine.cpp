@@ -4,19 +4,25 @@
 #include "tools/xmlbinc/BlockWriter.h"
 #include "tools/xmlbinc/DescriptorCheck.h"
 #include "tools/xmlbinc/Files.h"
+#include "tools/xmlbinc/HeaderWriter.h"
 #include "tools/xmlbinc/InputError.h"
 #include "tools/xmlbinc/Limits.h"
+#include "tools/xmlbinc/PluginAttributes.h"
+#include "tools/xmlbinc/ResourceFile.h"
 #include "tools/xmlbinc/SourceText.h"
+#include "tools/xmlbinc/Unicode.h"
 #include "tools/xmlbinc/XmlReader.h"
 #include "tools/xmlbinc/XmlWriter.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <cstdio>
 #include <exception>
 #include <istream>
 #include <iterator>
 #include <new>
 #include <ostream>
+#include <random>
 
 namespace corvix::xmlbinc {
 
@@ -27,9 +33,13 @@ constexpr const char* kStandardStream = "-";
 struct Options {
   std::string input;
   std::string output;
+  std::string header;
+  std::string resourceFor;
+  std::vector<std::string> set;
   bool decompile = false;
   bool check = false;
   bool warningsAsErrors = false;
+  bool newIdentifier = false;
 };
 
 class Program {
@@ -40,11 +50,15 @@ class Program {
     SourceText source;
     try {
       source.load(read(kMaxXmlBytes));
-      const Tree tree = readXml(source);
+      Tree tree = readXml(source);
       // Whatever compiles can be turned back, so what cannot is refused now.
       writeXml(tree);
       if (options_.check && !report(checkDescriptor(tree), source) && options_.warningsAsErrors) return failed();
-      if (!options_.output.empty()) write(writeBlock(tree));
+      if (!options_.header.empty()) writeFile(options_.header, writeHeader(tree, source, options_.input));
+      if (!options_.output.empty()) {
+        if (!options_.set.empty()) tree = withPluginAttributes(tree, settings());
+        write(options_.resourceFor.empty() ? writeBlock(tree) : writeResourceFile(tree, options_.resourceFor));
+      }
       return kDone;
     } catch (const InputError& error) {
       streams_.err << place(source, error.offset()) << error.what() << '\n';
@@ -70,6 +84,15 @@ class Program {
   }
 
  private:
+  NamedValues settings() const {
+    NamedValues values;
+    for (const std::string& one : options_.set) {
+      const std::size_t equals = one.find('=');
+      values.emplace_back(toUtf16(one.substr(0, equals)), toUtf16(one.substr(equals + 1)));
+    }
+    return values;
+  }
+
   ExitCode failed() const {
     if (!options_.output.empty() && options_.output != kStandardStream) removeStaleBlock(options_.output);
     return kBadInput;
@@ -110,10 +133,23 @@ class Program {
   const Streams& streams_;
 };
 
+// Four words of the system's randomness, as both a descriptor and the code spell them.
+void printNewIdentifier(std::ostream& out) {
+  std::random_device random;
+  std::string words;
+  for (int i = 0; i < 4; ++i) {
+    char word[16];
+    std::snprintf(word, sizeof word, "%s0x%08X", i ? ", " : "", static_cast<unsigned>(random()));
+    words += word;
+  }
+  out << "In plugin.xml:  GUID=\"" << words << "\"\nIn the class:   CORVIX_IDENTITY(MyClass, " << words
+      << ", corvix::IBTransportable)\n";
+}
+
 void describe(CLI::App& app, Options& options) {
   // A path that begins with a slash is a path.
   app.allow_windows_style_options(false);
-  app.add_option("INPUT", options.input, "The file to read; - for standard input")->required()->type_name("FILE");
+  app.add_option("INPUT", options.input, "The file to read; - for standard input")->type_name("FILE");
   auto* output =
       app.add_option("-o,--output", options.output, "The file to write; - for standard output")->type_name("FILE");
   auto* decompile = app.add_flag("-d,--decompile", options.decompile, "Turn a block back into XML");
@@ -123,6 +159,27 @@ void describe(CLI::App& app, Options& options) {
   check->excludes(decompile);
   app.add_flag("--warnings-as-errors", options.warningsAsErrors, "With --check: fail, and write nothing, on a warning")
       ->needs(check);
+  app.add_flag("--new-identifier", options.newIdentifier,
+               "Print four fresh random words, for a module, an interface or a class, and do nothing else");
+  app.add_option("--resource-for", options.resourceFor,
+                 "Write a resource file for this module: the block, and version information from the descriptor")
+      ->type_name("MODULE.dll")
+      ->needs(output)
+      ->excludes(decompile);
+  app.add_option("--header", options.header,
+                 "Write a C++ header with what is declared, for the module's code, in addition")
+      ->type_name("FILE")
+      ->excludes(decompile);
+  app.add_option("--set", options.set, "Give the Plugin element of the output this attribute; may be repeated")
+      ->type_name("NAME=VALUE")
+      ->take_all()
+      ->allow_extra_args(false)
+      ->check([](const std::string& text) {
+        return isXmlName(text.substr(0, text.find('='))) && text.find('=') != text.npos ? ""
+                                                                                        : "is not NAME=VALUE: " + text;
+      })
+      ->needs(output)
+      ->excludes(decompile);
   app.set_version_flag("--version", "xmlbinc " XMLBINC_VERSION);
   app.footer(
       "Examples:\n"
@@ -130,6 +187,7 @@ void describe(CLI::App& app, Options& options) {
       "  xmlbinc --check plugin.xml                  only look for mistakes\n"
       "  xmlbinc --check plugin.xml -o plugin.bin    look for mistakes and compile\n"
       "  xmlbinc -d plugin.bin -o -                  show a block as XML\n"
+      "  xmlbinc plugin.xml -o my.res --resource-for my.dll    for windres -J res -O coff\n"
       "\n"
       "Exit codes: 0 done, 1 bad input (said on standard error; no output is left), 2 bad usage.");
 }
@@ -141,7 +199,14 @@ ExitCode runChecked(std::vector<std::string> arguments, const Streams& streams) 
   try {
     std::reverse(arguments.begin(), arguments.end());  // as the parser takes them
     app.parse(arguments);
-    if (options.output.empty() && !options.check) throw CLI::RequiredError("-o OUTPUT or --check");
+    if (options.newIdentifier) {
+      printNewIdentifier(streams.out);
+      return kDone;
+    }
+    if (options.input.empty()) throw CLI::RequiredError("INPUT");
+    if (options.output.empty() && options.header.empty() && !options.check) {
+      throw CLI::RequiredError("-o OUTPUT or --check");
+    }
     if (options.output != kStandardStream && sameFile(options.input, options.output)) {
       throw CLI::ValidationError("the output would overwrite the input");
     }

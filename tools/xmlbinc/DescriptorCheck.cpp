@@ -73,6 +73,7 @@ class DescriptorCheck {
     for (const Attribute& attribute : element.attributes) {
       const auto found = std::find(known.begin(), known.end(), attribute.name);
       if (found == known.end()) {
+        if (!isMistyped(attribute.name, known)) continue;  // further ones are for whoever reads them
         findings_.warn(attribute.offset, "unknown attribute " + quoted(attribute.name) + " of " + element.name +
                                              suggestion(attribute.name, known));
         continue;
@@ -99,6 +100,7 @@ class DescriptorCheck {
       }
       return;
     }
+    if (!isMistyped(element.name, known)) return;  // a tree of somebody else's: a menu, views
     findings_.warn(element.offset, "unknown element " + quoted(element.name) + " in " + quoted(parent.name) +
                                        suggestion(element.name, known));
   }

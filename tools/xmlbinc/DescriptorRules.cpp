@@ -83,6 +83,16 @@ void checkOrder(const Attribute& attribute, Findings& findings) {
                                       suggestion(attribute.value, kWords));
 }
 
+void checkVersion(const Attribute& attribute, Findings& findings) {
+  const auto parts = split(attribute.value, '.');
+  const bool isVersion = std::all_of(parts.begin(), parts.end(), [](std::string_view part) {
+    return !part.empty() && part.find_first_not_of("0123456789") == part.npos;
+  });
+  if (isVersion) return;
+  findings.warn(attribute.offset,
+                attribute.name + ' ' + quoted(attribute.value) + " is not numbers with dots between, such as \"1.2\"");
+}
+
 void checkSettingType(const Attribute& attribute, Findings& findings) {
   static constexpr std::string_view kTypes[] = {"integer", "float", "bool", "enum", "string", "int"};
   if (contains(kTypes, attribute.value)) return;
@@ -177,6 +187,9 @@ constexpr AttributeRule kPluginAttributes[] = {
     {"Manufacturer", "users cannot tell whose plug-in it is"},
     {"Name", ""},
     {"Version", ""},
+    {"SdkVersion", ""},  // these three are set by the build
+    {"SdkCompiler", ""},
+    {"SdkBits", ""},
 };
 
 constexpr AttributeRule kInterfaceAttributes[] = {
@@ -184,6 +197,11 @@ constexpr AttributeRule kInterfaceAttributes[] = {
     {"GUID", "the interface will be skipped", checkIdentifier},
     {"sHumanName", ""},
     {"Order", "", checkOrder},
+};
+
+constexpr AttributeRule kRequiresAttributes[] = {
+    {"Interface", "nothing will be required", checkFilled},
+    {"MinVersion", "", checkVersion},
 };
 
 constexpr AttributeRule kSettingAttributes[] = {
@@ -202,6 +220,7 @@ constexpr ElementRule kRules[] = {
     {"Plugin", "CorvixRC", "nothing will be registered", kPluginAttributes},
     {"Interface", "Plugin", "", kInterfaceAttributes, checkInterface},
     {"Setting", "Plugin", "", kSettingAttributes, checkSetting},
+    {"Requires", "Plugin", "", kRequiresAttributes},
 };
 
 }  // namespace

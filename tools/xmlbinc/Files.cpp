@@ -1,6 +1,7 @@
 #include "tools/xmlbinc/Files.h"
 
 #include "tools/xmlbinc/BlockFormat.h"
+#include "tools/xmlbinc/ResourceFile.h"
 
 #include <cerrno>
 #include <filesystem>
@@ -87,9 +88,9 @@ void removeStaleBlock(const std::string& path) {
   const fs::path place = fromUtf8(path);
   std::error_code ignored;
   if (!fs::is_regular_file(place, ignored)) return;
-  std::string start(kBlockMagic.size(), '\0');
+  std::string start(kResourceFileStart.size(), '\0');
   std::ifstream(place, std::ios::binary).read(start.data(), static_cast<std::streamsize>(start.size()));
-  if (start == kBlockMagic) fs::remove(place, ignored);
+  if (start.starts_with(kBlockMagic) || start == kResourceFileStart) fs::remove(place, ignored);
 }
 
 bool sameFile(const std::string& a, const std::string& b) {

@@ -13,7 +13,7 @@ std::string readFile(const std::string& path, std::size_t limit);
 /// The file appears whole or not at all: it is written beside its place under another name and then renamed.
 void writeFile(const std::string& path, std::string_view bytes);
 
-/// Takes an earlier run's block away, so that no build goes on with it; any other file stays.
+/// Takes an earlier run's block or resource file away, so that no build goes on with it; any other file stays.
 void removeStaleBlock(const std::string& path);
 
 bool sameFile(const std::string& a, const std::string& b);

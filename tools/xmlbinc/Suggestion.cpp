@@ -11,7 +11,7 @@ namespace corvix::xmlbinc {
 
 namespace {
 
-/// Letters to insert, delete or replace to get from one word to the other.
+/// The Levenshtein distance: letters to insert, delete or replace to get from one word to the other.
 std::size_t distance(std::string_view a, std::string_view b) {
   std::vector<std::size_t> row(b.size() + 1);
   std::iota(row.begin(), row.end(), std::size_t{0});
@@ -31,7 +31,23 @@ bool isLongerForm(std::string_view a, std::string_view b) {
   return std::min(a.size(), b.size()) >= 3 && (a.starts_with(b) || b.starts_with(a));
 }
 
+bool areSwapped(std::string_view a, std::string_view b) {
+  if (a.size() != b.size()) return false;
+  const auto [left, right] = std::mismatch(a.begin(), a.end(), b.begin());
+  if (a.end() - left < 2 || left[0] != right[1] || left[1] != right[0]) return false;
+  return std::equal(left + 2, a.end(), right + 2);
+}
+
 }  // namespace
+
+bool isMistyped(std::string_view word, std::span<const std::string_view> known) {
+  const std::string small = lowered(word);
+  return std::any_of(known.begin(), known.end(), [&](std::string_view candidate) {
+    const std::string other = lowered(candidate);
+    const std::size_t longer = std::max(small.size(), other.size()), shorter = std::min(small.size(), other.size());
+    return word != candidate && longer - shorter <= 1 && (areSwapped(small, other) || distance(small, other) <= 1);
+  });
+}
 
 std::string suggestion(std::string_view word, std::span<const std::string_view> known) {
   constexpr std::size_t kLongestWord = 100;

@@ -37,15 +37,63 @@ template <class Base, class Class>
 struct IsVirtualBase<Base, Class, std::void_t<decltype(static_cast<Class*>(static_cast<Base*>(nullptr)))>>
     : std::false_type {};
 
+// Whether a class has an identity line itself, not only one that it inherits.
+template <class Class, class = void>
+struct HasIdentity : std::false_type {};
+template <class Class>
+struct HasIdentity<Class, std::void_t<typename Class::IdentityOwner>>
+    : std::is_same<typename Class::IdentityOwner, Class> {};
+
+// Whether the walk from a class on comes to another class with the words of Wanted.
+template <class Wanted, class Class>
+constexpr bool isMistaken() noexcept;
+
+template <class Wanted, class... Base>
+constexpr bool isMistakenIn(Bases<Base...>) noexcept {
+  return (isMistaken<Wanted, Base>() || ...);
+}
+
+template <class Wanted, class Class>
+constexpr bool isMistaken() noexcept {
+  return (!std::is_same_v<Wanted, Class> && Wanted::classWords() == Class::classWords()) ||
+         isMistakenIn<Wanted>(typename Class::IdentityBases{});
+}
+
+// Whether the walk from a class on comes to Wanted.
+template <class Wanted, class Class>
+constexpr bool leadsTo() noexcept;
+
+template <class Wanted, class... Base>
+constexpr bool leadsToIn(Bases<Base...>) noexcept {
+  return (leadsTo<Wanted, Base>() || ...);
+}
+
+template <class Wanted, class Class>
+constexpr bool leadsTo() noexcept {
+  return std::is_same_v<Wanted, Class> || leadsToIn<Wanted>(typename Class::IdentityBases{});
+}
+
 template <class Class, class... Base>
-constexpr bool basesAreInOrder(Bases<Base...>) noexcept {
+constexpr bool virtualBasesAreLast() noexcept {
   bool sawVirtual = false;
-  bool inOrder = true;
-  ((inOrder = inOrder && (IsVirtualBase<Base, Class>::value || !sawVirtual),
+  bool areLast = true;
+  ((areLast = areLast && (IsVirtualBase<Base, Class>::value || !sawVirtual),
     sawVirtual = sawVirtual || IsVirtualBase<Base, Class>::value),
    ...);
-  return inOrder && (std::is_base_of<Base, Class>::value && ...);
+  return areLast;
 }
+
+// What the compiler can see of a class's identity line.
+template <class Class, class Line>
+struct Checks;
+template <class Class, class... Base>
+struct Checks<Class, Bases<Base...>> {
+  static constexpr bool kAreBases = (std::is_base_of_v<Base, Class> && ...);
+  static constexpr bool kHaveIdentity = (HasIdentity<Base>::value && ...);
+  static constexpr bool kVirtualLast = !kAreBases || virtualBasesAreLast<Class, Base...>();
+  static constexpr bool kHasOwnWords = !isMistaken<Class, Class>();
+  static constexpr bool kBasesDiffer = (!isMistakenIn<Base>(Bases<Base...>{}) && ...);
+};
 
 // The plain search: compares words only, in the order of the walk.
 template <class Class>
@@ -110,8 +158,6 @@ Walk walk([[maybe_unused]] Class* self, [[maybe_unused]] const stype_info& wante
 
 template <class Class>
 void* query(Class* self, const stype_info& wanted, QueryVisitor* visitor) {
-  static_assert(basesAreInOrder<Class>(typename Class::IdentityBases{}),
-                "CORVIX_IDENTITY names something that is no base, or a virtual base before a plain one");
   if (!visitor) return find(self, wanted);
   void* result = nullptr;
   walk(self, wanted, *visitor, result);

@@ -4,6 +4,7 @@
 namespace corvix {
 
 std::optional<ClassWords> parseClassWords(const wchar_t* text, std::size_t length) noexcept {
+  if (!text) return std::nullopt;
   const wchar_t* const end = text + length;
   u32 words[4];
   for (u32 i = 0; i < 4; ++i) {

@@ -27,6 +27,7 @@ class IBRTTISupport {
 
   // The object as the wanted class sees it, or null when it is not one. Adds no reference. `visitor` may be null.
   virtual void* query(const stype_info& wanted, QueryVisitor* visitor = nullptr) = 0;
+  CORVIX_IDENTITY_QUERY
 
  protected:
   ~IBRTTISupport() = default;

@@ -10,6 +10,9 @@ stype_info::stype_info(u32 word1, u32 word2, u32 word3, u32 word4) noexcept : wo
   if (!text_[0]) buildText();
 }
 
+// In the library alone: its table of virtual functions is not another module's to link with.
+stype_info::stype_info(const ClassWords& words, OfAnyLifetime) noexcept : stype_info(words) {}
+
 const char* stype_info::className() const noexcept { return ""; }
 
 const wchar_t* stype_info::classNameW() const noexcept { return L""; }

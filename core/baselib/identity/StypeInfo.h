@@ -49,10 +49,18 @@ class stype_info {
   // Null for a null object, else what the object's own `query` answers.
   CORVIX_API virtual void* query(IBRTTISupport* object, const stype_info& wanted, QueryVisitor* visitor) const;
 
+  // The same for an object in the hands of somebody who has one of its interfaces.
+  template <class Object>
+  void* query(Object* object, const stype_info& wanted, QueryVisitor* visitor = nullptr) const {
+    return object ? object->query(wanted, visitor) : nullptr;
+  }
+
   constexpr const ClassWords& words() const noexcept { return words_; }
   constexpr const char* text() const noexcept { return text_; }
 
  protected:
+  struct OfAnyLifetime {};
+  CORVIX_API stype_info(const ClassWords& words, OfAnyLifetime) noexcept;
   explicit constexpr stype_info(const ClassWords& words) noexcept : words_(words), text_{} { buildText(); }
   ~stype_info() = default;
 
@@ -81,7 +89,7 @@ inline bool operator!=(const stype_info& a, const stype_info& b) noexcept { retu
 // An identifier that stands for no class of the program, of any lifetime: one that was read from a descriptor.
 class PlainIdentifier final : public stype_info {
  public:
-  explicit PlainIdentifier(const ClassWords& words) noexcept : stype_info(words) {}
+  explicit PlainIdentifier(const ClassWords& words) noexcept : stype_info(words, OfAnyLifetime()) {}
 };
 
 }  // namespace corvix

@@ -1,7 +1,8 @@
 #include "core/baselib/memory/AutoRealizePool.h"
 
-#include "core/baselib/memory/MemoryShell.h"
-#include "core/baselib/system/TimerTable.h"
+#include "core/baselib/memory/MemoryShell_p.h"
+#include "core/baselib/system/Log.h"
+#include "core/baselib/threads/TimerTable.h"
 
 #include <new>
 #include <utility>
@@ -39,13 +40,17 @@ class NodeList {
 
   NodeList take() noexcept { return std::exchange(*this, NodeList()); }
 
-  // Each object is told when its node is gone already.
-  void releaseAll() {
+  // Each object is told when its node is gone already. One that throws does not keep the others.
+  void releaseAll() noexcept {
     while (Node* const node = head_) {
       unlink(node);
       IBRemoteRemovable* const object = node->object;
       _sfree(node);
-      object->release();
+      try {
+        object->release();
+      } catch (...) {
+        sWriteLog("An object that was to be released later has thrown\n");
+      }
     }
   }
 
@@ -131,7 +136,7 @@ void tick(i32 timer, u32) { onShellThread(expire, timer); }
 }  // namespace
 
 bool BAutoRealizePool::add(IBRemoteRemovable* object, u32 ticks) noexcept {
-  if (hasEnded) return false;
+  if (hasEnded || !object) return false;
   auto* const node = static_cast<Node*>(_smalloc(sizeof(Node)));
   if (!node) return false;
   bool needsTimer = false;

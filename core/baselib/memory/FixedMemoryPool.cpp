@@ -32,7 +32,7 @@ BFixedMemoryPool::BFixedMemoryPool(u32 blockBytes, BMemoryPool* parent, const Ma
       blockBytes_(std::max(blockBytes, kSmallestBlock)),
       parent_(parent ? parent : BMemoryManager::getSystemPool()) {
   // Blocks of 4 to 7 bytes lie two words apart: that is what a free run needs for its entry. A chunk that does
-  // not fit 32 bits gets a size that nobody has.
+  // not fit 32 bits gets the largest number as its size, which no heap has.
   const u64 stride = std::max<u64>(blockBytes_, sizeof(FreeRun));
   chunkBytes_ = static_cast<u32>(std::min<u64>(stride * kBlocksPerChunk + sizeof(Chunk), 0xFFFFFFFF));
 }

@@ -1,5 +1,6 @@
 // BFixedMemoryPool: blocks of one size, carved from chunks of sixteen that come from a parent pool. Blocks are
-// aligned to 4 bytes.
+// aligned to 4 bytes. A run of free memory is described inside itself: in every pool a block takes at least 8 bytes of
+// its chunk, whatever was asked for, and splitting a run never leaves less.
 #pragma once
 
 #include "core/baselib/memory/MemoryPool.h"

@@ -8,10 +8,14 @@ BHibernatable::BHibernatable() { BMemoryManager::registerHibernatable(this); }
 
 BHibernatable::~BHibernatable() { BMemoryManager::unregisterHibernatable(this); }
 
-// Unregistered while it is still whole: another thread may be about to ask it.
+// Its listeners still find it registered; once it begins to go, nobody asks it any more, not even a destructor of its
+// own that allocates when memory is short.
 bool BHibernatable::release() {
-  if (refCount() == 0) BMemoryManager::unregisterHibernatable(this);
-  return BSmartObject::release();
+  if (refCount() > 0) return BSmartObject::release();
+  notifyDestroy();
+  BMemoryManager::unregisterHibernatable(this);
+  delete this;
+  return true;
 }
 
 }  // namespace corvix

@@ -3,7 +3,7 @@
 
 #include "core/baselib/memory/MemoryManager.h"
 #include "core/baselib/memory/Registrations_p.h"
-#include "core/baselib/system/NativeSection.h"
+#include "core/baselib/system/NativeSection_p.h"
 
 namespace corvix::memory {
 
@@ -40,10 +40,10 @@ class ManagerLock {
     if (!state_) [[unlikely]]
       state_ = startManager();
     if (state_) [[likely]]
-      EnterCriticalSection(native(state_->section));
+      enterNative(native(state_->section));
   }
   ~ManagerLock() {
-    if (state_) LeaveCriticalSection(native(state_->section));
+    if (state_) leaveNative(native(state_->section));
   }
   ManagerLock(const ManagerLock&) = delete;
   ManagerLock& operator=(const ManagerLock&) = delete;

@@ -2,10 +2,12 @@
 
 #include "core/baselib/memory/Hibernatable.h"
 #include "core/baselib/memory/ManagerState_p.h"
-#include "core/baselib/memory/MemoryShell.h"
+#include "core/baselib/memory/MemoryShell_p.h"
 #include "core/baselib/memory/SizeClassMemoryPool.h"
 #include "core/baselib/memory/SystemMemoryPool.h"
+#include "core/baselib/system/ForeignCall.h"
 
+#include <algorithm>
 #include <atomic>
 #include <utility>
 
@@ -28,6 +30,12 @@ template <class Pool, class... Arguments>
 BMemoryPool* newPool(Arguments... arguments) {
   void* const place = _smalloc(sizeof(Pool));
   return place ? new (place) Pool(arguments...) : nullptr;
+}
+
+// One that throws has given nothing back; the next is asked.
+template <class Sleeper>
+bool askToHibernate(Sleeper& one, bool argument) noexcept {
+  return callForeign(codeOf(&one), L"hibernate", [&] { return one.hibernate(argument); });
 }
 
 template <class T>
@@ -77,7 +85,7 @@ BMemoryPool* BMemoryManager::getPool(u32 flags, u32 sizeBytes) {
 
 bool BMemoryManager::registerPool(BMemoryPool* memoryPool) noexcept {
   const ManagerLock lock;
-  if (!lock) return false;
+  if (!lock || !memoryPool) return false;
   // Deliberate: the node that needs no memory serves the first registration of the process only. It keeps its
   // object when that unregisters, so it is never free again.
   if (lock->firstPool.object) return enter(lock->pools, memoryPool);
@@ -95,7 +103,7 @@ bool BMemoryManager::unregisterPool(BMemoryPool* memoryPool) noexcept {
 
 bool BMemoryManager::registerHibernatable(BHibernatable* object) noexcept {
   const ManagerLock lock;
-  if (!lock || !enter(lock->hibernatables, object)) return false;
+  if (!lock || !object || !enter(lock->hibernatables, object)) return false;
   lock->holdReserve();
   return true;
 }
@@ -110,12 +118,12 @@ bool BMemoryManager::unregisterHibernatable(BHibernatable* object) noexcept {
 
 void BMemoryManager::visitPools(PoolVisitor visitor, void* context) {
   const ManagerLock lock;
-  if (lock) lock->pools.forEach([=](BMemoryPool* one) { visitor(one, context); });
+  if (lock && visitor) lock->pools.forEach([=](BMemoryPool* one) { visitor(one, context); });
 }
 
 void BMemoryManager::visitHibernatables(HibernatableVisitor visitor, void* context) {
   const ManagerLock lock;
-  if (lock) lock->hibernatables.forEach([=](BHibernatable* one) { visitor(one, context); });
+  if (lock && visitor) lock->hibernatables.forEach([=](BHibernatable* one) { visitor(one, context); });
 }
 
 int BMemoryManager::getHibernateFactor() noexcept { return kHibernateFactor; }
@@ -135,7 +143,7 @@ bool BMemoryManager::hibernateHibers(bool argument) {
   } round(*lock);
   _sfree(std::exchange(lock->reserve, nullptr));
   bool released = false;
-  lock->hibernatables.forEach([&](BHibernatable* one) { released |= one->hibernate(argument); });
+  lock->hibernatables.forEach([&](BHibernatable* one) { released |= askToHibernate(*one, argument); });
   return released;
 }
 
@@ -143,7 +151,7 @@ bool BMemoryManager::hibernatePools(bool argument) {
   const ManagerLock lock;
   if (!lock) return false;
   bool released = false;
-  lock->pools.forEach([&](BMemoryPool* one) { released |= one->hibernate(argument); });
+  lock->pools.forEach([&](BMemoryPool* one) { released |= askToHibernate(*one, argument); });
   lock->holdReserve();
   return released;
 }
@@ -173,7 +181,8 @@ bool BMemoryManager::reserveHibernateBuffer(u32 sizeBytes) noexcept {
   if (!lock) return false;
   // Deliberate: a buffer of exactly this size is reallocated.
   if (lock->hibernateBufferBytes > sizeBytes) return true;
-  void* const buffer = _srealloc(lock->hibernateBuffer, sizeBytes);
+  // Never of 0 bytes: that would free the buffer.
+  void* const buffer = _srealloc(lock->hibernateBuffer, std::max(sizeBytes, 1u));
   if (!buffer) return false;
   lock->hibernateBuffer = buffer;
   lock->hibernateBufferBytes = sizeBytes;

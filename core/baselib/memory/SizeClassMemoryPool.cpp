@@ -23,7 +23,8 @@ u32 classOf(u32 sizeBytes) noexcept {
 
 u32 capacityOf(u32 sizeClass) noexcept { return 1u << (sizeClass + kSmallestExponent); }
 
-// The raw size of a request; what has none is asked for as what nobody has.
+// The size of a request with its class word. One that does not fit 32 bits becomes the largest number, which no heap
+// has.
 u32 withClassWord(u32 sizeBytes) noexcept {
   return sizeBytes > 0xFFFFFFFF - kClassWordBytes ? 0xFFFFFFFF : sizeBytes + kClassWordBytes;
 }

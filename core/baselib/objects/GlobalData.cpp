@@ -2,7 +2,10 @@
 
 #include "core/baselib/objects/GlobalData_p.h"
 #include "core/baselib/system/CriticalSection.h"
-#include "core/baselib/text/NameTable.h"
+#include "core/baselib/system/ForeignCall_p.h"
+#include "core/baselib/system/Log.h"
+#include "core/baselib/system/ProcessEnd_p.h"
+#include "core/baselib/text/NameTable_p.h"
 
 #include <atomic>
 
@@ -14,22 +17,25 @@ struct Item {
   void* value;
   BGlobalData::Destructor destructor;
 
-  void destroy() const {
-    if (value && destructor) destructor(value);
+  void destroy() const noexcept {
+    const void* const code = codeOf(destructor);
+    if (!value || !destructor || !isCode(code)) return;
+    callForeign(code, L"a destructor of global data", [this] { destructor(value); });
   }
 };
 
 // How often destroyAll looks for values that destructors have set meanwhile.
 constexpr int kDestroyPasses = 8;
 
-// A key is an identifier's text with the name right behind it. It is never put together: the text follows
-// from the four words, which stand for it in the table, and the hash over it is kept for the identifiers used
+// A key is an identifier's text with the name right behind it, and hashed as that. The table stores the four words in
+// the text's place: an identifier counts by its words. Should an object's text say others (a text is kept when its
+// object is made a second time), that text is not looked at. The hash of the text is cached for the identifiers used
 // last.
 class Key {
  public:
   Key(const stype_info& owner, const char* name) noexcept
-      : owner_(owner.words()), name_(name), nameLength_(std::strlen(name)) {
-    hash_ = text::stringHash(name, nameLength_, ownerHash(owner), stype_info::kTextLength);
+      : owner_(owner.words()), name_(name ? name : ""), nameLength_(std::strlen(name_)) {
+    hash_ = text::stringHash(name_, nameLength_, ownerHash(owner), stype_info::kTextLength);
   }
 
   u32 hash() const noexcept { return hash_; }
@@ -54,7 +60,7 @@ class Key {
     static KnownOwner known[64];  // guarded by the registry's lock
     KnownOwner& slot = known[owner.words().word1 & 63];
     if (slot.words != owner.words() || !slot.hash) {
-      slot = {owner.words(), text::stringHash(owner.text(), stype_info::kTextLength)};
+      slot = {owner.words(), text::stringHash(PlainIdentifier(owner.words()).text(), stype_info::kTextLength)};
     }
     return slot.hash;
   }
@@ -110,7 +116,7 @@ void BGlobalData::setItem(const stype_info& owner, const char* name, void* value
   const Key key(owner, name);
   Item* item = all.find(key);
   if (item && item->value && item->destructor) {
-    item->destroy();
+    Item(*item).destroy();
     // The destructor may have called back: what it did to this very entry is overwritten, and if it
     // emptied the registry the value is entered anew.
     item = all.find(key);
@@ -141,6 +147,18 @@ void BGlobalData::destroyAll() {
   }
   all.items.clear();
   all.changed();
+}
+
+void endGlobalData() noexcept {
+  SCriticalSection& section = registry().section;
+  if (!isProcessEnding()) {
+    BGlobalData::destroyAll();
+  } else if (section.tryEnter()) {
+    BGlobalData::destroyAll();
+    section.leave();
+  } else {
+    sWriteLog(L"Global data is left as it is: a thread that the end of the process has stopped has its lock.\n");
+  }
 }
 
 }  // namespace corvix

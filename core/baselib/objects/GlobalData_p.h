@@ -11,6 +11,10 @@ namespace corvix {
 extern std::atomic<u32> globalDataChangeCount;
 inline u32 globalDataChanges() noexcept { return globalDataChangeCount.load(std::memory_order_acquire); }
 
+// At the end of the library: destroyAll. While the process ends, nothing is done when a thread that is gone has the
+// lock.
+void endGlobalData() noexcept;
+
 // For tests: how many buckets the table has.
 u32 globalDataBuckets() noexcept;
 

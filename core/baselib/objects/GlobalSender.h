@@ -12,7 +12,7 @@ class GlobalSender {
   // `name` is a literal.
   GlobalSender(const stype_info& owner, const char* name) noexcept : owner_(owner), name_(name) {}
 
-  CORVIX_API BNotifySender& get();
+  CORVIX_API BNotifySender& get() noexcept;
 
  private:
   const stype_info& owner_;

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "core/baselib/objects/Transportable.h"
+#include "core/baselib/system/ForeignCall.h"
 
 #include <atomic>
 
@@ -15,7 +16,8 @@ class SCriticalSection;
 // The lock of all listener lists. Recursive.
 CORVIX_API SCriticalSection& dataCSProc() noexcept;
 
-// What a handler answers, and what a delivery makes of the answers. Any other number counts as GoOn.
+// What a handler answers, and what a delivery makes of the answers. Any other number counts as GoOn, and so does a
+// handler that throws: see core/baselib/system/ForeignCall.h.
 namespace notify {
 constexpr int kGoOn = 0;
 constexpr int kStop = 1;   // no further listener is told
@@ -59,9 +61,15 @@ class CORVIX_API BNotifySender : public virtual IBRTTISupport {
   std::atomic<ListenerList*> list_{nullptr};
 };
 
-// One delivery under way. It works through a copy of the list, which the list keeps as long as it does not
-// change, and looks at the list again, under the lock, only when it has changed; what is told to whom is the
-// same as if it looked before every step.
+// One listener in the order; what is public of it lets a delivery go on without a call.
+struct ListenerEntry {
+  std::atomic<ListenerEntry*> next{nullptr};
+  std::atomic<u32> state{0};  // 0: to be told
+  IBTransportable* listener = nullptr;
+};
+
+// One delivery under way, on the stack of who delivers. It allocates nothing. As long as the list does not change it
+// follows the entries; once it has, every step is made under the lock and marks who was told.
 class Delivery {
  public:
   explicit Delivery(BNotifySender& sender) {
@@ -73,36 +81,47 @@ class Delivery {
   Delivery(const Delivery&) = delete;
   Delivery& operator=(const Delivery&) = delete;
 
-  // The listener whose turn it is, or null at the end.
-  IBTransportable* next() {
-    if (!list_) return nullptr;
-    if (version_->load(std::memory_order_acquire) != seenVersion_) lookAgain();
-    return at_ == end_ ? nullptr : *at_++;
+  // Where `next` begins; null when there is nobody to tell.
+  ListenerEntry* start() const noexcept { return at_; }
+
+  // The entry whose turn it is after the one that was told last; at the end one without a listener.
+  ListenerEntry* next(ListenerEntry* told) noexcept {
+    ListenerEntry* entry = told;
+    do {
+      entry = entry->next.load(std::memory_order_acquire);
+      if (version_->load(std::memory_order_acquire) != seenVersion_) return lookAgain(told);
+    } while (entry->state.load(std::memory_order_acquire) != 0);
+    return entry;
   }
 
  private:
-  struct Changed;
+  friend struct ListenerList;
 
-  CORVIX_API void begin(BNotifySender& sender);
+  CORVIX_API void begin(BNotifySender& sender) noexcept;
   CORVIX_API void end() noexcept;
-  CORVIX_API void lookAgain();
+  CORVIX_API ListenerEntry* lookAgain(ListenerEntry* told) noexcept;
 
   ListenerList* list_ = nullptr;
   const std::atomic<u32>* version_ = nullptr;
   u32 seenVersion_ = 0;
-  IBTransportable* const* first_ = nullptr;
-  IBTransportable* const* at_ = nullptr;
-  IBTransportable* const* end_ = nullptr;
-  Changed* changed_ = nullptr;  // once the list has changed: who was told before, and a list of our own
+  ListenerEntry* at_ = nullptr;  // where it starts; told last, once it keeps marks
+
+  Delivery* older_ = nullptr;  // on the same sender
+  Delivery* newer_ = nullptr;
+  bool keepsMarks_ = false;
+  ListenerEntry own_;       // stands for the one told last, once it keeps marks: that one may be gone
+  u32 mark_ = 0;            // its bit, if there was one left
+  void* served_ = nullptr;  // else who was told
 };
 
-// `broadcast` for a callable that takes the listener as a Listener&.
+// `broadcast` for a callable that takes the listener as a Listener&. `place` is for the log, when a handler throws.
 template <class Listener, class Call>
-int broadcastTo(BNotifySender& sender, Call call) {
+int broadcastTo(BNotifySender& sender, Call call, const wchar_t* place = Listener::classNameW()) {
   int result = notify::kGoOn;
   Delivery delivery(sender);
-  while (IBTransportable* listener = delivery.next()) {
-    const int answer = call(*static_cast<Listener*>(listener));
+  for (ListenerEntry* at = delivery.start(); at && (at = delivery.next(at))->listener;) {
+    IBTransportable* const listener = at->listener;
+    const int answer = callForeign(codeOf(listener), place, [&] { return call(*static_cast<Listener*>(listener)); });
     if (answer == notify::kStop) return notify::kStop;
     if (answer == notify::kTaken) result = notify::kTaken;
   }

@@ -28,6 +28,13 @@ class CORVIX_API IBRemoteRemovable : public IBTransportable, public virtual BNot
   virtual int notifyDestroy() = 0;
 };
 
+// The object as what IDestroyListener is told, to compare with: for who knows it by one of its interfaces. Null when
+// there is nobody to tell of its end.
+template <class Object>
+IBRTTISupport* identityOf(Object* object) {
+  return query<IBRemoteRemovable>(object);
+}
+
 class CORVIX_API IBSmartObject : public IBRemoteRemovable {
   CORVIX_IDENTITY(IBSmartObject, 0x41D8F09B, 0x4A36E27D, 0x9C5B10F4, 0x2EA7638D, IBRemoteRemovable)
 

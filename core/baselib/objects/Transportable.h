@@ -2,8 +2,8 @@
 // derives from it alone and adds its operations; the class that implements it derives from BSmartObject too.
 #pragma once
 
+#include "core/baselib/heap/HeapAllocated.h"
 #include "core/baselib/identity/RttiSupport.h"
-#include "core/baselib/memory/HeapAllocated.h"
 
 namespace corvix {
 
@@ -20,6 +20,7 @@ class IBTransportable : public HeapAllocated {
   // The two operations of IBRTTISupport once more, in the table that every module can reach.
   virtual const stype_info& typeInfo() const noexcept = 0;
   virtual void* query(const stype_info& wanted, QueryVisitor* visitor = nullptr) = 0;
+  CORVIX_IDENTITY_QUERY
 };
 
 }  // namespace corvix

@@ -11,12 +11,12 @@ BChunkInputStream::BChunkInputStream(Ref<BInputStream> source) : source_(std::mo
   runStart_ = runEnd_ = source_->getPosition();
   randomSource_ = corvix::query<IBRAStream>(source_.get());
   const u32 mapSize = (size_ >> 15) + 1;
-  pageMap_ = static_cast<u8*>(heapAllocate(mapSize));
-  std::memset(pageMap_, 0, mapSize);
+  pageMap_.allocate(mapSize);
+  std::memset(pageMap_.get(), 0, mapSize);
   if (storage_.open()) storage_.setLimit(size_);
 }
 
-BChunkInputStream::~BChunkInputStream() { _sfree(pageMap_); }
+BChunkInputStream::~BChunkInputStream() = default;
 
 void BChunkInputStream::close() {
   sureBytes_ = 0;

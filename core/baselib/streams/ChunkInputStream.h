@@ -5,6 +5,7 @@
 // page, and what lies between is kept too; what it has delivered before it came here cannot be had then.
 #pragma once
 
+#include "core/baselib/heap/HeapBuffer.h"
 #include "core/baselib/objects/Ref.h"
 #include "core/baselib/streams/RandomAccessInputStream.h"
 #include "core/baselib/streams/TempStorage.h"
@@ -65,7 +66,7 @@ class CORVIX_API BChunkInputStream final : public BRAInputStream {
 
   Ref<BInputStream> source_;
   u32 size_ = 0;
-  u8* pageMap_ = nullptr;  // page 0 is the most significant bit of byte 0
+  HeapBuffer<u8> pageMap_;  // page 0 is the most significant bit of byte 0
   BTempStorage storage_;
   IBRAStream* randomSource_ = nullptr;
   u32 runStart_ = 0;  // [runStart_, runEnd_) was copied last; the source goes on at runEnd_

@@ -11,8 +11,8 @@ BFileInputStream::~BFileInputStream() { file_->close(); }
 
 bool BFileInputStream::open(const wchar_t* path, u32 start, u32 length) {
   close();
-  return file_->attach(openFile(path, file_mode::kRead | file_mode::kShareRead | file_mode::kShareWrite), start,
-                       length);
+  constexpr u32 kShareAll = file_mode::kShareRead | file_mode::kShareWrite | file_mode::kShareDelete;
+  return file_->attach(openFile(path, file_mode::kRead | kShareAll), start, length);
 }
 
 bool BFileInputStream::isOpen() const noexcept { return file_->isOpen(); }

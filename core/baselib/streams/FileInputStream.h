@@ -16,10 +16,10 @@ class CORVIX_API BFileInputStream final : public BRAInputStream {
   BFileInputStream();
   ~BFileInputStream() override;
 
-  // Opens a file for reading, whatever others do with it meanwhile. The stream's beginning is `start` bytes
-  // into the file, and it ends `length` bytes behind that or at the file's end, whichever is first. Of a file
-  // of 4 GiB and more the first 4 GiB - 1 behind `start` can be read, and `size` is kUnknownSize. False if
-  // the file cannot be opened; the stream is closed then, whatever it was before.
+  // Opens a file for reading, whatever others do with it meanwhile: write, rename, delete. The stream's beginning is
+  // `start` bytes into the file, and it ends `length` bytes behind that or at the file's end, whichever is first. Of a
+  // file of 4 GiB and more the first 4 GiB - 1 behind `start` can be read, and `size` is kUnknownSize. False if the
+  // file cannot be opened; the stream is closed then, whatever it was before.
   bool open(const wchar_t* path, u32 start = 0, u32 length = kUnknownSize);
 
   bool isOpen() const noexcept override;

@@ -13,6 +13,8 @@ u32 modeFor(BFileOutputStream::Existing existing) noexcept {
       return mode | file_mode::kCreate;
     case BFileOutputStream::Existing::Append:
       return mode | file_mode::kCreate | file_mode::kAppend;
+    case BFileOutputStream::Existing::Refuse:
+      return mode | file_mode::kNew;
     case BFileOutputStream::Existing::Modify:
       break;
   }
@@ -45,5 +47,7 @@ u32 BFileOutputStream::size() const noexcept { return file_->size(); }
 u32 BFileOutputStream::write(const void* buffer, u32 count) { return file_->write(buffer, count); }
 
 bool BFileOutputStream::seek(u32 position) { return file_->seek(position); }
+
+bool BFileOutputStream::setSize(u32 size) { return file_->setSize(size); }
 
 }  // namespace corvix

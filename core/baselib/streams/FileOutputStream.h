@@ -3,6 +3,7 @@
 
 #include "core/baselib/streams/OutputStream.h"
 #include "core/baselib/streams/RandomAccess.h"
+#include "core/baselib/streams/ResizableStream.h"
 
 #include <memory>
 
@@ -10,14 +11,16 @@ namespace corvix {
 
 class RangedFile;
 
-class CORVIX_API BFileOutputStream final : public BOutputStream, public IBRAStream {
-  CORVIX_IDENTITY(BFileOutputStream, 0xC3713F7F, 0x43A16142, 0x846E9794, 0xB6C12D33, BOutputStream, IBRAStream)
+class CORVIX_API BFileOutputStream final : public BOutputStream, public IBRAStream, public IBResizableStream {
+  CORVIX_IDENTITY(BFileOutputStream, 0xC3713F7F, 0x43A16142, 0x846E9794, 0xB6C12D33, BOutputStream, IBRAStream,
+                  IBResizableStream)
 
  public:
   enum class Existing {
     Replace,  // its content is lost
     Append,   // the position starts at its end
     Modify,   // the position starts at 0; a file that does not exist is a failure
+    Refuse,   // a file that exists is a failure
   };
 
   BFileOutputStream();
@@ -33,6 +36,7 @@ class CORVIX_API BFileOutputStream final : public BOutputStream, public IBRAStre
   u32 size() const noexcept override;
   u32 write(const void* buffer, u32 count) override;
   bool seek(u32 position) override;
+  bool setSize(u32 size) override;
 
  private:
   std::unique_ptr<RangedFile> file_;

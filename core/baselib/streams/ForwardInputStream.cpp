@@ -11,12 +11,13 @@ constexpr u32 kPieceBytes = 4096;
 
 }  // namespace
 
-BForwardInputStream::~BForwardInputStream() { _sfree(piece_); }
+BForwardInputStream::~BForwardInputStream() = default;
 
 u32 BForwardInputStream::read(void* buffer, u32 count) {
+  if (!buffer) return 0;
   const u32 ready = std::min(count, end_ - next_);
   if (ready > 0) {
-    std::memcpy(buffer, piece_ + next_, ready);
+    std::memcpy(buffer, piece_.get() + next_, ready);
     next_ += ready;
     return ready;
   }
@@ -24,7 +25,7 @@ u32 BForwardInputStream::read(void* buffer, u32 count) {
   const u32 got = fetchWithin(buffer, count);
   if (got > 0) {
     // The last byte is kept, to step back to.
-    if (!piece_) piece_ = static_cast<u8*>(heapAllocate(kPieceBytes));
+    if (!piece_) piece_.allocate(kPieceBytes);
     piece_[0] = static_cast<const u8*>(buffer)[got - 1];
     next_ = end_ = 1;
     fetched_ += got;
@@ -43,11 +44,11 @@ bool BForwardInputStream::atEnd() { return next_ == end_ && !refill(); }
 
 // The byte before the new piece stays in front of it.
 bool BForwardInputStream::refill() {
-  if (!piece_) piece_ = static_cast<u8*>(heapAllocate(kPieceBytes));
+  if (!piece_) piece_.allocate(kPieceBytes);
   const u32 kept = end_ > 0 ? 1 : 0;
   if (kept) piece_[0] = piece_[end_ - 1];
   next_ = end_ = kept;
-  const u32 got = fetchWithin(piece_ + kept, kPieceBytes - kept);
+  const u32 got = fetchWithin(piece_.get() + kept, kPieceBytes - kept);
   end_ += got;
   fetched_ += got;
   return got > 0;

@@ -8,6 +8,7 @@
 //   };
 #pragma once
 
+#include "core/baselib/heap/HeapBuffer.h"
 #include "core/baselib/streams/InputStream.h"
 
 namespace corvix {
@@ -41,7 +42,7 @@ class CORVIX_API BForwardInputStream : public BInputStream {
   bool refill();
   u32 fetchWithin(void* buffer, u32 count);
 
-  u8* piece_ = nullptr;  // [0, end_) was fetched last, [next_, end_) is not read yet
+  HeapBuffer<u8> piece_;  // [0, end_) was fetched last, [next_, end_) is not read yet
   u32 next_ = 0;
   u32 end_ = 0;
   u32 fetched_ = 0;  // position behind the piece

@@ -20,7 +20,14 @@ u32 BInputStream::skip(u32 count) {
   return skipped;
 }
 
-bool BInputStream::atEnd() { return getPosition() >= available(); }
+// Where nobody knows the end, the next byte tells.
+bool BInputStream::atEnd() {
+  const u32 furthest = available();
+  if (furthest != kUnknownSize) return getPosition() >= furthest;
+  if (readByte() < 0) return true;
+  unreadByte();
+  return false;
+}
 
 u32 readFully(BInputStream& stream, void* buffer, u32 count) {
   u32 done = 0;

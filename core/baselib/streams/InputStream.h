@@ -29,7 +29,8 @@ class CORVIX_API BInputStream : public virtual BStream {
   // left is available() - getPosition(). The same as `size` unless the class says otherwise.
   virtual u32 available() const noexcept { return size(); }
 
-  // True if there is nothing to read at the position. A forward stream may fetch in order to tell.
+  // True if there is nothing to read at the position. A forward stream may fetch in order to tell: where
+  // `available` is unknown, a byte is read and stepped back over.
   virtual bool atEnd();
 };
 

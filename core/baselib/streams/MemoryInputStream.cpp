@@ -42,7 +42,7 @@ void BMemoryInputStream::close() {
 }
 
 u32 BMemoryInputStream::read(void* buffer, u32 count) {
-  if (position_ >= size_) return 0;
+  if (position_ >= size_ || !buffer) return 0;
   const u32 got = std::min(count, size_ - position_);
   std::memcpy(buffer, data_ + position_, got);
   position_ += got;

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <utility>
 
 namespace corvix {
 
@@ -12,13 +11,13 @@ constexpr u32 kFirstBytes = 256;
 
 }  // namespace
 
-BMemoryOutputStream::~BMemoryOutputStream() { _sfree(data_); }
+BMemoryOutputStream::~BMemoryOutputStream() = default;
 
 u32 BMemoryOutputStream::write(const void* buffer, u32 count) {
   count = std::min(count, mostBytes_ - position_);
-  if (count == 0 || !reserve(position_ + count)) return 0;
-  if (position_ > size_) std::memset(data_ + size_, 0, position_ - size_);
-  std::memcpy(data_ + position_, buffer, count);
+  if (count == 0 || !buffer || !reserve(position_ + count)) return 0;
+  if (position_ > size_) std::memset(data_.get() + size_, 0, position_ - size_);
+  std::memcpy(data_.get() + position_, buffer, count);
   position_ += count;
   size_ = std::max(size_, position_);
   return count;
@@ -29,18 +28,22 @@ bool BMemoryOutputStream::seek(u32 position) {
   return true;
 }
 
+bool BMemoryOutputStream::setSize(u32 size) {
+  if (size > mostBytes_ || !reserve(size)) return false;
+  if (size > size_) std::memset(data_.get() + size_, 0, size - size_);
+  size_ = size;
+  return true;
+}
+
 u8* BMemoryOutputStream::detach() noexcept {
   position_ = size_ = capacity_ = 0;
-  return std::exchange(data_, nullptr);
+  return data_.release();
 }
 
 bool BMemoryOutputStream::reserve(u32 size) noexcept {
   if (size <= capacity_) return true;
   u32 wanted = std::max(capacity_ > mostBytes_ / 2 ? mostBytes_ : capacity_ * 2, std::max(size, kFirstBytes));
-  void* block = _srealloc(data_, wanted);
-  if (!block) block = _srealloc(data_, wanted = size);  // exactly, when memory is short
-  if (!block) return false;
-  data_ = static_cast<u8*>(block);
+  if (!data_.tryResize(wanted) && !data_.tryResize(wanted = size)) return false;  // exactly, when memory is short
   capacity_ = wanted;
   return true;
 }

@@ -1,13 +1,16 @@
 // BMemoryOutputStream: writes into a block of memory that grows.
 #pragma once
 
+#include "core/baselib/heap/HeapBuffer.h"
 #include "core/baselib/streams/OutputStream.h"
 #include "core/baselib/streams/RandomAccess.h"
+#include "core/baselib/streams/ResizableStream.h"
 
 namespace corvix {
 
-class CORVIX_API BMemoryOutputStream final : public BOutputStream, public IBRAStream {
-  CORVIX_IDENTITY(BMemoryOutputStream, 0x58E90974, 0x46FD2EEB, 0x8005EF20, 0x9EA4E634, BOutputStream, IBRAStream)
+class CORVIX_API BMemoryOutputStream final : public BOutputStream, public IBRAStream, public IBResizableStream {
+  CORVIX_IDENTITY(BMemoryOutputStream, 0x58E90974, 0x46FD2EEB, 0x8005EF20, 0x9EA4E634, BOutputStream, IBRAStream,
+                  IBResizableStream)
 
  public:
   // `mostBytes`: writing stops there, as a disk that is full.
@@ -19,9 +22,10 @@ class CORVIX_API BMemoryOutputStream final : public BOutputStream, public IBRASt
   // Nothing is written if the block cannot grow.
   u32 write(const void* buffer, u32 count) override;
   bool seek(u32 position) override;
+  bool setSize(u32 size) override;
 
   // What was written; null when there is nothing. Valid until the next write.
-  const u8* data() const noexcept { return data_; }
+  const u8* data() const noexcept { return data_.get(); }
 
   // Hands the block to the caller, who frees it with _sfree; the stream is empty then.
   [[nodiscard]] u8* detach() noexcept;
@@ -29,7 +33,7 @@ class CORVIX_API BMemoryOutputStream final : public BOutputStream, public IBRASt
  private:
   bool reserve(u32 size) noexcept;
 
-  u8* data_ = nullptr;
+  HeapBuffer<u8> data_;
   u32 position_ = 0;
   u32 size_ = 0;
   u32 capacity_ = 0;

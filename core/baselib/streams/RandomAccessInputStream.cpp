@@ -12,7 +12,7 @@ u32 BRAInputStream::skip(u32 count) {
 
 u32 BRAInputStream::unreadByte() {
   const u32 position = getPosition();
-  return position > 0 && seek(position - 1) ? position - 1 : position;
+  return position > 0 && seek(position - 1) ? getPosition() : position;
 }
 
 }  // namespace corvix

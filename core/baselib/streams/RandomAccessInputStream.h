@@ -14,7 +14,8 @@ class CORVIX_API BRAInputStream : public BInputStream, public IBRAStream {
   // stream that cannot be read twice.
   virtual BRAInputStream* clone() { return nullptr; }
 
-  // Moves the position only: never past 32 bits, possibly past the end. 0 if that fails.
+  // Moves the position only: never past 32 bits, possibly past the end. 0 if that fails, or if a limit lies behind
+  // the position.
   u32 skip(u32 count) override;
 
   // Any number of steps, down to 0.

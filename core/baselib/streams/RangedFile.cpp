@@ -68,7 +68,7 @@ bool RangedFile::attachDuplicateOf(RangedFile& other) noexcept {
 
 u32 RangedFile::read(void* buffer, u32 count) noexcept {
   count = std::min(count, room());
-  if (count == 0 || !isOpen()) return 0;
+  if (count == 0 || !buffer || !isOpen()) return 0;
   u32 got = 0;
   if (count <= kSmallRead && (isAhead(position_) || readAhead()) && position_ - pageStart_ + count <= pageLength_) {
     std::memcpy(buffer, page_.get() + (position_ - pageStart_), count);
@@ -82,7 +82,7 @@ u32 RangedFile::read(void* buffer, u32 count) noexcept {
 
 u32 RangedFile::write(const void* buffer, u32 count) noexcept {
   count = std::min(count, room());
-  if (count == 0 || !isOpen()) return 0;
+  if (count == 0 || !buffer || !isOpen()) return 0;
   const u32 written = transferAt(
       position_, [&](DWORD* done, OVERLAPPED* where) { return WriteFile(file_.get(), buffer, count, done, where); });
   writes_->fetch_add(1, std::memory_order_release);
@@ -96,9 +96,28 @@ bool RangedFile::seek(u32 position) noexcept {
   return true;
 }
 
+u32 RangedFile::skip(u32 count) noexcept {
+  const u32 skipped = isOpen() ? std::min(count, room()) : 0;
+  position_ += skipped;
+  return skipped;
+}
+
+u32 RangedFile::stepBack() noexcept {
+  if (isOpen() && position_ > 0) --position_;
+  return position_;
+}
+
+bool RangedFile::setSize(u32 size) noexcept {
+  if (!isOpen() || size > limit_) return false;
+  FILE_END_OF_FILE_INFO end;
+  end.EndOfFile.QuadPart = static_cast<LONGLONG>(u64{base_} + size);
+  if (!SetFileInformationByHandle(file_.get(), FileEndOfFileInfo, &end, sizeof end)) return false;
+  writes_->fetch_add(1, std::memory_order_release);
+  return true;
+}
+
 bool RangedFile::readAhead() noexcept {
-  if (!page_) page_.reset(static_cast<u8*>(_smalloc(kPageBytes)));
-  if (!page_) return false;
+  if (!page_ && !page_.tryAllocate(kPageBytes)) return false;
   pageWrites_ = writes_->load(std::memory_order_acquire);  // before reading: a write meanwhile drops the page
   pageStart_ = position_ & ~(kPageBytes - 1);
   pageLength_ = readAt(pageStart_, page_.get(), kPageBytes);

@@ -6,12 +6,11 @@
 // count of writes, shared by all handles on it, and the page remembers the count that it was read at.
 #pragma once
 
-#include "core/baselib/memory/HeapAllocated.h"
-#include "core/baselib/system/KernelFile.h"
+#include "core/baselib/heap/HeapBuffer.h"
+#include "core/baselib/system/KernelFile_p.h"
 
 #include <algorithm>
 #include <atomic>
-#include <memory>
 
 namespace corvix {
 
@@ -46,6 +45,14 @@ class RangedFile : public HeapAllocated {
   u32 read(void* buffer, u32 count) noexcept;
   u32 write(const void* buffer, u32 count) noexcept;
   bool seek(u32 position) noexcept;
+
+  // Neither minds a limit that lies behind the position: nothing is skipped then, and a step back is one byte.
+  u32 skip(u32 count) noexcept;
+  u32 stepBack() noexcept;
+
+  // Cuts the file off `size` bytes behind the base, or lengthens it with zeros. The position stays.
+  bool setSize(u32 size) noexcept;
+
   bool atEnd() const noexcept { return position_ >= limit_ || (!isAhead(position_) && position_ >= size()); }
 
   int readByte() noexcept {
@@ -75,11 +82,8 @@ class RangedFile : public HeapAllocated {
   u64 pointer_ = kNowhere;      // the handle's own, not moved when it is right already
   bool sharesPointer_ = false;  // with a duplicate of the handle: it is not relied on then
 
-  struct Free {
-    void operator()(u8* block) const noexcept { _sfree(block); }
-  };
   std::atomic<u32>* writes_ = nullptr;  // the file's count; set when there is a page
-  std::unique_ptr<u8[], Free> page_;
+  HeapBuffer<u8> page_;
   u32 pageStart_ = 0;
   u32 pageLength_ = 0;
   u32 pageWrites_ = 0;

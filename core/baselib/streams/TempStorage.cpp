@@ -23,7 +23,12 @@ bool makeName(WideString& name) {
   wchar_t path[kLongestPath + 1];
   const DWORD length = GetTempPathW(kLongestPath + 1, folder);
   if (length == 0 || length > kLongestPath || !GetTempFileNameW(folder, L"cvx", 0, path)) return false;
-  name.assign(path);
+  try {
+    name.assign(path);
+  } catch (const std::bad_alloc&) {
+    DeleteFileW(path);
+    return false;
+  }
   return true;
 }
 
@@ -70,6 +75,12 @@ bool BTempStorage::atEnd() { return file_->atEnd(); }
 u32 BTempStorage::read(void* buffer, u32 count) { return file_->read(buffer, count); }
 
 int BTempStorage::readByte() { return file_->readByte(); }
+
+u32 BTempStorage::unreadByte() { return file_->stepBack(); }
+
+u32 BTempStorage::skip(u32 count) { return file_->skip(count); }
+
+bool BTempStorage::setSize(u32 size) { return file_->setSize(size); }
 
 u32 BTempStorage::write(const void* buffer, u32 count) { return file_->write(buffer, count); }
 

@@ -4,6 +4,7 @@
 
 #include "core/baselib/streams/OutputStream.h"
 #include "core/baselib/streams/RandomAccessInputStream.h"
+#include "core/baselib/streams/ResizableStream.h"
 #include "core/baselib/text/WideString.h"
 
 #include <memory>
@@ -12,8 +13,9 @@ namespace corvix {
 
 class RangedFile;
 
-class CORVIX_API BTempStorage final : public BRAInputStream, public BOutputStream {
-  CORVIX_IDENTITY(BTempStorage, 0xC1603EAE, 0x44C57B19, 0xB519070B, 0x76C89B64, BRAInputStream, BOutputStream)
+class CORVIX_API BTempStorage final : public BRAInputStream, public BOutputStream, public IBResizableStream {
+  CORVIX_IDENTITY(BTempStorage, 0xC1603EAE, 0x44C57B19, 0xB519070B, 0x76C89B64, BRAInputStream, BOutputStream,
+                  IBResizableStream)
 
  public:
   static constexpr u32 kNoLimit = 0xFFFFFFFF;
@@ -45,6 +47,8 @@ class CORVIX_API BTempStorage final : public BRAInputStream, public BOutputStrea
   // bytes and small reads are served from a page that is read ahead.
   u32 read(void* buffer, u32 count) override;
   int readByte() override;
+  u32 unreadByte() override;
+  u32 skip(u32 count) override;
   u32 write(const void* buffer, u32 count) override;
 
   // Past the end is allowed, up to the limit. What lies between is zeros once something is written behind it.
@@ -53,7 +57,10 @@ class CORVIX_API BTempStorage final : public BRAInputStream, public BOutputStrea
   // A copy, owned by the caller; a copy of a closed one is closed.
   BTempStorage* clone() override;
 
-  // The largest position: neither reading nor writing nor moving goes past it. New streams have none.
+  bool setSize(u32 size) override;
+
+  // The largest position: neither reading nor writing nor moving goes past it. New streams have none. A position that
+  // is past a new limit stays; from there only a seek or a step back leads anywhere.
   u32 limit() const noexcept;
   void setLimit(u32 limit) noexcept;
 

@@ -1,6 +1,6 @@
-#include "core/baselib/system/ApplicationKey.h"
+#include "core/baselib/system/ApplicationKey_p.h"
 
-#include "core/baselib/system/RegistryKey.h"
+#include "core/baselib/system/RegistryKey_p.h"
 
 namespace corvix {
 

@@ -1,6 +1,7 @@
 #include "core/baselib/system/CriticalSection.h"
 
-#include "core/baselib/system/NativeSection.h"
+#include "core/baselib/system/NativeSection_p.h"
+#include "core/baselib/system/ProcessEnd_p.h"
 
 namespace corvix {
 
@@ -18,7 +19,17 @@ SCriticalSection::SCriticalSection() noexcept {
 
 SCriticalSection::~SCriticalSection() { DeleteCriticalSection(native(*this)); }
 
-void SCriticalSection::enter() noexcept { EnterCriticalSection(native(*this)); }
+constinit bool sectionsStayAsTheyAre = false;
+
+void enterContended(CRITICAL_SECTION* section) noexcept {
+  if (isProcessEnding()) {
+    sectionsStayAsTheyAre = true;  // no other thread is there to read it
+  } else {
+    EnterCriticalSection(section);
+  }
+}
+
+void SCriticalSection::enter() noexcept { enterNative(native(*this)); }
 
 bool SCriticalSection::tryEnter() noexcept { return TryEnterCriticalSection(native(*this)) != FALSE; }
 
@@ -28,6 +39,6 @@ u32 SCriticalSection::heldCount() const noexcept {
   return isMine ? static_cast<u32>(section.RecursionCount) : 0;
 }
 
-void SCriticalSection::leave() noexcept { LeaveCriticalSection(native(*this)); }
+void SCriticalSection::leave() noexcept { leaveNative(native(*this)); }
 
 }  // namespace corvix

@@ -12,6 +12,7 @@ class CORVIX_API SCriticalSection {
   SCriticalSection(const SCriticalSection&) = delete;
   SCriticalSection& operator=(const SCriticalSection&) = delete;
 
+  // While the process ends it does not wait: the caller is the only thread that is left.
   void enter() noexcept;
   bool tryEnter() noexcept;
   void leave() noexcept;

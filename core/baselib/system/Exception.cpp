@@ -10,11 +10,11 @@ namespace corvix {
 namespace {
 
 // Null for null, and when memory is short.
-wchar_t* copyOf(const wchar_t* text) noexcept {
-  if (!text) return nullptr;
-  const std::size_t size = (std::wcslen(text) + 1) * sizeof *text;
-  void* const copy = _smalloc(size);
-  return static_cast<wchar_t*>(copy ? std::memcpy(copy, text, size) : nullptr);
+HeapBuffer<wchar_t> copyOf(const wchar_t* text) noexcept {
+  HeapBuffer<wchar_t> copy;
+  const std::size_t units = text ? std::wcslen(text) + 1 : 0;
+  if (copy.tryAllocate(units)) std::memcpy(copy.get(), text, units * sizeof *text);
+  return copy;
 }
 
 }  // namespace
@@ -22,18 +22,14 @@ wchar_t* copyOf(const wchar_t* text) noexcept {
 SException::SException(const wchar_t* sourceFile, i32 sourceLine, const wchar_t* message)
     : sourceFile_(copyOf(sourceFile)), sourceLine_(sourceLine), message_(copyOf(message)) {}
 
-SException::~SException() {
-  _sfree(message_);
-  _sfree(sourceFile_);
-}
+SException::~SException() = default;
 
 void SException::report() {
-  wchar_t* const message = getMessage();
+  const HeapBuffer<wchar_t> message(getMessage());
   // The misspelt caption is deliberate: the box is known by it.
-  MessageBoxW(nullptr, message, L"Exeption", MB_ICONHAND | MB_TASKMODAL);
-  _sfree(message);
+  MessageBoxW(nullptr, message.get(), L"Exeption", MB_ICONHAND | MB_TASKMODAL);
 }
 
-wchar_t* SException::getMessage() const { return copyOf(message_ ? message_ : L"<Unspecified>"); }
+wchar_t* SException::getMessage() const { return copyOf(message_ ? message_.get() : L"<Unspecified>").release(); }
 
 }  // namespace corvix

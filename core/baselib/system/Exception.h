@@ -3,8 +3,8 @@
 // same one each time: a catcher does not free it.
 #pragma once
 
+#include "core/baselib/heap/HeapBuffer.h"
 #include "core/baselib/identity/RttiSupport.h"
-#include "core/baselib/memory/HeapAllocated.h"
 
 namespace corvix {
 
@@ -26,13 +26,13 @@ class CORVIX_API SException : public HeapAllocated, public virtual IBRTTISupport
   // only when memory is short.
   virtual wchar_t* getMessage() const;
 
-  const wchar_t* sourceFile() const noexcept { return sourceFile_; }
+  const wchar_t* sourceFile() const noexcept { return sourceFile_.get(); }
   i32 sourceLine() const noexcept { return sourceLine_; }
 
  private:
-  wchar_t* sourceFile_;
+  HeapBuffer<wchar_t> sourceFile_;
   i32 sourceLine_;
-  wchar_t* message_;
+  HeapBuffer<wchar_t> message_;
 
  protected:
   u32 reserved_ = 0;  // always 0; part of the object's layout

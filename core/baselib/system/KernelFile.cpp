@@ -1,35 +1,48 @@
-#include "core/baselib/system/KernelFile.h"
+#include "core/baselib/system/FileWindow_p.h"
 
 namespace corvix {
 
 FileHandle openFile(const wchar_t* path, u32 mode) noexcept {
   const auto has = [mode](u32 word) { return (mode & word) != 0; };
   const DWORD access = (has(file_mode::kRead) ? GENERIC_READ : 0) | (has(file_mode::kWrite) ? GENERIC_WRITE : 0);
-  const DWORD share =
-      (has(file_mode::kShareRead) ? FILE_SHARE_READ : 0u) | (has(file_mode::kShareWrite) ? FILE_SHARE_WRITE : 0u);
+  const DWORD share = (has(file_mode::kShareRead) ? FILE_SHARE_READ : 0u) |
+                      (has(file_mode::kShareWrite) ? FILE_SHARE_WRITE : 0u) |
+                      (has(file_mode::kShareDelete) ? FILE_SHARE_DELETE : 0u);
   DWORD disposition = OPEN_EXISTING;
   if (has(file_mode::kCreate)) disposition = has(file_mode::kAppend) ? OPEN_ALWAYS : CREATE_ALWAYS;
+  if (has(file_mode::kNew)) disposition = CREATE_NEW;
   FileHandle file(CreateFileW(path, access, share, nullptr, disposition, FILE_ATTRIBUTE_NORMAL, nullptr));
   if (file && has(file_mode::kAppend)) SetFilePointerEx(file.get(), LARGE_INTEGER{}, nullptr, FILE_END);
   return file;
 }
 
-std::optional<std::vector<unsigned char>> readWholeFile(const wchar_t* path, u64 mostBytes) {
-  const FileHandle file(CreateFileW(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
-                                    FILE_FLAG_SEQUENTIAL_SCAN, nullptr));
-  LARGE_INTEGER size;
-  if (!file || !GetFileSizeEx(file.get(), &size) || static_cast<u64>(size.QuadPart) > mostBytes) return std::nullopt;
-  std::vector<unsigned char> bytes(static_cast<std::size_t>(size.QuadPart));
-  std::size_t done = 0;
-  while (done < bytes.size()) {
-    DWORD got = 0;
-    if (!ReadFile(file.get(), bytes.data() + done, static_cast<DWORD>(bytes.size() - done), &got, nullptr))
-      return std::nullopt;
-    if (got == 0) break;
-    done += got;
+std::wstring makePartFile(const wchar_t* path) {
+  constexpr int kMostTries = 1000;
+  for (int number = 1; number <= kMostTries; ++number) {
+    std::wstring part = path + (number > 1 ? L"." + std::to_wstring(number) : std::wstring()) + L".part";
+    if (openFile(part.c_str(), file_mode::kWrite | file_mode::kNew)) return part;
+    if (GetFileAttributesW(part.c_str()) == INVALID_FILE_ATTRIBUTES) break;
   }
-  bytes.resize(done);
-  return bytes;
+  return {};
+}
+
+u32 FileWindow::open(const wchar_t* path) noexcept {
+  file_.reset(CreateFileW(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING, 0, nullptr));
+  if (!file_) return GetLastError();
+  LARGE_INTEGER size;
+  if (!GetFileSizeEx(file_.get(), &size)) return GetLastError();
+  if (GetFileType(file_.get()) != FILE_TYPE_DISK) return ERROR_BAD_FILE_TYPE;
+  size_ = static_cast<u64>(size.QuadPart);
+  held_ = 0;
+  return 0;
+}
+
+u32 FileWindow::readFile(u64 offset, void* to, u32 mostBytes) noexcept {
+  OVERLAPPED at{};
+  at.Offset = static_cast<DWORD>(offset);
+  at.OffsetHigh = static_cast<DWORD>(offset >> 32);
+  DWORD got = 0;
+  return ReadFile(file_.get(), to, mostBytes, &got, &at) ? got : 0;
 }
 
 std::wstring modulePath(HMODULE module) {

@@ -1,8 +1,9 @@
 #include "core/baselib/system/Log.h"
 
-#include "core/baselib/system/KernelFile.h"
+#include "core/baselib/heap/HeapBuffer.h"
+#include "core/baselib/system/KernelFile_p.h"
 #include "core/baselib/system/Log_p.h"
-#include "core/baselib/system/RegistryKey.h"
+#include "core/baselib/system/RegistryKey_p.h"
 
 #include <algorithm>
 #include <cstdarg>
@@ -10,7 +11,6 @@
 #include <cstring>
 #include <ctime>
 #include <cwchar>
-#include <memory>
 
 namespace corvix {
 
@@ -40,16 +40,12 @@ class Room {
   // Null when memory is short.
   Char* of(std::size_t size) noexcept {
     if (size <= kUsual) return usual_;
-    large_.reset(static_cast<Char*>(_smalloc(size * sizeof(Char))));
-    return large_.get();
+    return large_.tryAllocate(size) ? large_.get() : nullptr;
   }
 
  private:
-  struct Free {
-    void operator()(Char* block) const noexcept { _sfree(block); }
-  };
   Char usual_[kUsual];
-  std::unique_ptr<Char, Free> large_;
+  HeapBuffer<Char> large_;
 };
 
 template <class Char>
@@ -111,7 +107,8 @@ void appendFormatted(const Char* form, va_list arguments) {
 const char* localTime() {
   const __time64_t now = _time64(nullptr);
   const std::tm* const local = _localtime64(&now);
-  return local ? std::asctime(local) : "an unknown time\n";
+  return local ? std::asctime(local)
+               : "an unknown time\n";  // NOLINT(concurrency-mt-unsafe): as the library comes and goes
 }
 
 RegistryKey openKeyOf(const std::wstring& executable) {

@@ -2,7 +2,7 @@
 // buffer and cost no allocation. [one thread at a time]
 #pragma once
 
-#include "core/baselib/memory/HeapAllocated.h"
+#include "core/baselib/heap/HeapAllocated.h"
 
 #include <cstring>
 #include <string>

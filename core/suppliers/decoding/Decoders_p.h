@@ -1,4 +1,4 @@
-// The small decoders; PackDecodeStream::create makes them.
+// The small decoders; the table in DecoderTable.cpp makes them.
 #pragma once
 
 #include "core/suppliers/decoding/PackDecodeStream.h"
@@ -11,7 +11,6 @@ class LzwInputStream final : public PackDecodeStream {
  public:
   LzwInputStream(Ref<BInputStream> packed, bool earlyChange) noexcept
       : PackDecodeStream(std::move(packed)), early_(earlyChange ? 1 : 0) {}
-  ~LzwInputStream() override { _sfree(table_); }
 
  private:
   static constexpr u32 kClear = 256;
@@ -39,7 +38,7 @@ class LzwInputStream final : public PackDecodeStream {
   u32 width_ = 9;
   u32 known_ = kEnd + 1;
   u32 previous_ = kNoCode;
-  Entry* table_ = nullptr;
+  HeapBuffer<Entry> table_;
   bool isDone_ = false;
   u32 textNext_ = 0;  // text_[textNext_, textEnd_) is unpacked and not read
   u32 textEnd_ = 0;
@@ -82,6 +81,7 @@ class Ascii85InputStream final : public PackDecodeStream {
  private:
   u32 decode(u8* buffer, u32 count) override;
   void nextGroup();
+  int nextInk();
   void finish(PackFault fault) noexcept;
 
   u8 group_[4];

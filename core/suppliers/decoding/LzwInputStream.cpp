@@ -6,7 +6,7 @@
 namespace corvix {
 
 u32 LzwInputStream::decode(u8* buffer, u32 count) {
-  if (!table_) table_ = static_cast<Entry*>(heapAllocate(kCodes * sizeof(Entry)));
+  if (!table_) table_.allocate(kCodes);
   u32 got = 0;
   for (;;) {
     const u32 piece = std::min(count - got, textEnd_ - textNext_);

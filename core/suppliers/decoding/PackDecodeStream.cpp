@@ -1,7 +1,6 @@
 #include "core/suppliers/decoding/PackDecodeStream.h"
 
-#include "core/suppliers/decoding/Decoders_p.h"
-#include "core/suppliers/decoding/PackFlateInputStream.h"
+#include "core/suppliers/decoding/DecoderTable_p.h"
 #include "core/suppliers/decoding/PackImageInputStream.h"
 
 namespace corvix {
@@ -10,34 +9,12 @@ namespace {
 
 constexpr u32 kInputBytes = 64 * 1024;
 
-PackDecodeStream* decoderOf(Ref<BInputStream> packed, const PackParams& parameters) {
-  switch (parameters.method) {
-    case PackMethod::Flate:
-      return new PackFlateInputStream(std::move(packed));
-    case PackMethod::Lzw:
-      return new LzwInputStream(std::move(packed), parameters.earlyChange);
-    case PackMethod::RunLength:
-      return new RunLengthInputStream(std::move(packed));
-    case PackMethod::AsciiHex:
-      return new AsciiHexInputStream(std::move(packed));
-    case PackMethod::Ascii85:
-      return new Ascii85InputStream(std::move(packed));
-    case PackMethod::None:
-      break;
-  }
-  return nullptr;
-}
-
-bool hasPredictor(const PackParams& parameters) noexcept {
-  return parameters.predictor != PackParams::kNoPredictor &&
-         (parameters.method == PackMethod::Flate || parameters.method == PackMethod::Lzw);
-}
-
 }  // namespace
 
 PackDecodeStream* PackDecodeStream::create(Ref<BInputStream> packed, const PackParams& parameters) {
-  PackDecodeStream* const decoder = decoderOf(packed, parameters);
-  if (decoder && !hasPredictor(parameters)) return decoder;
+  const DecoderRow* const row = decoderOf(parameters.method);
+  PackDecodeStream* const decoder = row ? row->make(packed, parameters) : nullptr;
+  if (decoder && (!row->hasPredictor || parameters.predictor == PackParams::kNoPredictor)) return decoder;
   if (decoder) packed = Ref<BInputStream>::adopt(decoder);
   return new PackImageInputStream(std::move(packed), parameters);
 }
@@ -45,7 +22,7 @@ PackDecodeStream* PackDecodeStream::create(Ref<BInputStream> packed, const PackP
 PackDecodeStream::PackDecodeStream(Ref<BInputStream> packed)
     : packed_(std::move(packed)), inner_(corvix::query<PackDecodeStream>(packed_.get())) {}
 
-PackDecodeStream::~PackDecodeStream() { _sfree(input_); }
+PackDecodeStream::~PackDecodeStream() = default;
 
 void PackDecodeStream::close() {
   fault_ = fault();
@@ -63,9 +40,9 @@ PackFault PackDecodeStream::fault() const noexcept {
 
 bool PackDecodeStream::refill() {
   if (next_ < end_) return true;
-  if (!input_) input_ = static_cast<u8*>(heapAllocate(kInputBytes));
+  if (!input_) input_.allocate(kInputBytes);
   next_ = 0;
-  end_ = packed_->read(input_, kInputBytes);
+  end_ = packed_->read(input_.get(), kInputBytes);
   return end_ > 0;
 }
 

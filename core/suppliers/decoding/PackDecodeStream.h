@@ -29,6 +29,9 @@ class CORVIX_API PackDecodeStream : public BForwardInputStream {
 
   bool isOpen() const noexcept override { return static_cast<bool>(packed_); }
 
+  // Known when it is closed only.
+  u32 size() const noexcept override { return isOpen() ? kUnknownSize : 0; }
+
   // Lets the packed stream go.
   void close() override;
 
@@ -52,7 +55,7 @@ class CORVIX_API PackDecodeStream : public BForwardInputStream {
 
   BInputStream* packed() const noexcept { return packed_.get(); }
 
-  u8* input_ = nullptr;  // [next_, end_) has come and is not unpacked
+  HeapBuffer<u8> input_;  // [next_, end_) has come and is not unpacked
   u32 next_ = 0;
   u32 end_ = 0;
 

@@ -23,20 +23,19 @@ void PackFlateInputStream::close() {
 }
 
 bool PackFlateInputStream::start() {
-  state_ = new (heapAllocate(sizeof(z_stream))) z_stream{};
+  state_.allocate(1);
+  *state_.get() = {};
   state_->zalloc = allocate;
   state_->zfree = giveBack;
-  if (inflateInit(state_) == Z_OK) return true;
-  _sfree(state_);
-  state_ = nullptr;
+  if (inflateInit(state_.get()) == Z_OK) return true;
+  state_.reset();
   throw std::bad_alloc();  // the only reason there is
 }
 
 void PackFlateInputStream::stop() noexcept {
   if (!state_) return;
-  inflateEnd(state_);
-  _sfree(state_);
-  state_ = nullptr;
+  inflateEnd(state_.get());
+  state_.reset();
 }
 
 u32 PackFlateInputStream::decode(u8* buffer, u32 count) {
@@ -45,9 +44,9 @@ u32 PackFlateInputStream::decode(u8* buffer, u32 count) {
   state_->avail_out = count;
   while (!isDone_ && state_->avail_out > 0) {
     const bool hasInput = refill();
-    state_->next_in = input_ + next_;
+    state_->next_in = input_.get() + next_;
     state_->avail_in = end_ - next_;
-    const int result = inflate(state_, Z_NO_FLUSH);
+    const int result = inflate(state_.get(), Z_NO_FLUSH);
     next_ = end_ - state_->avail_in;
     if (result == Z_OK) continue;
     if (result == Z_MEM_ERROR) throw std::bad_alloc();

@@ -21,7 +21,7 @@ class CORVIX_API PackFlateInputStream final : public PackDecodeStream {
   bool start();
   void stop() noexcept;
 
-  z_stream_s* state_ = nullptr;
+  HeapBuffer<z_stream_s> state_;
   bool isDone_ = false;
 };
 

@@ -8,8 +8,8 @@ namespace corvix {
 
 namespace {
 
-// Whichever of left, above and corner is nearest to left + above - corner; on a tie the first.
-u8 nearest(int left, int above, int corner) noexcept {
+// The Paeth predictor: whichever of left, above and corner is nearest to left + above - corner; on a tie the first.
+u8 paeth(int left, int above, int corner) noexcept {
   const int toLeft = std::abs(above - corner);
   const int toAbove = std::abs(left - corner);
   const int toCorner = std::abs(left + above - 2 * corner);
@@ -32,7 +32,7 @@ PackImageInputStream::PackImageInputStream(Ref<BInputStream> packed, const PackP
   if (!isKnown || rowBytes_ == 0) fail(PackFault::Parameters);
 }
 
-PackImageInputStream::~PackImageInputStream() { _sfree(rows_); }
+PackImageInputStream::~PackImageInputStream() = default;
 
 u32 PackImageInputStream::decode(u8* buffer, u32 count) {
   if (fault() == PackFault::Parameters) return 0;
@@ -47,9 +47,9 @@ u32 PackImageInputStream::decode(u8* buffer, u32 count) {
 bool PackImageInputStream::nextRow() {
   if (!rows_) {
     const std::size_t stride = std::size_t{pixelBytes_} + rowBytes_;
-    rows_ = static_cast<u8*>(heapAllocate(2 * stride));
-    std::memset(rows_, 0, 2 * stride);
-    row_ = rows_ + pixelBytes_;
+    rows_.allocate(2 * stride);
+    std::memset(rows_.get(), 0, 2 * stride);
+    row_ = rows_.get() + pixelBytes_;
     above_ = row_ + stride;
   }
   if (rowEnd_ > 0 && rowEnd_ < rowBytes_) return false;  // that was the last one
@@ -85,7 +85,7 @@ bool PackImageInputStream::takeBackPng(u32 kind, u32 bytes) noexcept {
       for (u32 i = 0; i < bytes; ++i) row_[i] = static_cast<u8>(row_[i] + ((left[i] + above_[i]) >> 1));
       return true;
     case 4:
-      for (u32 i = 0; i < bytes; ++i) row_[i] = static_cast<u8>(row_[i] + nearest(left[i], above_[i], corner[i]));
+      for (u32 i = 0; i < bytes; ++i) row_[i] = static_cast<u8>(row_[i] + paeth(left[i], above_[i], corner[i]));
       return true;
     default:
       return false;

@@ -27,7 +27,7 @@ class CORVIX_API PackImageInputStream final : public PackDecodeStream {
   u32 pixelBytes_;  // from one sample to the same one of the next pixel, at least 1
   u32 rowSamples_;
   u32 rowBytes_;
-  u8* rows_ = nullptr;  // the row that is read and the one above, each behind a pixel of zeros
+  HeapBuffer<u8> rows_;  // the row that is read and the one above, each behind a pixel of zeros
   u8* row_ = nullptr;
   u8* above_ = nullptr;
   u32 rowNext_ = 0;

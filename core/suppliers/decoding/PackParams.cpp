@@ -1,20 +1,12 @@
 #include "core/suppliers/decoding/PackParams.h"
 
+#include "core/suppliers/decoding/DecoderTable_p.h"
+
 namespace corvix {
 
 namespace {
 
 constexpr u64 kLargestRow = u64{16} << 20;
-
-constexpr struct {
-  std::wstring_view name;
-  std::wstring_view shortName;
-  PackMethod method;
-} kMethods[] = {
-    {L"FlateDecode", L"Fl", PackMethod::Flate},         {L"LZWDecode", L"LZW", PackMethod::Lzw},
-    {L"RunLengthDecode", L"RL", PackMethod::RunLength}, {L"ASCIIHexDecode", L"AHx", PackMethod::AsciiHex},
-    {L"ASCII85Decode", L"A85", PackMethod::Ascii85},
-};
 
 }  // namespace
 
@@ -27,12 +19,9 @@ u32 PackParams::rowBytes() const noexcept {
 }
 
 bool PackParams::setMethod(std::wstring_view name) noexcept {
-  for (const auto& row : kMethods) {
-    if (name != row.name && name != row.shortName) continue;
-    method = row.method;
-    return true;
-  }
-  return false;
+  const DecoderRow* const row = decoderNamed(name);
+  if (row) method = row->method;
+  return row != nullptr;
 }
 
 }  // namespace corvix

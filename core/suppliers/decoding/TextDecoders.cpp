@@ -33,7 +33,7 @@ u32 RunLengthInputStream::decode(u8* buffer, u32 count) {
       std::memset(buffer + got, byte_, piece);
     } else if (refill()) {
       piece = std::min(piece, end_ - next_);
-      std::memcpy(buffer + got, input_ + next_, piece);
+      std::memcpy(buffer + got, input_.get() + next_, piece);
       next_ += piece;
     } else {
       fail(PackFault::Truncated);
@@ -86,23 +86,29 @@ void Ascii85InputStream::finish(PackFault fault) noexcept {
   if (fault != PackFault::None) fail(fault);
 }
 
+// Lines may be broken anywhere, also between the two characters of the end.
+int Ascii85InputStream::nextInk() {
+  int c = nextByte();
+  while (c >= 0 && isBlank(c)) c = nextByte();
+  return c;
+}
+
 void Ascii85InputStream::nextGroup() {
   groupNext_ = groupEnd_ = 0;
   u64 value = 0;
   u32 digits = 0;
   while (digits < 5 && !isDone_) {
-    const int c = nextByte();
-    if (c >= 0 && isBlank(c)) continue;
+    const int c = nextInk();
     const bool isFirst = !std::exchange(hasStarted_, true);
     if (isFirst && c == '<') {
-      if (nextByte() != '~') finish(PackFault::Damaged);  // "<~" before the data is let pass
+      if (nextInk() != '~') finish(PackFault::Damaged);  // "<~" before the data is let pass
     } else if (c >= '!' && c <= 'u') {
       value = value * 85 + static_cast<u32>(c - '!');
       ++digits;
     } else if (c == 'z' && digits == 0) {
       digits = 5;  // four zeros
     } else if (c == '~') {
-      finish(nextByte() == '>' ? PackFault::None : PackFault::Truncated);
+      finish(nextInk() == '>' ? PackFault::None : PackFault::Truncated);
     } else {
       finish(c < 0 ? PackFault::Truncated : PackFault::Damaged);
     }

@@ -2,6 +2,7 @@
 // "data:application/pdf;base64,JVBERi0...".
 #include "core/baselib/streams/MemoryInputStream.h"
 #include "core/suppliers/Supplier.h"
+#include "descriptor.h"
 #include "shell/Plugin.h"
 
 #include <algorithm>
@@ -103,4 +104,4 @@ class DataSupplier : public corvix::BSmartObject, public corvix::IBSupplier {
 
 }  // namespace example
 
-CORVIX_PLUGIN({L"Supplier.data", corvix::create<example::DataSupplier>})
+CORVIX_PLUGIN(corvix::rowFor<descriptor::Supplier_data, example::DataSupplier>())

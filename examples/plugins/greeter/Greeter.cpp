@@ -1,4 +1,5 @@
 // Greets by name, as the user's setting has it, and says good morning when that event is raised.
+#include "descriptor.h"
 #include "examples/plugins/greeter/IGreeter.h"
 #include "shell/GlobalEvent.h"
 #include "shell/Plugin.h"
@@ -19,8 +20,8 @@ class Greeter : public corvix::BSmartObject, public IGreeter {
 };
 
 class MorningTarget : public corvix::BSmartObject, public corvix::IGlobalEventTarget {
-  CORVIX_IDENTITY(MorningTarget, 0x02EC7B57, 0xAE2A5BC7, 0xCE675390, 0x6DEDA6A0, corvix::BSmartObject,
-                  corvix::IGlobalEventTarget)
+  CORVIX_DECLARED_IDENTITY(MorningTarget, descriptor::GlobalEvent_Morning, corvix::BSmartObject,
+                           corvix::IGlobalEventTarget)
 
  public:
   int onGlobalEvent(corvix::IGlobalEvent&) override {
@@ -31,5 +32,5 @@ class MorningTarget : public corvix::BSmartObject, public corvix::IGlobalEventTa
 
 }  // namespace example
 
-CORVIX_PLUGIN({L"Example.Greeter", corvix::create<example::Greeter>},
-              {L"GlobalEvent.Morning", corvix::create<example::MorningTarget>})
+CORVIX_PLUGIN(corvix::rowFor<descriptor::Example_Greeter, example::Greeter>(),
+              corvix::rowFor<descriptor::GlobalEvent_Morning, example::MorningTarget>())

@@ -1,7 +1,7 @@
 // A plug-in's share of a page. The host asks every module that declares "Example.PagePart".
 #pragma once
 
-#include "graphics/AGDC.h"
+#include "graphics/IAGDC.h"
 
 namespace example {
 

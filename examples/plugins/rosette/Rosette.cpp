@@ -1,4 +1,5 @@
 // A plug-in that draws: petals around a middle, on plain GDI and on GDI+ alike.
+#include "descriptor.h"
 #include "examples/plugins/rosette/IPagePart.h"
 #include "shell/Plugin.h"
 
@@ -43,4 +44,4 @@ class Rosette : public BSmartObject, public IPagePart {
 
 }  // namespace example
 
-CORVIX_PLUGIN({L"Example.PagePart", corvix::create<example::Rosette>})
+CORVIX_PLUGIN(corvix::rowFor<descriptor::Example_PagePart, example::Rosette>())

@@ -1,4 +1,5 @@
 // One object with two interfaces that know nothing of each other.
+#include "descriptor.h"
 #include "examples/plugins/textstats/ITextStats.h"
 #include "shell/Plugin.h"
 
@@ -31,4 +32,4 @@ class TextStats : public corvix::BSmartObject, public ITextSink, public ITextSta
 
 }  // namespace example
 
-CORVIX_PLUGIN({L"Example.TextStats", corvix::create<example::TextStats>})
+CORVIX_PLUGIN(corvix::rowFor<descriptor::Example_TextStats, example::TextStats>())

@@ -1,4 +1,5 @@
 // Listens for the destruction of other objects.
+#include "descriptor.h"
 #include "examples/plugins/witness/IWitness.h"
 #include "shell/Plugin.h"
 
@@ -43,4 +44,4 @@ class Witness : public corvix::BSmartObject, public IWitness, public corvix::IDe
 
 }  // namespace example
 
-CORVIX_PLUGIN({L"Example.Witness", corvix::create<example::Witness>})
+CORVIX_PLUGIN(corvix::rowFor<descriptor::Example_Witness, example::Witness>())

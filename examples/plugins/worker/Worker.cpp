@@ -1,5 +1,6 @@
 // An action that shows its progress, a target of a global event, and a listener of another plug-in's setting:
 // none of them knows any other module.
+#include "descriptor.h"
 #include "shell/GlobalEvent.h"
 #include "shell/Plugin.h"
 
@@ -12,7 +13,7 @@ namespace example {
 using namespace corvix;
 
 class WorkAction : public BSmartObject, public IAction {
-  CORVIX_IDENTITY(WorkAction, 0x9F1D6360, 0x3B1A7507, 0xEA58C028, 0xB9EDFBF4, BSmartObject, IAction)
+  CORVIX_DECLARED_IDENTITY(WorkAction, descriptor::Actions_Example_Work, BSmartObject, IAction)
 
  public:
   const wchar_t* name() const noexcept override { return L"Actions.Example.Work"; }
@@ -39,7 +40,7 @@ class WorkAction : public BSmartObject, public IAction {
 };
 
 class EarlyTarget : public BSmartObject, public IGlobalEventTarget {
-  CORVIX_IDENTITY(EarlyTarget, 0xF2CB7E82, 0x6B873E18, 0xDDFA3D42, 0x58C08E1C, BSmartObject, IGlobalEventTarget)
+  CORVIX_DECLARED_IDENTITY(EarlyTarget, descriptor::GlobalEvent_Morning, BSmartObject, IGlobalEventTarget)
 
  public:
   int onGlobalEvent(IGlobalEvent& event) override {
@@ -54,8 +55,8 @@ class MannersWatcher : public BSmartObject,
                        public IPluginManagerAfterInit,
                        public ISettingListener,
                        public IShellListener {
-  CORVIX_IDENTITY(MannersWatcher, 0x0F99B353, 0xF2CDAB2D, 0x76BEB202, 0x49D1B60C, BSmartObject, IPluginManagerAfterInit,
-                  ISettingListener, IShellListener)
+  CORVIX_DECLARED_IDENTITY(MannersWatcher, descriptor::IPluginManagerAfterInit, BSmartObject, IPluginManagerAfterInit,
+                           ISettingListener, IShellListener)
 
  public:
   void afterInit(IPluginManager&) override {
@@ -88,6 +89,6 @@ class MannersWatcher : public BSmartObject,
 
 }  // namespace example
 
-CORVIX_PLUGIN({L"Actions.Example.Work", corvix::create<example::WorkAction>},
-              {L"GlobalEvent.Morning", corvix::create<example::EarlyTarget>},
-              {L"IPluginManagerAfterInit", corvix::create<example::MannersWatcher>})
+CORVIX_PLUGIN(corvix::rowFor<descriptor::Actions_Example_Work, example::WorkAction>(),
+              corvix::rowFor<descriptor::GlobalEvent_Morning, example::EarlyTarget>(),
+              corvix::rowFor<descriptor::IPluginManagerAfterInit, example::MannersWatcher>())

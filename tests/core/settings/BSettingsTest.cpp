@@ -1,4 +1,4 @@
-#include "core/settings/BSettings.h"
+#include "core/settings/BSettings_p.h"
 
 #include "core/baselib/objects/Ref.h"
 
@@ -102,6 +102,22 @@ TEST_F(BSettingsTest, NestedBracketsTellOnceEachWay) {
   EXPECT_EQ(journal_, "( all( - ) all) ( all( ");
   settingsStartChanges().removeListener(everybody.all());
   settingsFinishChanges().removeListener(everybody.all());
+}
+
+TEST_F(BSettingsTest, AWatcherThatThrowsKeepsNobodyFromBeingTold) {
+  const auto throws = [](IBSettings&) { throw 7; };
+  settings_->watch(L"G", L"i", &own_, 0);
+  settings_->watch(L"G", L"i", &other_, 1);
+  settings_->startSender().addListener(own_.all());
+  settings_->startSender().addListener(other_.all());
+  own_.then = throws;
+  settings_->onStartChanges();
+  own_.then = throws;
+  settings_->setValue(L"G", L"i", 1);
+  settings_->onFinishChanges();
+  EXPECT_EQ(journal_, "( other ( i=1 other i=1 ");
+  settings_->startSender().removeListener(own_.all());
+  settings_->startSender().removeListener(other_.all());
 }
 
 TEST_F(BSettingsTest, WatchersSeeChangesOfTheirItemOnly) {

@@ -1,13 +1,21 @@
-#include "core/settings/SettingsRegistry.h"
+#include "core/settings/SettingsRegistry_p.h"
 
 #include "core/baselib/objects/Ref.h"
-#include "core/baselib/system/ApplicationKey.h"
-#include "core/settings/BSettings.h"
-#include "tests/RegistryTesting.h"
+#include "core/baselib/system/ApplicationKey_p.h"
+#include "core/settings/BSettings_p.h"
+#include "tests/support/ImportSlot.h"
+#include "tests/support/OwnRegistry.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <limits>
+#include <list>
+
+extern "C" {
+extern decltype(&RegOpenKeyExW) openKeySlot __asm__("__imp__RegOpenKeyExW@20");
+extern decltype(&RegQueryValueExW) queryValueSlot __asm__("__imp__RegQueryValueExW@24");
+}
 
 namespace corvix {
 
@@ -17,10 +25,10 @@ using Rows = std::vector<std::pair<std::wstring, std::wstring>>;
 
 // The attributes of a Setting element.
 Attributes declare(const Rows& rows) {
-  auto element = make<XMLNodeNode>(nullptr, XmlNodeType::Element, L"Setting");
-  for (const auto& [name, value] : rows)
-    element->appendChild(make<XMLNodeParam>(element.get(), XmlNodeType::Attribute, name, value).get());
-  return Attributes(*element);
+  static std::list<AttributeTable> tables;
+  AttributeTable::Builder builder(tables.emplace_back());
+  for (const auto& [name, value] : rows) builder.add(name, value);
+  return builder.endElement();
 }
 
 Attributes declare(const wchar_t* group, const wchar_t* item, const wchar_t* type, const wchar_t* data,
@@ -47,7 +55,17 @@ class SettingsRegistryTest : public testing::Test {
     return value;
   }
 
-  testing_world::OwnRegistry world_;
+  // Type and bytes of a value, as they stand there.
+  static std::pair<DWORD, std::string> stored(const wchar_t* name) {
+    DWORD type = 0;
+    DWORD size = 2'000'000;
+    std::string bytes(size, 0);
+    RegQueryValueExW(keyOf(L"G\\I").get(), name, nullptr, &type, reinterpret_cast<BYTE*>(bytes.data()), &size);
+    bytes.resize(size);
+    return {type, bytes};
+  }
+
+  testing_support::OwnRegistry world_;
   SettingsRegistry registry_;
   Ref<BSettings> settings_;
 };
@@ -113,26 +131,78 @@ TEST_F(SettingsRegistryTest, StoredTextsOfAnyShapeAreReadSafely) {
     std::wstring units;
     DWORD sizeBytes;
     std::wstring expected = L"";
+    bool isReadable = true;
   } rows[] = {{"unterminated", REG_SZ, L"123", 6, L"123"},
               {"odd size", REG_SZ, L"123", 5, L"12"},
               {"one byte", REG_SZ, L"1", 1, L""},
               {"empty", REG_SZ, L"", 0, L""},
               {"zero inside", REG_SZ, std::wstring(L"12").append(1, L'\0') + L"34", 12, L"12"},
-              {"binary", REG_BINARY, L"123", 8, L""},
-              {"number", REG_DWORD, L"12", 4, L""},
-              {"several", REG_MULTI_SZ, L"1", 4, L""},
+              {"with a variable", REG_EXPAND_SZ, L"%TEMP%", 14, L"%TEMP%"},
+              {"large, with a variable", REG_EXPAND_SZ, large, 10'002, large},
+              {"binary", REG_BINARY, L"123", 8, L"", false},
+              {"number", REG_DWORD, L"12", 4, L"", false},
+              {"several", REG_MULTI_SZ, L"1", 4, L"", false},
               {"large and unterminated", REG_SZ, large, 10'000, large},
-              {"beyond sane", REG_SZ, huge, 1'200'000, L""}};
+              {"beyond sane", REG_SZ, huge, 1'200'000, L"", false}};
   const Attributes declared = declare(L"G", L"I", L"string", L"declared");
   start(declared);
   for (const auto& row : rows) {
-    RegSetValueExW(keyOf(L"G\\I").get(), L"Data", 0, row.type, reinterpret_cast<const BYTE*>(row.units.c_str()),
-                   row.sizeBytes);
+    const auto* const bytes = reinterpret_cast<const BYTE*>(row.units.c_str());
+    RegSetValueExW(keyOf(L"G\\I").get(), L"Data", 0, row.type, bytes, row.sizeBytes);
     EXPECT_EQ(start(declared), Variant(row.expected)) << row.name;
+    EXPECT_EQ(registry_.saveAll(*settings_), row.isReadable ? 1 : 0) << row.name;
+    EXPECT_TRUE(stored(L"Data").first == row.type &&
+                stored(L"Data").second.compare(0, row.sizeBytes, std::string(bytes, bytes + row.sizeBytes)) == 0)
+        << row.name << ": not touched";
+    settings_->setValue(L"G", L"I", L"changed");
+    EXPECT_EQ(registry_.saveAll(*settings_), row.isReadable ? 1 : 0) << row.name;
+    EXPECT_EQ(start(declared), row.isReadable ? Variant(L"changed") : Variant(row.expected)) << row.name;
+    EXPECT_EQ(stored(L"Data").first, row.type) << row.name << ": stays of its kind";
   }
   RegDeleteValueW(keyOf(L"G\\I").get(), L"Type");
   RegDeleteValueW(keyOf(L"G\\I").get(), L"Data");
   EXPECT_EQ(start(declared), Variant(L""));
+}
+
+// What no later start would find again is not written, and not counted.
+TEST_F(SettingsRegistryTest, OnlyWhatCanBeReadBackIsSaved) {
+  const struct {
+    const char* what;
+    const wchar_t* type;
+    Variant value;
+  } rows[] = {{"a zero inside", L"string", std::wstring(L"a\0b", 3)},
+              {"too long", L"string", std::wstring(600'000, L'7')},
+              {"no item", L"enum", 4},
+              {"no number", L"float", std::numeric_limits<double>::quiet_NaN()}};
+  for (const auto& row : rows) {
+    const Attributes declared = declare(L"G", row.type, row.type, L"1", L"1|2");
+    const Variant before = start(declared, L"G", row.type);
+    settings_->setValue(L"G", row.type, row.value);
+    EXPECT_EQ(registry_.saveAll(*settings_), 0) << row.what;
+    EXPECT_EQ(start(declared, L"G", row.type), before) << row.what;
+  }
+}
+
+LSTATUS WINAPI refuseToOpen(HKEY, const wchar_t*, DWORD, REGSAM, HKEY*) { return ERROR_ACCESS_DENIED; }
+LSTATUS WINAPI refuseToRead(HKEY, const wchar_t*, DWORD*, DWORD*, BYTE*, DWORD*) { return ERROR_NOT_ENOUGH_MEMORY; }
+
+// The key is there, but the system does not let it be read for a moment.
+TEST_F(SettingsRegistryTest, WhatCouldNotBeReadIsNeverWrittenOver) {
+  const Attributes declared = declare(L"G", L"I", L"string", L"declared");
+  start(declared);
+  keyOf(L"G\\I").setText(L"Data", L"the user's");
+  {
+    const testing_support::ImportSlot slot(openKeySlot, refuseToOpen);
+    EXPECT_EQ(start(declared), Variant(L"declared"));
+  }
+  EXPECT_EQ(registry_.saveAll(*settings_), 0);
+  EXPECT_EQ(start(declared), Variant(L"the user's")) << "a key";
+  {
+    const testing_support::ImportSlot slot(queryValueSlot, refuseToRead);
+    EXPECT_EQ(start(declared), Variant(L""));
+  }
+  EXPECT_EQ(registry_.saveAll(*settings_), 0);
+  EXPECT_EQ(start(declared), Variant(L"the user's")) << "its values";
 }
 
 TEST_F(SettingsRegistryTest, AnyNameIsAccepted) {

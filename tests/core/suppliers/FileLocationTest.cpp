@@ -2,13 +2,14 @@
 
 #include "core/baselib/objects/Ref.h"
 #include "core/baselib/streams/MemoryInputStream.h"
-#include "core/suppliers/KFileSupplier.h"
-#include "core/suppliers/KIStreamSupplier.h"
+#include "core/suppliers/KFileSupplier_p.h"
+#include "core/suppliers/KIStreamSupplier_p.h"
+#include "core/suppliers/RegisteredStreams.h"
 #include "tests/support/OwnFolder.h"
+#include "tests/support/Words.h"
 
 #include <gtest/gtest.h>
 
-#include <sstream>
 #include <vector>
 
 namespace corvix {
@@ -20,6 +21,8 @@ TEST(FileLocation, NamesPathsAndNothingElse) {
       {L"file:///C:/dir/a%20b.txt", L"C:\\dir\\a b.txt"},
       {L"FILE://LocalHost/c|/x", L"c:\\x"},
       {L"file://server/share/x", L"\\\\server\\share\\x"},
+      {L"file:////server/share/x", L"\\\\server\\share\\x"},
+      {L"file://///server/share/x", L"\\\\server\\share\\x"},
       {L"file:///dir/%C3%A4", L"\\dir\\\u00e4"},
       {L"file:name", L"name"},
       {L"file:///C:/common", L"C:\\common"},
@@ -27,7 +30,7 @@ TEST(FileLocation, NamesPathsAndNothingElse) {
       {L"file://s/" + longName + L"/" + longName, L"\\\\?\\UNC\\s\\" + longName + L"\\" + longName}};
   for (const auto& [location, path] : rows)
     EXPECT_EQ(pathOfLocation(UrlRecord(location)).view(), path) << location.c_str();
-  std::wistringstream others(
+  testing_support::Words others(
       LR"(
 file:C:/x//y                 http://h/x               file:                   file://u@server/share/x
 file://server:80/share/x     file:///C:/a%00b         file:///C:/a%0Ab        file:///C:/a%2Fb
@@ -36,7 +39,8 @@ file:///C:/x.txt::$DATA      file:///C:/CON           file:///C:/dir/nul.txt  fi
 file:///C:/com1              file:///C:/LPT%C2%B2     file:///C:/x.           file:///C:/x%20
 file:///C:/what%3F           file://./C:/x            file://./pipe/x         file://%3F/C:/x
 file:////./C:/x              file:////?/C:/x          file://server/pipe/x    file://server/PIP%45/x
-file://[::1]/share/x)");
+file://[::1]/share/x         file://////server/share/x file:////server          file:////C:/x
+file:////server/pipe/x       file://///./C:/x          file://///%3F/C:/x)");
   for (std::wstring location; others >> location;)
     EXPECT_TRUE(pathOfLocation(UrlRecord(location)).empty()) << location.c_str();
 }
@@ -46,7 +50,35 @@ TEST(FileLocation, MakesLocationsOfPaths) {
     const WideString location = locationOfPath(path);
     EXPECT_EQ(pathOfLocation(UrlRecord(location.view())).view(), path) << location.c_str();
   }
-  for (const wchar_t* path : {L"", L"x", L"\\x", L"C:", L"C:x", L"\\\\", L"\\\\\\x"})
+  const std::wstring longName = std::wstring(300, L'n') + L"\\x";
+  const std::pair<std::wstring, std::wstring> marked[] = {
+      {L"\\\\?\\C:\\dir\\a b", L"C:\\dir\\a b"},
+      {L"\\\\?\\UNC\\server\\share\\x", L"\\\\server\\share\\x"},
+      {L"\\\\?\\unc\\server\\share\\x", L"\\\\server\\share\\x"},
+      {L"\\\\?\\C:\\" + longName, L"\\\\?\\C:\\" + longName},
+      {L"\\\\?\\UNC\\s\\" + longName, L"\\\\?\\UNC\\s\\" + longName}};
+  for (const auto& [path, back] : marked)
+    EXPECT_EQ(pathOfLocation(UrlRecord(locationOfPath(path))).view(), back) << path.c_str();
+  for (const wchar_t* path : {L"",
+                              L"x",
+                              L"\\x",
+                              L"C:",
+                              L"C:x",
+                              L"\\\\",
+                              L"\\\\\\x",
+                              L"\\\\server",
+                              L"\\\\server\\",
+                              L"\\\\.\\C:\\x",
+                              L"\\\\?\\C:",
+                              L"\\\\?\\Volume{1}\\x",
+                              L"\\\\?\\UNC\\server",
+                              L"\\\\?\\\\\\server\\share",
+                              L"\\\\?\\C:\\x.",
+                              L"\\\\?\\C:\\a\\..\\b",
+                              L"\\\\?\\C:\\a/b",
+                              L"\\\\server@SSL\\share",
+                              L"\\\\server:80\\share",
+                              L"\\\\C:\\a\\b"})
     EXPECT_TRUE(locationOfPath(path).empty()) << path;
   EXPECT_TRUE(isPath(L"C:\\x") && isPath(L"a/b:c") && isPath(L""));
   EXPECT_FALSE(isPath(L"ab:c"));
@@ -60,7 +92,7 @@ std::string readAll(IBStream* opened) {
 }
 
 TEST(KFileSupplier, OpensFilesAndPartsOfThem) {
-  const testing_world::OwnFolder folder;
+  const testing_support::OwnFolder folder;
   std::filesystem::create_directory(folder.file(L"sub"));
   std::ofstream(folder.file(L"a b.txt")) << "0123456789";
   const auto supplier = make<KFileSupplier>();

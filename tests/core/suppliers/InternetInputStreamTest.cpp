@@ -1,14 +1,19 @@
 // What is asked of WinINet, and when: against a table of calls that does what the row says.
+#include "core/suppliers/InternetAgent_p.h"
 #include "core/suppliers/InternetInputStream_p.h"
+#include "core/suppliers/InternetTransfer_p.h"
 
 #include "core/baselib/objects/Ref.h"
-#include "core/suppliers/KHTTPSupplier.h"
+#include "core/suppliers/KHTTPSupplier_p.h"
+#include "tests/support/StreamTesting.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstring>
 #include <string>
+#include <thread>
 
 namespace corvix {
 namespace {
@@ -22,11 +27,23 @@ struct Net {
   bool reads = true;
   DWORD seekError = ERROR_INTERNET_INVALID_OPERATION;
   const wchar_t* contentLength = nullptr;
-  DWORD here = 0;  // bytes that have come
+  DWORD here = 0;              // bytes that have come
+  char stallsAt = 0;           // 'o'pening or 'r'eading, or a 'c'heck
+  std::size_t stallsFrom = 0;  // reading
   std::wstring agent, url;
   std::size_t position = 0;
   void* sessionAsked = nullptr;
 } net;
+
+// A server that does not answer until the test says so.
+std::atomic<bool> isStalled{false};
+const HANDLE answer = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+
+void stall(char where) {
+  if (net.stallsAt != where || (where == 'r' && net.position < net.stallsFrom)) return;
+  isStalled = true;
+  WaitForSingleObject(answer, INFINITE);
+}
 
 HINTERNET handle(std::uintptr_t number) { return reinterpret_cast<HINTERNET>(number); }
 
@@ -43,10 +60,12 @@ HINTERNET WINAPI openUrl(HINTERNET session, const wchar_t* url, const wchar_t* h
   net.sessionAsked = session;
   net.position = 0;
   EXPECT_TRUE(!headers && length == 0 && flags == 0 && context == 0);
+  stall('o');
   return session && net.hasResource ? handle(2) : nullptr;
 }
 BOOL WINAPI readFile(HINTERNET, void* buffer, DWORD count, DWORD* got) {
   net.calls += "read " + std::to_string(count) + ", ";
+  stall('r');
   if (!net.reads) return FALSE;  // the count stays as it was, as the system leaves it
   *got = static_cast<DWORD>(std::min<std::size_t>(count, net.body.size() - net.position));
   std::memcpy(buffer, net.body.data() + net.position, *got);
@@ -66,6 +85,7 @@ BOOL WINAPI closeHandle(HINTERNET closed) {
 }
 BOOL WINAPI checkConnection(const wchar_t* url, DWORD flags, DWORD) {
   net.calls += "check " + std::to_string(flags) + ", ";
+  stall('c');
   return std::wstring_view(url) == L"http://h/" ? 7 : FALSE;
 }
 BOOL WINAPI lastResponse(DWORD*, wchar_t*, DWORD* length) {
@@ -208,7 +228,7 @@ TEST_F(InternetInputStreamTest, TakesAlongWhatIsHere) {
   char bytes[8];
   EXPECT_EQ(opened->read(bytes, 8), 8u) << "from both";
   EXPECT_EQ(std::string(bytes, 8), "12345678");
-  EXPECT_EQ(taken(), "begin 0, read 4, read 5, ");
+  EXPECT_EQ(taken(), "begin 0, read 4, read 4, read 2, ") << "as they come";
   EXPECT_TRUE(opened->seek(6));
   EXPECT_EQ(opened->readByte(), '6');
   EXPECT_TRUE(opened->seek(1));
@@ -217,10 +237,167 @@ TEST_F(InternetInputStreamTest, TakesAlongWhatIsHere) {
 
 struct Agent : IInternetAgent {
   const wchar_t* internetAgent() const noexcept override { return L"Somebody/2"; }
+  i32 startWait() override {
+    journal += "start ";
+    return 7;
+  }
+  void endWait(i32 wait) override { journal += "end " + std::to_string(wait); }
+  std::string journal;
 };
 
+TEST_F(InternetInputStreamTest, DropsWhatComesBehindTheLength) {
+  for (const DWORD here : {0u, 3u, 100u}) {
+    for (const u32 piece : {1u, 7u, 20u, 5000u}) {
+      net = Net();
+      net.seeks = false;
+      net.contentLength = L"10";
+      net.body += "surplus";
+      net.here = here;
+      internetSession().useCount = 0;
+      const auto opened = stream();
+      std::string all, bytes(piece, 0);
+      while (const u32 got = opened->read(bytes.data(), piece)) all.append(bytes, 0, got);
+      EXPECT_EQ(all, "0123456789") << here << " " << piece;
+      EXPECT_TRUE(opened->atEnd());
+      EXPECT_EQ(opened->getPosition(), 10u);
+      EXPECT_EQ(opened->readByte(), -1);
+    }
+  }
+}
+
+// The thread that reads may be late to say that it is done.
+TEST_F(InternetInputStreamTest, LosesNothingBetweenTheThreads) {
+  net.body = testing_support::pattern(200'000);
+  net.here = 700;
+  const auto opened = stream();
+  std::string all, bytes(1000, 0);
+  while (const u32 got = opened->read(bytes.data(), 1000)) all.append(bytes, 0, got);
+  EXPECT_TRUE(all == net.body) << all.size();
+}
+
+// Loses patience when the server stalls, and not before.
+struct Watcher final : Agent {
+  bool goOnWaiting(i32 wait) override { return wait == 7 && !isStalled; }
+};
+
+class StallingServerTest : public InternetInputStreamTest {
+ protected:
+  StallingServerTest() {
+    setInternetTimeout(kInternetForever);
+    stallAt(0);
+  }
+  ~StallingServerTest() override {
+    answerNow();
+    EXPECT_TRUE(isThreadGone()) << "nobody waits for it, but it ends";
+    setInternetTimeout(kInternetTimeoutMs);
+    setInternetAgent(nullptr);
+  }
+  static void stallAt(char where) {
+    ResetEvent(answer);
+    isStalled = false;
+    net.stallsAt = where;
+  }
+  static void answerNow() {
+    isStalled = false;
+    SetEvent(answer);
+  }
+  static bool isThreadGone() {
+    for (int i = 0; i < 10000 && InternetTransfer::threadCount() > 0; ++i) Sleep(1);
+    return InternetTransfer::threadCount() == 0;
+  }
+  static void awaitStall() {
+    while (!isStalled) Sleep(1);
+  }
+
+  Watcher watcher_;
+};
+
+TEST_F(StallingServerTest, HoldsNobodyLongerThanIsSet) {
+  setInternetTimeout(50);
+  stallAt('o');
+  EXPECT_FALSE(stream()->isOpen());
+}
+
+TEST_F(StallingServerTest, ClosesWhatComesLate) {
+  setInternetAgent(&watcher_);
+  stallAt('o');
+  auto opened = stream();
+  EXPECT_FALSE(opened->isOpen());
+  EXPECT_EQ(taken(), "open, openUrl, ");
+  opened.reset();
+  EXPECT_EQ(taken(), "close session, ") << "not waited for";
+  answerNow();
+  EXPECT_TRUE(isThreadGone());
+  EXPECT_EQ(taken(), "response 1024, end 0, begin 0, close request, ");
+
+  stallAt('c');
+  EXPECT_FALSE(stream()->checkConnection());
+  answerNow();
+  EXPECT_TRUE(isThreadGone());
+
+  stallAt('r');
+  opened = stream();
+  taken();
+  EXPECT_EQ(opened->readByte(), -1);
+  EXPECT_FALSE(opened->isOpen());
+  EXPECT_EQ(opened->size(), 0u);
+  opened.reset();
+  EXPECT_EQ(taken(), "read 1, close session, ");
+  answerNow();
+  EXPECT_TRUE(isThreadGone());
+  EXPECT_EQ(taken(), "close request, ");
+}
+
+TEST_F(StallingServerTest, GivesWhatCameAndGoesOnWhenMoreComes) {
+  setInternetAgent(&watcher_);
+  stallAt('r');
+  net.stallsFrom = 4;
+  net.here = 2;
+  const auto opened = stream();
+  char bytes[16] = {};
+  EXPECT_EQ(opened->read(bytes, 8), 4u) << "in time";
+  EXPECT_TRUE(opened->isOpen());
+  answerNow();
+  EXPECT_EQ(opened->read(bytes + 4, 3), 3u);
+  EXPECT_EQ(opened->readByte(), '7') << "the rest of the first";
+  EXPECT_EQ(opened->read(bytes + 8, 8), 2u);
+  EXPECT_EQ(std::string(bytes, 7), "0123456");
+  EXPECT_EQ(std::string(bytes + 8, 2), "89");
+  EXPECT_TRUE(opened->atEnd());
+}
+
+TEST_F(StallingServerTest, WaitsAreCancelledFromElsewhere) {
+  stallAt('r');
+  auto opened = stream();
+  std::thread one([&] {
+    awaitStall();
+    query<IInternetCancel>(opened.get())->cancel();
+  });
+  EXPECT_EQ(opened->readByte(), -1);
+  one.join();
+  EXPECT_FALSE(opened->isOpen());
+  opened.reset();
+  answerNow();
+  EXPECT_TRUE(isThreadGone());
+
+  stallAt('o');
+  std::thread all([] {
+    awaitStall();
+    cancelInternetWaits();
+  });
+  EXPECT_FALSE(stream()->isOpen());
+  all.join();
+  answerNow();
+  EXPECT_TRUE(isThreadGone());
+
+  stallAt('o');
+  setInternetAgent(&watcher_);
+  EXPECT_FALSE(stream()->isOpen());
+  EXPECT_EQ(watcher_.journal, "start end 7");
+}
+
 TEST_F(InternetInputStreamTest, SupplierTakesWholeHttpResourcesOnly) {
-  const Agent agent;
+  Agent agent;
   setInternetAgent(&agent);
   const auto asked = [&](const wchar_t* location, const wchar_t* relative = nullptr, u32 flags = 0, i32 start = -1,
                          i32 length = -1) {

@@ -1,10 +1,10 @@
-// The internet stream against real servers; tests/web/servers.py starts and stops them around these tests.
+// The internet stream against real servers; web/servers.py starts and stops them around these tests.
 #include "core/baselib/objects/Ref.h"
 #include "core/baselib/streams/InputStream.h"
-#include "core/suppliers/KHTTPSupplier.h"
+#include "core/suppliers/InternetStream.h"
 #include "shell/Locations.h"
 #include "shell/Shell.h"
-#include "tests/core/baselib/streams/StreamTesting.h"
+#include "tests/support/StreamTesting.h"
 
 #include <gtest/gtest.h>
 
@@ -38,7 +38,7 @@ std::string readAll(BInputStream& stream, u32 piece) {
 
 TEST(Web, ReadsWhatServersSend) {
   const Servers servers;
-  const std::string body = stream_testing::pattern(100000);
+  const std::string body = testing_support::pattern(100000);
   const struct {
     const char* why;
     int port;
@@ -52,6 +52,7 @@ TEST(Web, ReadsWhatServersSend) {
       {"empty", servers.nginx, L"/empty.bin", false, 0},
       {"ends early", servers.scripted, L"/short", true, 60000},
       {"reset in the middle", servers.scripted, L"/reset", true, 60000},
+      {"longer than it said", servers.scripted, L"/longer", true, 100000},
       {"stalls for a moment", servers.scripted, L"/stall", true, 100000},
       {"connection refused", servers.nobody, L"/", false, 0},
   };
@@ -69,6 +70,59 @@ TEST(Web, ReadsWhatServersSend) {
   }
 }
 
+// The system's own limits do nothing under Wine.
+TEST(Web, HoldsNobodyForEver) {
+  const Servers servers;
+  setInternetTimeout(4000);
+  for (const auto& [path, comes] : {std::pair(L"/never", 0u), {L"/circle", 0u}, {L"/half", 60000u}}) {
+    const auto before = std::chrono::steady_clock::now();
+    auto stream = openAt(servers.scripted, path);
+    EXPECT_EQ(stream->isOpen(), comes > 0) << path;
+    EXPECT_TRUE(readAll(*stream, 7001) == testing_support::pattern(100000).substr(0, comes)) << path;
+    EXPECT_FALSE(stream->isOpen()) << path;
+    stream.reset();
+    EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::seconds(60)) << path;
+  }
+  setInternetTimeout(kInternetTimeoutMs);
+  EXPECT_TRUE(openAt(servers.nginx, L"/known.bin")->isOpen()) << "and the next one is as ever";
+}
+
+// Who listens to progress may end a wait.
+struct Impatient : IProgressCallback {
+  int onStartProgress(const Progress& progress) override {
+    id = progress.id;
+    return notify::kTaken;
+  }
+  int onChangeProgress(const Progress& progress) override {
+    return progress.id == id && progress.flags & kProgressCanStop ? notify::kStop : notify::kGoOn;
+  }
+  int onUpdateProgress(const Progress&) override { return notify::kGoOn; }
+  int onStopProgress(const Progress&) override {
+    hasStopped = true;
+    return notify::kTaken;
+  }
+  CORVIX_IDENTITY(Impatient, 0x30000011, 2, 3, 4, IProgressCallback)
+
+ public:
+  i32 id = 0;
+  bool hasStopped = false;
+};
+
+TEST(Web, AListenerToProgressEndsTheWait) {
+  const Servers servers;
+  Impatient listener;
+  IShell& shell = *IShell::getInstance();
+  constexpr ShellNotification kAll[] = {ShellNotification::StartProgress, ShellNotification::ChangeProgress,
+                                        ShellNotification::StopProgress};
+  for (const ShellNotification each : kAll) shell.sender(each).addListener(static_cast<IProgressCallback*>(&listener));
+  setInternetTimeout(kInternetForever);
+  EXPECT_FALSE(openAt(servers.scripted, L"/never")->isOpen());
+  EXPECT_TRUE(listener.hasStopped);
+  setInternetTimeout(kInternetTimeoutMs);
+  for (const ShellNotification each : kAll)
+    shell.sender(each).removeListener(static_cast<IProgressCallback*>(&listener));
+}
+
 TEST(Web, AsksAsItShouldAndGivesTheTextOfAnyReply) {
   const Servers servers;
   EXPECT_EQ(readAll(*openAt(servers.scripted, L"/a/../echo?q=1#fragment"), 512),
@@ -83,19 +137,19 @@ TEST(Web, ByteByByteIsTheSame) {
   std::string head;
   for (int i = 0; i < 1000; ++i) head += static_cast<char>(stream->readByte());
   const auto passed = std::chrono::steady_clock::now() - before;
-  EXPECT_TRUE(head == stream_testing::pattern(1000));
+  EXPECT_TRUE(head == testing_support::pattern(1000));
   EXPECT_LT(passed, std::chrono::milliseconds(1200)) << "waited for what came later";
   EXPECT_EQ(stream->unreadByte(), 999u);
   std::string all = head.substr(0, 999);
   for (int byte = stream->readByte(); byte >= 0; byte = stream->readByte()) all += static_cast<char>(byte);
-  EXPECT_TRUE(all == stream_testing::pattern(100000));
+  EXPECT_TRUE(all == testing_support::pattern(100000));
 }
 
 TEST(Web, SeeksWhereTheSystemCan) {
   const auto stream = openAt(Servers().nginx, L"/known.bin");
   const auto random = stream.as<IBRAStream>();
   ASSERT_TRUE(random);
-  const std::string body = stream_testing::pattern(100000);
+  const std::string body = testing_support::pattern(100000);
   const bool couldSeek = random->seek(50000);  // the emulation cannot
   EXPECT_EQ(stream->getPosition(), couldSeek ? 50000u : 0u);
   EXPECT_EQ(stream->skip(10000), 10000u);
@@ -107,7 +161,7 @@ TEST(Web, ManyOneAfterTheOther) {
   for (int i = 0; i < 200; ++i) {
     const auto stream = openAt(servers.nginx, L"/known.bin");
     ASSERT_TRUE(stream && stream->isOpen()) << i;
-    ASSERT_EQ(stream->readByte(), static_cast<u8>(stream_testing::pattern(1)[0]));
+    ASSERT_EQ(stream->readByte(), static_cast<u8>(testing_support::pattern(1)[0]));
   }
 }
 

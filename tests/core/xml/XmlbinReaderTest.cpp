@@ -9,6 +9,7 @@
 
 #include "core/baselib/objects/Ref.h"
 #include "tests/support/HeapBlocks.h"
+#include "tests/support/Soak.h"
 
 namespace corvix {
 namespace {
@@ -167,7 +168,7 @@ TEST(XmlbinReader, DamagedBlocksNeverLeaveTheBlockNorMemoryBehind) {
   const std::string whole = sample().bytes;
   Guarded(whole).read();
   const std::size_t blocks = testing_support::heapBlocksInUse();
-  for (int i = 0; i < 3000; ++i) {
+  for (int i = 0; i < testing_support::soak(3000, 1000000); ++i) {
     std::string damaged = whole;
     for (int changes = 1 + i % 3; changes; --changes) {
       damaged[10 + random() % (damaged.size() - 10)] = static_cast<char>(random() % 4 ? random() % 8 : random());
@@ -191,7 +192,7 @@ TEST(XmlbinReader, AMillionDeepIsReadAndReleased) {
 
 // Names the node that goes, in the order of the going.
 class Mourner : public BSmartObject, public IDestroyListener {
-  CORVIX_IDENTITY(Mourner, 0xD1, 2, 3, 4, BSmartObject, IDestroyListener)
+  CORVIX_IDENTITY(Mourner, 0xA6E4B3C9, 0xA74E2BD1, 0xDC974064, 0x197E6842, BSmartObject, IDestroyListener)
 
  public:
   Mourner() { destroyNotifications().addListener(static_cast<IDestroyListener*>(this)); }

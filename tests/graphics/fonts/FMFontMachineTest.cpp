@@ -1,7 +1,12 @@
-#include "graphics/fonts/FMFontMachine.h"
+#include "graphics/fonts/FMFontMachine_p.h"
+#include "graphics/fonts/FontNames_p.h"
+#include "graphics/fonts/FontSettings_p.h"
+#include "graphics/fonts/FontSource.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cwchar>
 #include <cwctype>
 #include <string>
 
@@ -91,16 +96,155 @@ class Stubborn final : public BSmartObject, public IFMFontCreator {
   std::wstring only_;
 };
 
+class Throwing final : public BSmartObject, public IFMFontCreator {
+  CORVIX_IDENTITY(Throwing, 0xF1, 2, 3, 4, BSmartObject, IFMFontCreator)
+
+ public:
+  IFMFont* createFont(const wchar_t*) override { throw 7; }
+};
+
 TEST(FMFontMachine, AsksLaterCreatorsFirstAndKeepsThem) {
   auto creator = make<Stubborn>(L"Secret");
   {
     FMFontMachine machine;
     machine.addCreator(creator.get());
     machine.addCreator(nullptr);
+    machine.addCreator(make<Throwing>().get());
     EXPECT_EQ(creator->refCount(), 1u);
     EXPECT_FALSE(Ref<IFMFont>::adopt(machine.createFont(L"Secret"))->isSubstitute());
     EXPECT_TRUE(Ref<IFMFont>::adopt(machine.createFont(L"No Such Font At All"))->isSubstitute());
   }
+  EXPECT_EQ(creator->refCount(), 0u);
+}
+
+struct NameRow {
+  const wchar_t* name;
+  const wchar_t* family;
+  i32 weight;
+  bool italic;
+};
+
+TEST(FontNames, AreTakenApart) {
+  const NameRow rows[] = {
+      {L"Helvetica", L"Helvetica", 0, false},
+      {L"Helvetica-Bold", L"Helvetica", 700, false},
+      {L"ABCDEF+Helvetica-BoldOblique", L"Helvetica", 700, true},
+      {L"ABCDE+Helvetica", L"ABCDE+Helvetica", 0, false},  // five letters are no prefix
+      {L"abcdef+Helvetica", L"abcdef+Helvetica", 0, false},
+      {L"Arial,BoldItalic", L"Arial", 700, true},
+      {L"Arial-BoldMT", L"Arial", 700, false},
+      {L"ArialMT", L"Arial", 0, false},
+      {L"TimesNewRomanPS-BoldItalicMT", L"TimesNewRoman", 700, true},
+      {L"TimesNewRomanPSMT", L"TimesNewRoman", 0, false},
+      {L"Times-Roman", L"Times", 0, false},
+      {L"Some-Font", L"Some-Font", 0, false},  // "Font" is no style
+      {L"Some-Font-SemiBold", L"Some-Font", 600, false},
+      {L"-Bold", L"-Bold", 0, false},
+      {L"Gill Sans,", L"Gill Sans,", 0, false},
+      {L"", L"", 0, false},
+      {L"ABCDEF+", L"ABCDEF+", 0, false},  // of nothing
+  };
+  for (const NameRow& row : rows) {
+    const FontName parsed = parseFontName(row.name);
+    EXPECT_EQ(parsed.family, row.family);
+    EXPECT_EQ(parsed.weight, row.weight) << std::string(row.name, row.name + std::wcslen(row.name));
+    EXPECT_EQ(parsed.italic, row.italic) << std::string(row.name, row.name + std::wcslen(row.name));
+  }
+}
+
+TEST(FMFontMachine, KeepsFixedFontsFixed) {
+  for (const wchar_t* name : {L"Courier", L"Courier-BoldOblique", L"ABCDEF+CourierNewPSMT", L"Courier New"}) {
+    FontRequest request;
+    request.family = name;
+    const auto font = Ref<IFMFont>::adopt(FMFontMachine::shared()->createFontFor(request));
+    auto* const source = query<IFMFontSource>(font.get());
+    ASSERT_TRUE(source);
+    EXPECT_TRUE(source->metrics().isFixedPitch);
+    EXPECT_NEAR(source->advance(source->glyphOf('i')), source->advance(source->glyphOf('W')), 1e-6);
+  }
+  FontRequest unknown;
+  unknown.family = L"No Such Font At All";
+  unknown.traits = font_trait::kFixed;
+  const auto font = Ref<IFMFont>::adopt(FMFontMachine::shared()->createFontFor(unknown));
+  EXPECT_TRUE(query<IFMFontSource>(font.get())->metrics().isFixedPitch);
+}
+
+TEST(FMFontMachine, StretchesToTheWidthsThatWereAskedFor) {
+  const u16 widths[] = {1000, 250, 0};
+  FontRequest request;
+  request.family = L"Helvetica-Narrow-Nobody-Has";
+  request.widths = widths;
+  request.firstCode = 'A';
+  request.widthCount = 3;
+  const auto advanceOf = [&](FontKind kind, u32 character) {
+    request.kind = kind;
+    const auto font = Ref<IFMFont>::adopt(FMFontMachine::shared()->createFontFor(request));
+    auto* const source = query<IFMFontSource>(font.get());
+    return source->advance(source->glyphOf(character));
+  };
+  EXPECT_EQ(advanceOf(FontKind::Type1, 'A'), 1.0);
+  EXPECT_EQ(advanceOf(FontKind::Type1, 'B'), 0.25);
+  EXPECT_EQ(advanceOf(FontKind::Type1, 'C'), advanceOf(FontKind::TrueType, 'C'));  // 0: not known
+  EXPECT_NE(advanceOf(FontKind::TrueType, 'A'), 1.0);  // not of a kind that the user's setting lists
+}
+
+TEST(FontKinds, AreReadFromTheSetting) {
+  const auto bit = [](FontKind kind) { return 1u << static_cast<u32>(kind); };
+  EXPECT_EQ(readFontKinds(L"Type1"), bit(FontKind::Type1));
+  EXPECT_EQ(readFontKinds(L"truetype|TYPE1; cid"),
+            bit(FontKind::Type1) | bit(FontKind::TrueType) | bit(FontKind::Type0));
+  EXPECT_EQ(readFontKinds(L"All"), 0x1Fu);
+  EXPECT_EQ(readFontKinds(L"Type"), 0u);
+  EXPECT_EQ(readFontKinds(L""), 0u);
+}
+
+struct Counter final : IGlyphSink {
+  void moveTo(Point p) override { see(p); }
+  void lineTo(Point p) override { see(p); }
+  void curveTo(Point a, Point b, Point p) override {
+    see(a);
+    see(b);
+    see(p);
+  }
+  void see(Point p) {
+    ++points;
+    highest = std::min(highest, p.y);
+  }
+  int points = 0;
+  double highest = 0;
+};
+
+TEST(FMFontMachine, DrawsABoxForWhatNoFontHas) {
+  for (const u32 character : {0xE123u, 0x10FFFDu}) {
+    const auto font = Ref<IFMFont>::adopt(FMFontMachine::shared()->fontWithGlyph(character, nullptr));
+    auto* const source = query<IFMFontSource>(font.get());
+    ASSERT_TRUE(source);
+    const u32 glyph = source->glyphOf(character);
+    EXPECT_NE(glyph, 0u);
+    EXPECT_GT(source->advance(glyph), 0.3);
+    Counter counter;
+    EXPECT_TRUE(source->outline(glyph, counter));
+    EXPECT_GT(counter.points, 40);
+    EXPECT_LT(counter.highest, -0.5);
+    GlyphCoverage coverage;
+    EXPECT_TRUE(source->coverage(glyph, 24, 65, coverage));
+    EXPECT_GT(coverage.width, 8);
+    EXPECT_FALSE(source->coverage(glyph, 24, 66, coverage));
+    EXPECT_FALSE(source->coverage(glyph, 0, 65, coverage));
+    EXPECT_FALSE(source->coverage(glyph, 1e9, 65, coverage));
+  }
+}
+
+TEST(FMFontMachine, GivesUpTheCreatorThatWasAddedLast) {
+  auto creator = make<Stubborn>(L"Secret");
+  FMFontMachine machine;
+  machine.addCreator(creator.get());
+  machine.addCreator(creator.get());
+  EXPECT_TRUE(machine.removeCreator(creator.get()));
+  EXPECT_FALSE(Ref<IFMFont>::adopt(machine.createFont(L"Secret"))->isSubstitute());
+  EXPECT_TRUE(machine.removeCreator(creator.get()));
+  EXPECT_TRUE(Ref<IFMFont>::adopt(machine.createFont(L"Secret"))->isSubstitute());
+  EXPECT_FALSE(machine.removeCreator(creator.get()));
   EXPECT_EQ(creator->refCount(), 0u);
 }
 

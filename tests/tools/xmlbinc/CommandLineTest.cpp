@@ -7,6 +7,8 @@
 #include <gtest/gtest.h>
 #include <iterator>
 #include <random>
+#include <regex>
+#include <set>
 #include <sstream>
 
 namespace corvix::xmlbinc {
@@ -15,6 +17,7 @@ namespace {
 namespace fs = std::filesystem;
 
 const std::string kGood = "<CorvixRC Version='1.00'><Plugin GUID='1,2,3,4' Manufacturer='M'/></CorvixRC>";
+const std::string kSet = "<CorvixRC Version='1.00'><Plugin Manufacturer='N' SdkBits='32' GUID='1,2,3,4'/></CorvixRC>";
 const std::string kDoubtful = "<CorvixRC Version='1.00'/>";
 const std::string kWrong = "<CorvixRC>\n<Plugin></CorvixRC>";
 
@@ -65,6 +68,7 @@ TEST_F(CommandLine, LeavesAnOutputOnlyForGoodInput) {
     std::string output, error;
   };
   const std::string block = compiled(kGood);
+  const std::string resource = resourceFor("m.dll", kGood);
   const std::string unregistered = "IN:1:1: warning: CorvixRC without Plugin: nothing will be registered\n";
   const std::string counted = unregistered + "IN: warnings count as errors: 1\n";
   const std::string noBlock = "IN: byte 0: no block: it does not begin with \"xmlbin\"\n";
@@ -79,6 +83,9 @@ TEST_F(CommandLine, LeavesAnOutputOnlyForGoodInput) {
       {"wrong", kWrong, "", "none", kBadInput, "none", unclosed},
       {"wrong, after it was right", kWrong, "", block, kBadInput, "none", unclosed},
       {"wrong, where something else is", kWrong, "", "a letter", kBadInput, "a letter", unclosed},
+      {"makes a resource file", kGood, "--resource-for m.dll", "old", kDone, resource, ""},
+      {"sets attributes", kGood, "--set Manufacturer=N --set SdkBits=32", "none", kDone, compiled(kSet), ""},
+      {"wrong, after a resource file", kWrong, "--resource-for m.dll", resource, kBadInput, "none", unclosed},
       {"decompiles", block + "rest", "-d", "none", kDone, decompiled(block), rest},
       {"decompiles no block", kGood, "-d", "kept", kBadInput, "kept", noBlock}};
   for (const Row& row : rows) {
@@ -116,6 +123,21 @@ TEST_F(CommandLine, ReadsAndWritesStandardStreams) {
   EXPECT_TRUE(err_.starts_with("<standard input>:2:9: ")) << err_;
 }
 
+TEST_F(CommandLine, NewIdentifiersAreFreshInBothSpellings) {
+  std::set<std::string> seen;
+  const std::regex form(
+      "In plugin.xml:  GUID=\"((?:0x[0-9A-F]{8}(?:, )?){4})\"\n"
+      "In the class:   CORVIX_IDENTITY\\(MyClass, (.*), corvix::IBTransportable\\)\n");
+  for (int time = 0; time < 20; ++time) {
+    ASSERT_EQ(call({"--new-identifier"}), kDone);
+    std::smatch found;
+    ASSERT_TRUE(std::regex_match(out_, found, form)) << out_;
+    EXPECT_EQ(found[1], found[2]);
+    for (int word = 0; word < 4; ++word)
+      EXPECT_TRUE(seen.insert(found[1].str().substr(static_cast<std::size_t>(12 * word), 10)).second);
+  }
+}
+
 TEST_F(CommandLine, ExplainsWrongUse) {
   write("in", kGood);
   struct Row {
@@ -129,6 +151,7 @@ TEST_F(CommandLine, ExplainsWrongUse) {
       {{path("in"), "-o", path("in")}, kBadUsage, "the output would overwrite the input"},
       {{"-d", "--check", path("in"), "-o", "x"}, kBadUsage, "--check"},
       {{"--warnings-as-errors", path("in"), "-o", "x"}, kBadUsage, "--check"},
+      {{path("in"), "-o", "x", "--set", "1=2"}, kBadUsage, "is not NAME=VALUE: 1=2"},
       {{"--nonsense", path("in")}, kBadUsage, "--nonsense"},
       {{path("missing"), "-o", path("out")}, kBadInput, "missing: cannot be opened"},
       {{path(""), "-o", path("out")}, kBadInput, "is a directory"},

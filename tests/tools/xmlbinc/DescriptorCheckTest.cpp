@@ -36,7 +36,10 @@ TEST(DescriptorCheck, HasNothingAgainstARightDescriptor) {
     <Setting Group="G" Item="4" Type="integer" Data="-2147483648" Visible="check"/>
     <Setting Group="G" Item="5" Type="integer" Data="0x7fffFFFF"/>
     <Setting Group="G" Item="6" Type="float" Data="-.5e+3"/>
-    <Setting Group="H" Item="6" Type="bool" Data="true"/>)");
+    <Setting Group="H" Item="6" Type="bool" Data="true"/>
+    <Requires Interface="Supplier.ftp" MinVersion="1.02.10"/>
+    <Interface Name="Actions.X" GUID="1,2,3,4" Icon="x.png" Data="x" MenuText="Do &amp;it"/>
+    <Menu Name="M"><Item Action="Actions.X"/>text<Setting/></Menu>)");
   EXPECT_EQ(warnings(right), Lines());
 }
 
@@ -86,7 +89,18 @@ TEST(DescriptorCheck, WarnsOfWhatAPluginHolds) {
         "2:49: unknown attribute \"sHumanname\" of Interface; did you mean \"sHumanName\"?"}},
       {"<Interface Name='N' GUID='1,2,3,4'>\n<Setting/></Interface>",
        {"3:1: \"Setting\" does not belong in \"Interface\" and is ignored there"}},
-      {"<Whatever/>", {"2:1: unknown element \"Whatever\" in \"Plugin\""}},
+      {"<Settings/>", {"2:1: unknown element \"Settings\" in \"Plugin\"; did you mean \"Setting\"?"}},
+      {"<Interface Name='N' GUID='1,2,3,4' name='a' Odrer='b' sHumanNam='c' Nam='d' GIUD='e' Ordner='f'/>",
+       {"2:36: unknown attribute \"name\" of Interface; did you mean \"Name\"?",
+        "2:45: unknown attribute \"Odrer\" of Interface",
+        "2:55: unknown attribute \"sHumanNam\" of Interface; did you mean \"sHumanName\"?",
+        "2:69: unknown attribute \"Nam\" of Interface; did you mean \"Name\"?",
+        "2:77: unknown attribute \"GIUD\" of Interface",
+        "2:86: unknown attribute \"Ordner\" of Interface; did you mean \"Order\"?"}},
+      {"<Requires Interfase='N' MinVersion='1.'/>",
+       {"2:1: Requires without Interface: nothing will be required",
+        "2:11: unknown attribute \"Interfase\" of Requires; did you mean \"Interface\"?",
+        "2:25: MinVersion \"1.\" is not numbers with dots between, such as \"1.2\""}},
       {"<Setting Item='' Type='string'/>", {"2:1: Setting without Group: it counts as empty", "2:10: Item is empty"}},
       {"<Setting Group='G' Item='I'/>", {"2:1: Setting without Type: the value will be kept as text"}},
       {type + "'boolean'/>",

@@ -4,6 +4,7 @@
 #include "tools/xmlbinc/BlockReader.h"
 #include "tools/xmlbinc/BlockWriter.h"
 #include "tools/xmlbinc/InputError.h"
+#include "tools/xmlbinc/ResourceFile.h"
 #include "tools/xmlbinc/SourceText.h"
 #include "tools/xmlbinc/XmlReader.h"
 #include "tools/xmlbinc/XmlWriter.h"
@@ -18,6 +19,12 @@ inline std::string compiled(std::string_view xml) {
   SourceText source;
   source.load(xml);
   return writeBlock(readXml(source));
+}
+
+inline std::string resourceFor(std::string_view module, std::string_view xml) {
+  SourceText source;
+  source.load(xml);
+  return writeResourceFile(readXml(source), module);
 }
 
 inline std::string decompiled(std::string_view block) { return writeXml(readBlock(block).tree); }

@@ -33,6 +33,33 @@ class Trace final : public QueryVisitor {
   std::string text;
 };
 
+// Inside a class with an identity its own operation has the name of the function.
+class Asker : public Both {
+  CORVIX_IDENTITY(Asker, 0xA4, 2, 3, 4, Both)
+
+ public:
+  template <class Interface, class Object>
+  static Interface* ask(Object* object) {
+    return query<Interface>(object);
+  }
+  ILeft* left() { return query<ILeft>(this); }
+  const IRight* right() const { return query<IRight>(this); }
+};
+
+TEST(IdentityWalk, TheFunctionHasOneSpellingEverywhere) {
+  Asker object;
+  const Asker& constant = object;
+  IRight* const right = &object;
+  EXPECT_EQ(object.left(), &object);
+  EXPECT_EQ(constant.right(), right);
+  EXPECT_EQ(Asker::ask<ILeft>(right), &object);
+  EXPECT_EQ(Asker::ask<INearly>(right), nullptr);
+  EXPECT_EQ(Asker::ask<ILeft>(static_cast<IRight*>(nullptr)), nullptr);
+  EXPECT_EQ(query<ILeft>(&constant), &object);
+  EXPECT_EQ(query<const ILeft>(&object), &object);
+  static_assert(std::is_same_v<decltype(query<ILeft>(&constant)), const ILeft*>);
+}
+
 TEST(IdentityWalk, MissEntersAndLeavesEveryClass) {
   BSmartObject object;
   Trace trace;

@@ -1,8 +1,8 @@
 #include "core/baselib/memory/AutoRealizePool.h"
 
-#include "core/baselib/memory/MemoryShell.h"
+#include "core/baselib/memory/MemoryShell_p.h"
 #include "core/baselib/objects/Ref.h"
-#include "tests/core/baselib/system/MessageLoop.h"
+#include "tests/support/MessageLoop.h"
 
 #include <gtest/gtest.h>
 
@@ -69,7 +69,7 @@ TEST(AutoRealizePool, ReleasesOnTheTickAfterTheCount) {
   std::thread([&] { BAutoRealizePool::add(make<Guest>(&gone[3]).detach(), 0); }).join();
   const u32 ticks[] = {0, 2, 1000};
   for (int i = 0; i < 3; ++i) BAutoRealizePool::add(make<Guest>(&gone[i]).detach(), ticks[i]);
-  testing::runMessageLoop(3600, [&shell] {
+  testing_support::runMessageLoop(3600, [&shell] {
     shell.runTasks();
     return alive == 1;
   });
@@ -83,6 +83,31 @@ TEST(AutoRealizePool, ReleasesOnTheTickAfterTheCount) {
   std::thread([] { BAutoRealizePool::Clear(); }).join();  // not the thread of the timer
   EXPECT_EQ(alive, 0);
   shell.runTasks();
+}
+
+class Thrower : public BSmartObject {
+  CORVIX_IDENTITY(Thrower, 0x7A3DC15E, 0x4B90E862, 0x95F724D0, 0x1C6E8AB3, BSmartObject)
+
+ public:
+  bool release() override { throw 1; }
+};
+
+TEST(AutoRealizePool, OneThatThrowsKeepsNobody) {
+  Shell shell;
+  Thrower thrower;
+  for (u32 ticks : {0u, 1u}) {
+    BAutoRealizePool::add(&thrower, ticks);
+    BAutoRealizePool::add(make<Guest>().detach(), ticks);
+  }
+  testing_support::runMessageLoop(4000, [&shell] {
+    shell.runTasks();
+    return alive == 0;
+  });
+  EXPECT_EQ(alive, 0);
+  BAutoRealizePool::add(&thrower, 9);
+  BAutoRealizePool::add(make<Guest>().detach(), 9);
+  BAutoRealizePool::Clear();
+  EXPECT_EQ(alive, 0);
 }
 
 TEST(AutoRealizePool, ClearReleasesWhatRemovalsAdd) {

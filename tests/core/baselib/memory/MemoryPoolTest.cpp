@@ -3,7 +3,7 @@
 #include "core/baselib/memory/SystemMemoryPool.h"
 #include "core/baselib/objects/Ref.h"
 #include "core/baselib/system/CriticalSection.h"
-#include "tests/core/baselib/memory/HeapFaults.h"
+#include "tests/support/HeapFaults.h"
 
 #include <gtest/gtest.h>
 
@@ -196,7 +196,7 @@ TEST(FixedPoolDeathTest, DebugBuildsRefuseMoreThanABlock) {
 TEST(ReserveHibernateBuffer, EqualCapacityGrowsAgain) {
   const u32 much = 1u << 20;
   ASSERT_TRUE(BMemoryManager::reserveHibernateBuffer(much));
-  const testing::HeapFaults heap;
+  const testing_support::HeapFaults heap;
   EXPECT_TRUE(BMemoryManager::reserveHibernateBuffer(much - 1));
   EXPECT_EQ(heap.requests(), 0);
   EXPECT_TRUE(BMemoryManager::reserveHibernateBuffer(much));  // deliberate
@@ -209,7 +209,7 @@ TEST(RegisterPool, UnknownIsRefusedAndTheStaticNodeServesOnce) {
   BMemoryPool* const system = BMemoryManager::getSystemPool();
   EXPECT_TRUE(BMemoryManager::unregisterPool(registered.get()));
   EXPECT_FALSE(BMemoryManager::unregisterPool(registered.get()));
-  const testing::HeapFaults heap;
+  const testing_support::HeapFaults heap;
   EXPECT_TRUE(BMemoryManager::unregisterPool(system));
   EXPECT_EQ(heap.liveBlocks(), 0);
   EXPECT_TRUE(BMemoryManager::registerPool(system));  // deliberate: not by the node that it had
@@ -239,7 +239,7 @@ TEST(SystemPool, OnlyTheNullOfAllocLeavesTheLockHeld) {
 
   void* const block = system.alloc(10);
   EXPECT_EQ(system.realloc(block, 0xF0000000), nullptr);
-  const testing::HeapFaults heap;
+  const testing_support::HeapFaults heap;
   EXPECT_EQ(system.realloc(block, 0), nullptr);  // freed, no failure
   EXPECT_EQ(heap.liveBlocks(), -1);
   void* const small = classes->alloc(10);

@@ -1,7 +1,7 @@
 // Memory that really runs out: each scenario fills the address space of a process of its own.
 #include "core/baselib/memory/Hibernatable.h"
 #include "core/baselib/memory/ManagerState_p.h"
-#include "core/baselib/memory/MemoryShell.h"
+#include "core/baselib/memory/MemoryShell_p.h"
 #include "core/baselib/memory/SizeClassMemoryPool.h"
 #include "core/baselib/objects/Ref.h"
 

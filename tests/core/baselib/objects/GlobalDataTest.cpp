@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -91,6 +92,63 @@ TEST_F(GlobalDataTest, DestroyAllForgetsEverythingAndDestructorsMayCallBack) {
   BGlobalData::setItem(kOwner, "a", &one, destroyAgain);
   BGlobalData::setItem(kOwner, "a", &two, nullptr);  // the replaced value's destructor empties the registry
   EXPECT_EQ(BGlobalData::getItem(kOwner, "a"), &two);
+}
+
+void noteAndThrow(void* value) {
+  note(value);
+  if (value == &one) throw std::runtime_error("goes no further");
+  throw value;
+}
+
+TEST_F(GlobalDataTest, WhatADestructorThrowsKeepsNothingFromBeingDestroyed) {
+  BGlobalData::setItem(kOwner, "a", &one, noteAndThrow);
+  BGlobalData::setItem(kOwner, "a", &two, noteAndThrow);
+  EXPECT_EQ(BGlobalData::getItem(kOwner, "a"), &two);
+  for (int time = 1; time <= 2; ++time) {
+    destroyed.clear();
+    for (const char* name : {"a", "b", "c", "d"}) BGlobalData::setItem(kOwner, name, &one, noteAndThrow);
+    destroyed.clear();
+    BGlobalData::destroyAll();
+    EXPECT_EQ(destroyed.size(), 4u) << "call " << time;
+    EXPECT_EQ(BGlobalData::getItem(kOwner, "b"), nullptr);
+  }
+}
+
+// An identifier whose object is made anew keeps its first text.
+TEST_F(GlobalDataTest, AClassCountsByItsWordsWhateverItsText) {
+  class Remade final : public stype_info {
+   public:
+    using stype_info::stype_info;
+  };
+  alignas(Remade) static unsigned char storage[sizeof(Remade)];
+  unsigned char* volatile where = storage;
+  new (where) Remade(1, 2, 3, 4);
+  const auto* const remade = new (where) Remade(5, 6, 7, 8);
+  BGlobalData::setItem(*remade, "a", &one, nullptr);
+  BGlobalData::getItem(PlainIdentifier({5 + 64, 0, 0, 0}), "a");  // takes the place of what is remembered of the other
+  EXPECT_EQ(BGlobalData::getItem(PlainIdentifier({5, 6, 7, 8}), "a"), &one);
+}
+
+class INoted : public IBTransportable {
+  CORVIX_IDENTITY(INoted, 0xD1, 2, 3, 4, IBTransportable)
+};
+class Noted final : public BSmartObject, public INoted {
+  CORVIX_IDENTITY(Noted, 0xD2, 2, 3, 4, BSmartObject, INoted)
+};
+
+TEST_F(GlobalDataTest, AnObjectIsFoundByWhoKnowsOneOfItsInterfaces) {
+  Noted noted;
+  INoted* const seen = &noted;
+  setGlobalObject(kOwner, "by interface", seen);
+  setGlobalObject(kOwner, "by class", &noted);
+  for (const char* name : {"by interface", "by class"}) {
+    EXPECT_EQ(globalObject<INoted>(kOwner, name), seen) << name;
+    EXPECT_EQ(globalObject<IBSmartObject>(kOwner, name), &noted) << name;
+  }
+  EXPECT_EQ(globalObject<INoted>(kOwner, "none"), nullptr);
+  EXPECT_EQ(identityOf(seen), static_cast<IBRTTISupport*>(&noted));
+  EXPECT_EQ(kOwner.query(seen, BSmartObject::classInfo()), static_cast<BSmartObject*>(&noted));
+  EXPECT_EQ(kOwner.query(static_cast<INoted*>(nullptr), BSmartObject::classInfo()), nullptr);
 }
 
 // In a process of its own: the bucket count never shrinks.

@@ -2,13 +2,13 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/core/baselib/streams/StreamTesting.h"
+#include "tests/support/StreamTesting.h"
 
 namespace corvix {
 namespace {
 
-using stream_testing::pattern;
-using stream_testing::Scripted;
+using testing_support::pattern;
+using testing_support::Scripted;
 
 struct LoadRow {
   u32 position;
@@ -49,6 +49,21 @@ TEST(BChunkInputStream, MovingLoadsNothing) {
   EXPECT_EQ(stream.unreadByte(), 49999u);
   EXPECT_TRUE(source->readPositions.empty());
   EXPECT_EQ(stream.readByte(), static_cast<u8>(source->bytes[49999]));
+}
+
+TEST(BChunkInputStream, AByteReadAtAPagesEndLoadsTheNextPage) {
+  for (const bool byteByByte : {true, false}) {
+    const auto source = make<Scripted>(pattern(10000));
+    BChunkInputStream stream(source);
+    if (byteByByte) {
+      for (int i = 0; i < 4095; ++i) stream.readByte();
+    } else {
+      stream.skip(4095);
+    }
+    EXPECT_FALSE(stream.isPageLoaded(1));
+    EXPECT_EQ(stream.readByte(), static_cast<u8>(source->bytes[4095]));
+    EXPECT_TRUE(stream.isPageLoaded(1));
+  }
 }
 
 constexpr u32 kSize = 20000;

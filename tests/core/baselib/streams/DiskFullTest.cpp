@@ -5,15 +5,15 @@
 #include "core/baselib/streams/MemoryInputStream.h"
 #include "core/baselib/system/Log.h"
 #include "core/baselib/system/Log_p.h"
-#include "tests/RegistryTesting.h"
-#include "tests/core/baselib/streams/StreamTesting.h"
 #include "tests/support/OwnFolder.h"
+#include "tests/support/OwnRegistry.h"
+#include "tests/support/StreamTesting.h"
 
 namespace corvix {
 namespace {
 
-using stream_testing::Forward;
-using stream_testing::pattern;
+using testing_support::Forward;
+using testing_support::pattern;
 
 constexpr u32 kRoom = 64 * 1024;
 constexpr u32 kSize = 100000;
@@ -54,8 +54,8 @@ TEST(DiskFull, DISABLED_PagesThatWereKeptCanBeReadAndNoOthers) {
 }
 
 TEST(DiskFull, DISABLED_LogGoesOnWithoutItsEntries) {
-  const testing_world::OwnRegistry registry;
-  const testing_world::OwnFolder folder;
+  const testing_support::OwnRegistry registry;
+  const testing_support::OwnFolder folder;
   const std::wstring executable = folder.file(L"app.exe");
   RegistryKey::create(HKEY_CURRENT_USER, registryPathOf(executable), KEY_ALL_ACCESS).setNumber(L"WriteLog", 1);
   openLog(executable);

@@ -4,29 +4,33 @@
 #include <functional>
 #include <random>
 
+#include "core/baselib/streams/BufferedOutputStream.h"
 #include "core/baselib/streams/ChunkInputStream.h"
 #include "core/baselib/streams/FileInputStream.h"
 #include "core/baselib/streams/FileOutputStream.h"
 #include "core/baselib/streams/MemoryInputStream.h"
 #include "core/baselib/streams/MemoryOutputStream.h"
-#include "tests/core/baselib/streams/StreamTesting.h"
+#include "core/baselib/streams/WindowInputStream.h"
 #include "tests/support/OwnFolder.h"
+#include "tests/support/StreamTesting.h"
 
 namespace corvix {
 namespace {
 
-using stream_testing::Forward;
-using stream_testing::pattern;
+using testing_support::Forward;
+using testing_support::pattern;
 
 constexpr u32 kStart = 1234;  // of the range in its file
 constexpr u32 kSize = 20001;
+constexpr u32 kAll = BStream::kUnknownSize;
 
 class StreamContract : public testing::Test {
  protected:
   std::filesystem::path file() const { return folder_.file(L"bytes"); }
 
   Ref<BInputStream> openFile(u32 start, u32 length) {
-    std::ofstream(file(), std::ios::binary) << pattern(kStart) << bytes_ << pattern(length == kSize ? kStart : 0);
+    std::ofstream(file(), std::ios::binary)
+        << pattern(kStart) << bytes_ << pattern(start == 0 || length == kSize ? kStart : 0);
     auto stream = make<BFileInputStream>();
     EXPECT_TRUE(stream->open(file().c_str(), start, length));
     return stream;
@@ -39,7 +43,7 @@ class StreamContract : public testing::Test {
     return storage;
   }
 
-  testing_world::OwnFolder folder_;
+  testing_support::OwnFolder folder_;
   std::string bytes_ = pattern(kSize);
 };
 
@@ -129,6 +133,9 @@ TEST_F(StreamContract, EveryReaderDoesAsTheModel) {
     return copy;
   };
   const auto forward = [&](u32 piece) { return make<Forward>(bytes_, piece); };
+  const auto windowOn = [](Ref<BInputStream> source, u32 offset, u32 length = BStream::kUnknownSize) {
+    return make<BWindowInputStream>(std::move(source), offset, length);
+  };
   const ReaderRow rows[] = {
       {"memory", [&] { return memory(BMemoryInputStream::Bytes::Borrow); }, true, false},
       {"copied memory", [&] { return memory(BMemoryInputStream::Bytes::Copy); }, true, false},
@@ -143,6 +150,12 @@ TEST_F(StreamContract, EveryReaderDoesAsTheModel) {
       {"forward in odd pieces", [&] { return forward(777); }, false, false},
       {"pages of memory", [&] { return chunked(memory(BMemoryInputStream::Bytes::Borrow)); }, true, true},
       {"pages of a forward stream", [&] { return chunked(forward(777)); }, true, true},
+      {"a window", [&] { return windowOn(memory(BMemoryInputStream::Bytes::Borrow), 0); }, true, false},
+      {"a window on the middle", [&] { return windowOn(openFile(0, kAll), kStart, kSize); }, true, true},
+      {"a window in a window", [&] { return windowOn(windowOn(openFile(0, kAll), 1000, kSize + 500), 234, kSize); },
+       true, true},
+      {"a window on pages", [&] { return windowOn(chunked(forward(777)), 0, kSize); }, true, true},
+      {"a copy of a window", [&] { return copyOf(windowOn(openFile(0, kAll), kStart, kSize)); }, true, true},
   };
   for (const ReaderRow& row : rows) {
     SCOPED_TRACE(row.name);
@@ -162,6 +175,92 @@ TEST_F(StreamContract, EveryReaderDoesAsTheModel) {
   }
 }
 
+// As a program writes them: three operations, and nothing known of the end.
+class Endless : public BInputStream {
+  CORVIX_IDENTITY(Endless, 0x30000003, 2, 3, 4, BInputStream)
+ public:
+  explicit Endless(std::string bytes) : bytes_(std::move(bytes)) {}
+  u32 getPosition() const noexcept override { return next_; }
+  u32 unreadByte() override { return next_ > 0 ? --next_ : 0; }
+  u32 read(void* buffer, u32 count) override {
+    const u32 got = static_cast<u32>(bytes_.copy(static_cast<char*>(buffer), count, next_));
+    next_ += got;
+    return got;
+  }
+
+ private:
+  std::string bytes_;
+  u32 next_ = 0;
+};
+
+TEST(BInputStream, TellsTheEndThatNobodyKnows) {
+  for (const u32 size : {0u, 1u, 4096u, 5000u}) {
+    const auto own = make<Endless>(pattern(size));
+    const auto below = make<Endless>(pattern(size));
+    for (const Ref<BInputStream>& stream :
+         {Ref<BInputStream>(own), Ref<BInputStream>(make<BChunkInputStream>(below))}) {
+      std::string read;
+      while (!stream->atEnd() && read.size() <= size) read += static_cast<char>(stream->readByte());
+      EXPECT_TRUE(read == pattern(size)) << size;
+      EXPECT_EQ(stream->getPosition(), size);
+    }
+  }
+}
+
+TEST(BTempStorage, GoesNowhereWithALimitBehindIt) {
+  BTempStorage storage;
+  ASSERT_TRUE(storage.open());
+  storage.write("0123456789", 10);
+  storage.setLimit(4);
+  EXPECT_EQ(storage.skip(3), 0u);
+  EXPECT_EQ(storage.getPosition(), 10u) << "not back";
+  EXPECT_EQ(storage.read(nullptr, 1), 0u);
+  EXPECT_EQ(storage.write("x", 1), 0u);
+  EXPECT_TRUE(storage.atEnd());
+  EXPECT_EQ(storage.unreadByte(), 9u);
+  EXPECT_EQ(storage.getPosition(), 9u) << "as it was told";
+  EXPECT_FALSE(storage.setSize(5));
+  storage.setLimit(BTempStorage::kNoLimit);
+  EXPECT_EQ(storage.readByte(), '9');
+}
+
+TEST_F(StreamContract, FilesThatAreOpenForDeletionCanBeRead) {
+  BTempStorage storage;
+  ASSERT_TRUE(storage.open());
+  storage.write("still here", 10);
+  BFileInputStream reader;
+  ASSERT_TRUE(reader.open(storage.fileName().c_str()));
+  EXPECT_EQ(reader.size(), 10u);
+  const Ref<BInputStream> other = openFile(0, kAll);
+  EXPECT_TRUE(MoveFileW(file().c_str(), folder_.file(L"renamed").c_str()));
+  EXPECT_TRUE(DeleteFileW(folder_.file(L"renamed").c_str()));
+  EXPECT_EQ(other->readByte(), static_cast<u8>(pattern(1)[0]));
+}
+
+TEST(BWindowInputStream, TakesWhatThereIs) {
+  const std::string bytes = pattern(100);
+  const auto memory = make<BMemoryInputStream>(bytes.data(), 100u, BMemoryInputStream::Bytes::Borrow);
+  const struct {
+    u32 offset, length, size;
+  } rows[] = {{0, 100, 100}, {90, 20, 10}, {100, 5, 0}, {200, 5, 0}, {0xFFFFFFFF, kAll, 0}, {40, kAll, 60}, {40, 0, 0}};
+  for (const auto& row : rows) {
+    BWindowInputStream window(memory, row.offset, row.length);
+    EXPECT_EQ(window.size(), row.size) << row.offset;
+    std::string read(200, 0);
+    EXPECT_EQ(window.read(read.data(), 200), row.size) << row.offset;
+    EXPECT_TRUE(read.compare(0, row.size, bytes, std::min(row.offset, 100u), row.size) == 0) << row.offset;
+    EXPECT_EQ(window.readByte(), -1);
+    EXPECT_TRUE(window.atEnd());
+  }
+  BWindowInputStream first(memory, 10, 5), second(memory, 50, 5);
+  for (u32 i = 0; i < 5; ++i) {
+    EXPECT_EQ(first.readByte(), static_cast<u8>(bytes[10 + i])) << "one source, two windows";
+    EXPECT_EQ(second.readByte(), static_cast<u8>(bytes[50 + i]));
+  }
+  EXPECT_FALSE(BWindowInputStream(make<Forward>(bytes, 7u), 0).isOpen()) << "cannot be sought";
+  EXPECT_FALSE(BWindowInputStream(nullptr, 0).isOpen());
+}
+
 // Writes forward, over what stands, and behind a gap.
 void writeAll(BOutputStream& stream) {
   IBRAStream& random = *query<IBRAStream>(&stream);
@@ -175,6 +274,13 @@ void writeAll(BOutputStream& stream) {
   EXPECT_EQ(stream.write(pattern(2000).data(), 2000), 2000u);
   EXPECT_EQ(stream.getPosition(), 5000u);
   EXPECT_EQ(stream.size(), 5000u);
+  IBResizableStream& resizable = *query<IBResizableStream>(&stream);
+  EXPECT_TRUE(resizable.setSize(10));
+  EXPECT_EQ(stream.size(), 10u);
+  EXPECT_TRUE(resizable.setSize(3000)) << "longer again, by zeros";
+  EXPECT_EQ(stream.getPosition(), 5000u) << "stays";
+  EXPECT_TRUE(random.seek(3000));
+  EXPECT_EQ(stream.write(pattern(2000).data(), 2000), 2000u);
 }
 
 TEST_F(StreamContract, EveryWriterWritesTheSame) {
@@ -183,8 +289,18 @@ TEST_F(StreamContract, EveryWriterWritesTheSame) {
   writeAll(memory);
   EXPECT_TRUE(std::string(reinterpret_cast<const char*>(memory.data()), memory.size()) == expected);
 
+  for (const u32 buffer : {1u, 7u, 100000u}) {
+    const auto receiver = make<BMemoryOutputStream>();
+    BBufferedOutputStream buffered(receiver, buffer);
+    writeAll(buffered);
+    buffered.close();
+    EXPECT_EQ(buffered.writeByte('a') + buffered.write("a", 1), 0u) << "closed";
+    EXPECT_TRUE(std::string(reinterpret_cast<const char*>(receiver->data()), receiver->size()) == expected) << buffer;
+  }
+
   BTempStorage storage;
   EXPECT_EQ(storage.write("a", 1), 0u) << "closed";
+  EXPECT_FALSE(storage.setSize(1)) << "closed";
   ASSERT_TRUE(storage.open());
   writeAll(storage);
   std::string read(5000, 0);
@@ -203,7 +319,8 @@ TEST_F(StreamContract, EveryWriterWritesTheSame) {
   EXPECT_EQ(output.write("-", 1), 1u);
   output.close();
   EXPECT_EQ(output.write("a", 1), 0u) << "closed";
-  EXPECT_TRUE(testing_world::bytesOf(file()) == "-" + expected.substr(1) + "+");
+  EXPECT_TRUE(testing_support::bytesOf(file()) == "-" + expected.substr(1) + "+");
+  EXPECT_FALSE(output.open(file().c_str(), BFileOutputStream::Existing::Refuse)) << "there is one";
   ASSERT_TRUE(output.open(file().c_str()));
   EXPECT_EQ(output.size(), 0u) << "replaced";
   EXPECT_FALSE(output.open(folder_.file(L"absent\\file").c_str()));

@@ -6,10 +6,13 @@
 #include "core/baselib/streams/FileInputStream.h"
 #include "core/baselib/streams/FileOutputStream.h"
 #include "core/baselib/system/Exception.h"
-#include "core/baselib/system/KernelFile.h"
-#include "tests/core/baselib/streams/StreamTesting.h"
+#include "core/baselib/system/KernelFile_p.h"
 #include "tests/support/CloseBehind.h"
+#include "tests/support/ImportSlot.h"
 #include "tests/support/OwnFolder.h"
+#include "tests/support/StreamTesting.h"
+
+extern "C" decltype(&CreateFileW) createFileSlot __asm__("__imp__CreateFileW@28");
 
 namespace corvix {
 namespace {
@@ -31,7 +34,7 @@ class TempStorageTest : public testing::Test {
   }
 
   std::wstring former_ = fs::temp_directory_path().wstring();
-  testing_world::OwnFolder folder_;
+  testing_support::OwnFolder folder_;
 };
 
 TEST_F(TempStorageTest, FileGoesWithTheLastStreamInWhateverOrder) {
@@ -64,7 +67,7 @@ TEST_F(TempStorageTest, FileGoesWithTheLastStreamInWhateverOrder) {
 TEST_F(TempStorageTest, CopiesCanBeHadWhenTheFileIsNotOpened) {
   BTempStorage original;
   ASSERT_TRUE(original.open());
-  const std::string bytes = stream_testing::pattern(20000);
+  const std::string bytes = testing_support::pattern(20000);
   original.write(bytes.data(), 20000);
   ASSERT_TRUE(MoveFileW(original.fileName().c_str(), folder_.file(L"elsewhere").c_str()));
   const auto copy = Ref<BTempStorage>::adopt(original.clone());
@@ -101,7 +104,7 @@ TEST_F(TempStorageTest, NothingPassesTheLimit) {
     SCOPED_TRACE(row.position);
     BTempStorage storage;
     ASSERT_TRUE(storage.open());
-    const std::string bytes = stream_testing::pattern(30);
+    const std::string bytes = testing_support::pattern(30);
     storage.write(bytes.data(), 30);
     std::string buffer(40, 0);
     const auto at = [&] {
@@ -212,12 +215,27 @@ TEST_F(TempStorageTest, LeavesNothingWhenTheFolderIsMissing) {
   EXPECT_EQ(files(), 0);
 }
 
+HANDLE WINAPI noFile(LPCWSTR, DWORD, DWORD, LPSECURITY_ATTRIBUTES, DWORD, DWORD, HANDLE) {
+  return INVALID_HANDLE_VALUE;
+}
+
+TEST_F(TempStorageTest, LeavesNothingWhenTheFileCannotBeOpened) {
+  BTempStorage storage;
+  {
+    const testing_support::ImportSlot slot(createFileSlot, noFile);
+    EXPECT_FALSE(storage.open());
+  }
+  EXPECT_FALSE(storage.isOpen());
+  EXPECT_EQ(files(), 0) << "its name was taken by an empty file";
+  EXPECT_TRUE(storage.open());
+}
+
 TEST_F(TempStorageTest, ACloseThatFailsIsThrownEachTimeAsTheSameObject) {
   const SException* first = nullptr;
   for (int time = 0; time < 2; ++time) {
     BTempStorage storage;
     ASSERT_TRUE(storage.open());
-    testing_world::closeBehindItsBack(storage);
+    testing_support::closeBehindItsBack(storage);
     const SException* caught = nullptr;
     try {
       storage.close();
@@ -237,7 +255,7 @@ TEST_F(TempStorageTest, ACloseThatFailsIsThrownEachTimeAsTheSameObject) {
   }
   BTempStorage dropped;
   ASSERT_TRUE(dropped.open());
-  testing_world::closeBehindItsBack(dropped);  // the destructor does not throw
+  testing_support::closeBehindItsBack(dropped);  // the destructor does not throw
 }
 
 }  // namespace

@@ -7,15 +7,15 @@
 #include <thread>
 #include <vector>
 
-#include "core/baselib/system/KernelFile.h"
+#include "core/baselib/system/KernelFile_p.h"
 #include "core/baselib/system/Log_p.h"
-#include "tests/RegistryTesting.h"
 #include "tests/support/OwnFolder.h"
+#include "tests/support/OwnRegistry.h"
 
 namespace corvix {
 namespace {
 
-using testing_world::bytesOf;
+using testing_support::bytesOf;
 
 constexpr char kStart[] = "Start .* at [A-Z][a-z]{2} [A-Z][a-z]{2} [ 0-9][0-9] [0-9:]{8} [0-9]{4}\n\n";
 constexpr char kEnd[] = "End .* at [A-Z][a-z]{2} [A-Z][a-z]{2} [ 0-9][0-9] [0-9:]{8} [0-9]{4}\n\n";
@@ -48,8 +48,8 @@ class LogTest : public testing::Test {
     return isLog ? log.substr(entry, end - entry) : "not a log: " + log;
   }
 
-  testing_world::OwnRegistry registry_;
-  testing_world::OwnFolder folder_;
+  testing_support::OwnRegistry registry_;
+  testing_support::OwnFolder folder_;
   std::wstring executable_;
 };
 
@@ -197,7 +197,7 @@ const ModeRow kModeRows[] = {
 };
 
 TEST(OpenFile, ModeWordRows) {
-  const testing_world::OwnFolder folder;
+  const testing_support::OwnFolder folder;
   const std::wstring path = folder.file(L"file");
   for (const ModeRow& row : kModeRows) {
     SCOPED_TRACE(row.mode);

@@ -1,4 +1,4 @@
-#include "core/baselib/text/NameTable.h"
+#include "core/baselib/text/NameTable_p.h"
 
 #include <gtest/gtest.h>
 
@@ -33,6 +33,18 @@ TEST(NameTable, WalksBucketsFromTheFirstAndChainsFromTheNewest) {
   std::string order;
   table.forEach([&](std::string_view name, int) { order += std::string(name) + " "; });
   EXPECT_EQ(order, sameBucket[2] + " " + sameBucket[1] + " " + sameBucket[0] + " ");
+}
+
+TEST(NameTable, AWalkIsMarkedUntilItsEndHoweverItEnds) {
+  text::NameTable<char, int> table;
+  table.add("a", 1);
+  EXPECT_THROW(table.forEach([](std::string_view, int) { throw 7; }), int);
+  EXPECT_FALSE(table.isWalked());
+  table.forEach([&](std::string_view, int) {
+    table.forEach([](std::string_view, int) {});
+    EXPECT_TRUE(table.isWalked()) << "the outer walk is still under way";
+  });
+  EXPECT_FALSE(table.isWalked());
 }
 
 TEST(WideString, CapacityIsTheNextWholeThirtyTwoAbove) {

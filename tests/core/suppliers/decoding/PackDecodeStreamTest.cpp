@@ -1,7 +1,8 @@
 #include "core/suppliers/decoding/PackDecodeStream.h"
 
 #include "core/suppliers/decoding/PackImageInputStream.h"
-#include "tests/core/baselib/streams/StreamTesting.h"
+#include "tests/support/Soak.h"
+#include "tests/support/StreamTesting.h"
 
 #include <gtest/gtest.h>
 
@@ -16,8 +17,8 @@
 namespace corvix {
 namespace {
 
-using stream_testing::Forward;
-using stream_testing::pattern;
+using testing_support::Forward;
+using testing_support::pattern;
 
 using Decoder = Ref<PackDecodeStream>;
 
@@ -74,6 +75,9 @@ TEST(PackDecodeStream, UnpacksAndTellsWhatIsWrong) {
       {Ascii85, "87cUR8~>", "Hell", Damaged},
       {Ascii85, "87cUR8z~>", "Hell", Damaged},
       {Ascii85, "87cUR~x", "Hell", Truncated},
+      {Ascii85, "87cUR~\r\n>", "Hell", kFine},
+      {Ascii85, "<\n~87cUR~ \t\n", "Hell", Truncated},
+      {Ascii85, "87cUR~\n", "Hell", Truncated},
       {Ascii85, "s8W-!~>", "\xFF\xFF\xFF\xFF", kFine},
       {Ascii85, "s8W-\"~>", "", Damaged},
       {Ascii85, "87cUR{~>", "Hell", Damaged},
@@ -99,6 +103,52 @@ TEST(PackDecodeStream, UnpacksAndTellsWhatIsWrong) {
   }
 }
 
+TEST(PackParams, EveryMethodHasTwoNames) {
+  const struct {
+    const wchar_t *name, *shortName;
+    PackMethod method;
+  } rows[] = {{L"FlateDecode", L"Fl", PackMethod::Flate},
+              {L"LZWDecode", L"LZW", PackMethod::Lzw},
+              {L"RunLengthDecode", L"RL", PackMethod::RunLength},
+              {L"ASCIIHexDecode", L"AHx", PackMethod::AsciiHex},
+              {L"ASCII85Decode", L"A85", PackMethod::Ascii85}};
+  for (const auto& row : rows) {
+    for (const wchar_t* name : {row.name, row.shortName}) {
+      PackParams parameters;
+      EXPECT_TRUE(parameters.setMethod(name));
+      EXPECT_EQ(parameters.method, row.method);
+      EXPECT_FALSE(parameters.setMethod(L"flatedecode"));
+      EXPECT_EQ(parameters.method, row.method) << "as it was";
+    }
+  }
+}
+
+TEST(PackParams, RowBytesAreThoseOfRowsThatCanBe) {
+  const struct {
+    i32 colors, bits, columns;
+    u32 bytes;
+  } rows[] = {{3, 8, 10, 30},
+              {1, 1, 9, 2},
+              {32, 16, 1, 64},
+              {1, 8, 16 << 20, 16 << 20},
+              {1, 8, (16 << 20) + 1, 0},
+              {0, 8, 1, 0},
+              {33, 8, 1, 0},
+              {1, 3, 1, 0},
+              {1, 0, 1, 0},
+              {1, 32, 1, 0},
+              {1, 8, 0, 0},
+              {1, 8, -1, 0},
+              {32, 16, 0x7FFFFFFF, 0}};
+  for (const auto& row : rows) {
+    PackParams parameters;
+    parameters.colors = row.colors;
+    parameters.bitsPerComponent = row.bits;
+    parameters.columns = row.columns;
+    EXPECT_EQ(parameters.rowBytes(), row.bytes) << row.colors << ' ' << row.bits << ' ' << row.columns;
+  }
+}
+
 // Of cut data comes whatever the part that is there tells.
 TEST(PackDecodeStream, GivesWhatCutDataHolds) {
   const std::string plain = pattern(100000) + std::string(5000, 'x');
@@ -112,8 +162,9 @@ TEST(PackDecodeStream, GivesWhatCutDataHolds) {
   }
 }
 
-// A packer with a table as plain as can be, of either kind.
-std::string lzwPacked(const std::string& plain, bool earlyChange) {
+// A packer with a table as plain as can be, of either kind; it starts anew before the table is full, or goes on with
+// it.
+std::string lzwPacked(const std::string& plain, bool earlyChange, bool startsAnew = true) {
   std::string packed;
   u32 bits = 0, bitCount = 0, width = 9;
   const auto put = [&](u32 code) {
@@ -136,14 +187,23 @@ std::string lzwPacked(const std::string& plain, bool earlyChange) {
     }
     put(best);
     at += table[best].size();
-    if (at < plain.size()) table.push_back(table[best] + plain[at]);
+    if (at < plain.size() && table.size() < 4096) table.push_back(table[best] + plain[at]);
     const std::size_t change = table.size() - (earlyChange ? 0 : 1);
-    if (change >= (1u << width)) ++width;
-    if (table.size() == 4094) start();
+    if (change >= (1u << width) && width < 12) ++width;
+    if (startsAnew && table.size() == 4094) start();
   }
   put(257);
   put(0);
   return packed;
+}
+
+TEST(PackDecodeStream, CodesOfAFullLzwTableStayAt12Bits) {
+  const std::string plain = pattern(12000);
+  for (const bool earlyChange : {true, false}) {
+    const auto stream = decoderOf(lzwPacked(plain, earlyChange, false), *params(PackMethod::Lzw, earlyChange));
+    EXPECT_TRUE(readAll(*stream) == plain);
+    EXPECT_EQ(stream->fault(), PackFault::None);
+  }
 }
 
 TEST(PackDecodeStream, UnpacksLongLzw) {
@@ -206,6 +266,8 @@ TEST(PackDecodeStream, StepsBackAndCloses) {
   stream->close();
   EXPECT_FALSE(stream->isOpen());
   EXPECT_EQ(stream->readByte(), -1);
+  EXPECT_EQ(stream->size(), 0u);
+  EXPECT_EQ(stream->available(), 0u);
 }
 
 // 64 MiB out of less than one KiB: packed twice.
@@ -237,7 +299,7 @@ TEST(PackDecodeStream, TakesAnyData) {
   std::mt19937 random(3);
   const std::string seeds[] = {deflated(pattern(300) + std::string(300, 'a')), lzwPacked(pattern(400), true),
                                pattern(64)};
-  for (int round = 0; round < 3000; ++round) {
+  for (int round = 0; round < testing_support::soak(3000, 500000); ++round) {
     std::string data = seeds[random() % 3];
     for (int i = 0; i < 4; ++i) data[random() % data.size()] = static_cast<char>(random());
     const auto parameters = params(static_cast<PackMethod>(random() % 6), random() % 2 == 0);

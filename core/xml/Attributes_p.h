@@ -1,0 +1,92 @@
+// The attributes of a descriptor's elements. AttributeTable holds those of one module: every text once, terminated,
+// side by side in one block. Attributes is a view of one element's.
+#pragma once
+
+#include "core/baselib/heap/HeapAllocated.h"
+#include "core/xml/XmlNode.h"
+
+#include <unordered_map>
+#include <vector>
+
+namespace corvix {
+
+// Letters of the alphabet only.
+bool equalInAnyCase(std::wstring_view a, std::wstring_view b) noexcept;
+
+class AttributeTable;
+
+// Good as long as its table, which has grown for the last time before.
+class Attributes {
+ public:
+  Attributes() = default;
+
+  // Null when there is none; when a name stands twice, the first. Letter case counts in `find` only.
+  const wchar_t* find(std::wstring_view name) const noexcept;
+  const wchar_t* findAnyCase(std::wstring_view name) const noexcept;
+
+  // In document order.
+  u32 count() const noexcept { return count_; }
+  const wchar_t* name(u32 index) const noexcept;
+  const wchar_t* value(u32 index) const noexcept;
+
+ private:
+  friend class AttributeTable;
+  Attributes(const AttributeTable& table, u32 first, u32 count) noexcept
+      : table_(&table), first_(first), count_(count) {}
+
+  const AttributeTable* table_ = nullptr;
+  u32 first_ = 0;
+  u32 count_ = 0;
+};
+
+class AttributeTable {
+ public:
+  // Fills a table; `finish` gives back what it needs no more.
+  class Builder;
+
+  AttributeTable() = default;
+  AttributeTable(const AttributeTable&) = delete;
+  AttributeTable& operator=(const AttributeTable&) = delete;
+
+ private:
+  friend class Attributes;
+  struct Entry {
+    u32 name;  // where it begins in the block
+    u32 value;
+  };
+  const wchar_t* text(u32 offset) const noexcept { return units_.data() + offset; }
+
+  std::vector<Entry, HeapAllocator<Entry>> entries_;
+  std::vector<wchar_t, HeapAllocator<wchar_t>> units_;
+};
+
+// The texts that are added stand until `finish`. A text ends at its first zero.
+class AttributeTable::Builder {
+ public:
+  explicit Builder(AttributeTable& table) noexcept : table_(table) {}
+
+  void add(std::wstring_view name, std::wstring_view value);
+
+  // All that was added since the last call: the attributes of one element.
+  Attributes endElement() noexcept;
+
+  void finish();
+
+ private:
+  // Short texts are the same when they read the same, long ones when they are the same piece of memory: what a block
+  // says once costs once, however often it refers to it, and so does finding that out.
+  struct Hash {
+    std::size_t operator()(std::wstring_view text) const noexcept;
+  };
+  struct Equal {
+    bool operator()(std::wstring_view a, std::wstring_view b) const noexcept;
+  };
+
+  u32 offsetOf(std::wstring_view text);
+
+  AttributeTable& table_;
+  u32 elementBegin_ = 0;
+  std::unordered_map<std::wstring_view, u32, Hash, Equal> known_;
+};
+
+}  // namespace corvix

@@ -1,0 +1,85 @@
+// Text: masks of glyphs are images of the fill colour, outlines are filled as paths are.
+#include "graphics/contexts/DrawingContext_p.h"
+
+#include <utility>
+
+namespace corvix {
+
+template <class Add>
+void DrawingContext::ShapeSink::add(Point to, Add add) noexcept {
+  isWhole_ = isWhole_ && withinMemory([&] {
+               add();
+               return true;
+             });
+  current_ = to;
+}
+
+void DrawingContext::ShapeSink::moveTo(Point to) {
+  add(to, [&] {
+    if (path_.isOpen()) path_.close();
+    path_.moveTo(to);
+  });
+}
+
+void DrawingContext::ShapeSink::lineTo(Point to) {
+  add(to, [&] { path_.lineTo(current_, to); });
+}
+
+void DrawingContext::ShapeSink::curveTo(Point control1, Point control2, Point to) {
+  add(to, [&] { path_.curveTo(current_, control1, control2, to); });
+}
+
+bool DrawingContext::ShapeSink::take(Path& path) noexcept {
+  if (path_.isOpen()) add(current_, [&] { path_.close(); });
+  path = std::exchange(path_, Path());
+  return std::exchange(isWhole_, true);
+}
+
+Box DrawingContext::visibleArea() const noexcept {
+  return {-origin_.x, -origin_.y, width_ - origin_.x, height_ - origin_.y};
+}
+
+bool DrawingContext::paintCoverage(const u8* coverage, i32 strideBytes, const PixelBox& place) {
+  const i32 width = place.right - place.left;
+  const i32 height = place.bottom - place.top;
+  if (!canDraw() || !coverage || width <= 0 || height <= 0) return false;
+  if (isSingular_) return true;
+  return withinMemory([&] {
+    ImageBits bits;
+    bits.width = width;
+    bits.height = height;
+    bits.bitsPerPixel = 32;
+    bits.strideBytes = width * 4;
+    bits.hasAlpha = true;
+    bits.seen = {0, 0, width, height};
+    bits.converted.allocate(static_cast<std::size_t>(width) * static_cast<u32>(height) * 4);
+    bits.pixels = bits.converted.data();
+    const u32 alpha = alphaOf(fillColor_);
+    const Color color = fillColor_ & 0x00FFFFFF;
+    auto* to = reinterpret_cast<Color*>(bits.converted.data());
+    for (i32 y = 0; y < height; ++y) {
+      const u8* const row = coverage + static_cast<std::ptrdiff_t>(strideBytes) * y;
+      for (i32 x = 0; x < width; ++x) *to++ = color | (row[x] * alpha + 127) / 255 << 24;
+    }
+    return imageOut(bits,
+                    {static_cast<double>(width), 0, 0, static_cast<double>(height), static_cast<double>(place.left),
+                     static_cast<double>(place.top)},
+                    false);
+  });
+}
+
+bool DrawingContext::useShape(bool (DrawingContext::*use)(const Path&)) {
+  Path path;
+  const bool isWhole = shape_.take(path);
+  if (!canDraw() || !isWhole) return false;
+  const FillRule rule = std::exchange(fillRule_, FillRule::Winding);
+  const bool isDone = withinMemory([&] { return (this->*use)(path); });
+  fillRule_ = rule;
+  return isDone;
+}
+
+bool DrawingContext::fillShape() { return useShape(&DrawingContext::fillFitted); }
+
+bool DrawingContext::clipShape() { return useShape(&DrawingContext::clipTo); }
+
+}  // namespace corvix

@@ -1,0 +1,27 @@
+// CMYK to RGB, in five ways that the user chooses from. Each colour of the screen comes from one ink and black: red
+// from cyan, green from magenta, blue from yellow. Paper, black and the six full colours (an ink or two of them, no
+// black) are the same in every way: 0 or 255.
+//
+// With ink a and black k from 0 to 1, the level from 0 to 1 is
+//   Fast       1 - min(1, a + k)
+//   Normal     (1 - a) * (1 - k)
+//   Best       the sRGB curve of (1 - g(a)) * (1 - g(k)), the light that a halftone leaves; g(a) = a + 0.8 a (1 - a),
+//   the
+//              dots that grow in print
+//   Alternate  1 - max(a, k)
+//   By Table   (1 - t(a)) * (1 - t(k)), t by straight lines through kInkTable
+#pragma once
+
+#include "graphics/quality/Quality_p.h"
+
+#include <cstddef>
+
+namespace corvix {
+
+// t at every 15th of 255 steps of ink, in 255ths: dots grow most in the middle.
+inline constexpr u8 kInkTable[18] = {0, 18, 36, 54, 71, 88, 104, 120, 135, 149, 163, 176, 189, 201, 214, 228, 241, 255};
+
+// From `pixels` times cyan, magenta, yellow, black to as many times blue, green, red. Neither may overlap. [any thread]
+void cmykToRgb(const u8* cmyk, std::size_t pixels, CmykMode mode, u8* bgr) noexcept;
+
+}  // namespace corvix

@@ -1,0 +1,76 @@
+// ImageBits: an image's pixels in a form that GDI and GDI+ take: 1, 4 or 8 bits with a palette, 24 or 32 bits. Those of
+// the image itself where they can be used, else converted.
+#pragma once
+
+#include "graphics/IAGDC.h"
+#include "graphics/images/PixelBuffer_p.h"
+
+#include <functional>
+#include <vector>
+
+namespace corvix {
+
+using Recolor = std::function<Color(Color)>;
+
+struct ImageBits {
+  i32 width = 0;
+  i32 height = 0;
+  i32 bitsPerPixel = 0;
+  i32 strideBytes = 0;
+  const u8* pixels = nullptr;
+  bool hasAlpha = false;         // 32 bits only
+  std::vector<Color> palette;    // for up to 8 bits: as many as the pixels can name
+  PixelBox seen = {0, 0, 0, 0};  // the pixels that count; others need not be there
+  PixelBuffer converted;
+
+  void recolor(const Recolor& change);  // what is seen, of converted 32 bits; it has alpha then
+  const u8* row(i32 y) const noexcept { return pixels + static_cast<std::ptrdiff_t>(strideBytes) * y; }
+};
+
+// What an image, or a part of one, holds, through its interface. Null rows for an image that has none.
+struct ImageView {
+  i32 width;
+  i32 height;
+  ColorModel model;
+  i32 bitsPerPixel;
+  i32 strideBytes;
+  const u8* rows;
+  const Color* palette;
+  i32 paletteSize;
+  i32 firstPixel;  // where in the first byte of a row it begins, in pixels; 0 from 8 bits on
+};
+bool viewOf(IAGImage* image, ImageView& view) noexcept;
+inline PixelBox wholeOf(const ImageView& view) noexcept { return {0, 0, view.width, view.height}; }
+bool cutTo(const PixelBox& part, ImageView& view) noexcept;  // false unless the part is within
+
+// `count` pixels of a row from `x` on, every `step`th, as colours.
+void readColors(const ImageView& view, i32 x, i32 y, i32 step, i32 count, Color* colors) noexcept;
+
+// Of those pixels that are seen. If these are more than `mostPixels`, the image is made smaller by leaving out pixels.
+// Throws std::bad_alloc.
+ImageBits makeBits(const ImageView& view, i64 mostPixels, const PixelBox& seen);
+
+// The seen ones alone, without copying them; `part` is where they are, which may be a few more at the left.
+ImageBits cutToSeen(const ImageBits& bits, PixelBox& part);
+
+// The same in 32 bits, in memory of its own.
+ImageBits toArgb(const ImageBits& bits);
+Color colorAt(const ImageBits& bits, i32 x, i32 y) noexcept;
+
+// Turned and flipped; 32 bits.
+ImageBits turned(const ImageBits& bits, ImageTurn turn);
+Matrix turnMatrix(ImageTurn turn) noexcept;  // from the unit square of the image to that of the turned one
+
+// Sides along the axes, but for rounding errors: then a turn onto an upright box is the same.
+bool isAlongAxes(const Matrix& unitToDevice) noexcept;
+ImageTurn turnOf(const Matrix& unitToDevice) noexcept;
+Matrix uprightBox(const Matrix& unitToDevice) noexcept;  // from the turned image's unit square
+constexpr bool swapsSides(ImageTurn turn) noexcept { return static_cast<u32>(turn) & 1; }
+
+// The image as `unitToDevice` places it, sampled at the middles of the pixels of a box around it, limited to `area`;
+// 32 bits, transparent where it is not. `left` and `top` are where the box begins. A box along the axes is rounded to
+// whole pixels.
+ImageBits transformed(const ImageBits& bits, const Matrix& unitToDevice, const PixelBox& area, bool smooth, i32& left,
+                      i32& top);
+
+}  // namespace corvix

@@ -1,0 +1,385 @@
+#include "graphics/text/Text.h"
+
+#include "core/baselib/objects/Ref.h"
+#include "graphics/fonts/FMFontMachine_p.h"
+#include "graphics/fonts/FakeFonts_p.h"
+#include "graphics/fonts/FallbackFonts_p.h"
+#include "graphics/fonts/FontSettings_p.h"
+#include "graphics/fonts/GlyphCache_p.h"
+#include "graphics/text/TextTarget.h"
+
+#include <algorithm>
+#include <cmath>
+#include <stdexcept>
+#include <vector>
+
+namespace corvix {
+
+namespace {
+
+constexpr double kLargestRead = 96;         // pixels; larger glyphs are drawn as outlines
+constexpr i32 kWidestRun = 2048;            // pixels of one image
+constexpr u32 kReplacement = 0xFFFD;        // for half a surrogate pair
+constexpr std::size_t kShapePoints = 4096;  // after so many a shape is filled
+
+// One glyph of a text, whichever font it is from.
+struct Placed {
+  IFMFontSource* source;
+  u32 font;  // its number in the cache
+  u32 glyph;
+  double x;
+  double y;
+};
+
+bool isSurrogate(wchar_t unit, u32 kind) noexcept { return (u32{static_cast<u16>(unit)} & 0xFC00u) == kind; }
+
+// The next character of UTF-16; moves `at` behind it.
+u32 nextCodePoint(const wchar_t* text, i32 count, i32& at) noexcept {
+  const wchar_t unit = text[at++];
+  if (isSurrogate(unit, 0xD800) && at < count && isSurrogate(text[at], 0xDC00)) {
+    return 0x10000 + ((u32{static_cast<u16>(unit)} & 0x3FF) << 10) + (u32{static_cast<u16>(text[at++])} & 0x3FF);
+  }
+  return isSurrogate(unit, 0xD800) || isSurrogate(unit, 0xDC00) ? kReplacement : static_cast<u16>(unit);
+}
+
+bool isControl(u32 codePoint) noexcept { return codePoint < 0x20 || (codePoint >= 0x7F && codePoint < 0xA0); }
+
+// The glyphs of a text along its baseline; their fonts stay with the first.
+class Line {
+ public:
+  Line(IFMFont& font, double size) : font_(font), fallback_(corvix::query<FallbackFonts>(&font)), size_(size) {
+    if (!fallback_) fallback_ = &own_;
+    source_ = corvix::query<IFMFontSource>(&font);
+  }
+
+  bool canDraw() const noexcept { return source_ != nullptr; }
+
+  void add(const wchar_t* text, i32 count) {
+    glyphs_.reserve(static_cast<std::size_t>(count));
+    for (i32 at = 0; at < count;) {
+      const u32 codePoint = nextCodePoint(text, count, at);
+      if (!isControl(codePoint)) addGlyph(codePoint);
+    }
+  }
+
+  void addAt(const GlyphPlace& place) {
+    glyphs_.push_back({source_, fallback_->number, place.glyph, place.x, place.y});
+  }
+
+  double width() const noexcept { return x_; }
+  const std::vector<Placed>& glyphs() const noexcept { return glyphs_; }
+
+ private:
+  void addGlyph(u32 codePoint) {
+    IFMFontSource* source = source_;
+    u32 number = fallback_->number;
+    u32 glyph = source->glyphOf(codePoint);
+    if (glyph == 0) glyph = otherGlyph(codePoint, source, number);
+    glyphs_.push_back({source, number, glyph, x_, 0});
+    x_ += source->advance(glyph) * size_;
+  }
+
+  // From a font that came to help before, or another one.
+  u32 otherGlyph(u32 codePoint, IFMFontSource*& source, u32& number) {
+    const auto take = [&](const FallbackFonts::Row& row, u32 glyph) {
+      source = row.source;
+      number = row.number;
+      return glyph;
+    };
+    for (const FallbackFonts::Row& row : fallback_->rows) {
+      if (row.isLastResort) continue;
+      if (const u32 glyph = row.source->glyphOf(codePoint)) return take(row, glyph);
+    }
+    const Ref<FMFontMachine> machine = FMFontMachine::shared();
+    Ref<IFMFont> found = Ref<IFMFont>::adopt(machine->fontWithGlyph(codePoint, &font_));
+    auto* const other = corvix::query<IFMFontSource>(found.get());
+    const u32 glyph = other ? other->glyphOf(codePoint) : 0;
+    if (glyph == 0) return 0;
+    const bool isLastResort = corvix::query<BoxFont>(found.get()) != nullptr;
+    for (const FallbackFonts::Row& row : fallback_->rows) {
+      if (isLastResort && row.isLastResort) return take(row, glyph);
+    }
+    fallback_->rows.push_back({std::move(found), other, nextFontNumber(), isLastResort});
+    return take(fallback_->rows.back(), glyph);
+  }
+
+  IFMFont& font_;
+  FallbackFonts own_;  // for fonts that keep none
+  FallbackFonts* fallback_;
+  IFMFontSource* source_;
+  double size_;
+  double x_ = 0;
+  std::vector<Placed> glyphs_;
+};
+
+// Collects glyphs that stand near each other and paints them as one mask.
+class Run {
+ public:
+  Run(ITextTarget& target, double sizePx, i32 levels) : target_(target), sizePx_(sizePx), levels_(levels) {}
+
+  bool add(const Placed& glyph, Point device) {
+    const Box visible = target_.visibleArea();
+    const double reach = 4 * sizePx_;  // no glyph reaches farther
+    if (!(device.x > visible.left - reach && device.x < visible.right + reach && device.y > visible.top - reach &&
+          device.y < visible.bottom + reach)) {
+      return true;
+    }
+    GlyphCache::Entry entry = coverageOf(glyph);
+    if (!entry) return false;
+    if (entry->width == 0) return true;
+    const i32 left = static_cast<i32>(std::floor(device.x + 0.5)) + entry->left;
+    const i32 top = static_cast<i32>(std::floor(device.y + 0.5)) + entry->top;
+    const PixelBox box = {left, top, left + entry->width, top + entry->height};
+    const PixelBox together = {std::min(box_.left, box.left), std::min(box_.top, box.top),
+                               std::max(box_.right, box.right), std::max(box_.bottom, box.bottom)};
+    const bool isFar = !parts_.empty() && (together.right - together.left > kWidestRun ||
+                                           together.bottom - together.top > 2 * kLargestRead);
+    if (isFar && !paint()) return false;
+    box_ = parts_.empty() ? box : together;
+    parts_.push_back({std::move(entry), left, top});
+    return true;
+  }
+
+  bool paint() {
+    if (parts_.empty()) return true;
+    const i32 width = box_.right - box_.left;
+    const i32 height = box_.bottom - box_.top;
+    mask_.assign(static_cast<std::size_t>(width) * static_cast<u32>(height), 0);
+    for (const Part& part : parts_) {
+      const GlyphCoverage& coverage = *part.coverage;
+      const u8* from = coverage.rows.get();
+      for (i32 y = 0; y < coverage.height; ++y) {
+        u8* const to = &mask_[static_cast<std::size_t>(part.top - box_.top + y) * static_cast<u32>(width) +
+                              static_cast<u32>(part.left - box_.left)];
+        for (i32 x = 0; x < coverage.width; ++x, ++from) to[x] = std::max(to[x], *from);
+      }
+    }
+    parts_.clear();
+    return target_.paintCoverage(mask_.data(), width, box_);
+  }
+
+ private:
+  struct Part {
+    GlyphCache::Entry coverage;
+    i32 left;
+    i32 top;
+  };
+
+  GlyphCache::Entry coverageOf(const Placed& glyph) {
+    const auto size = static_cast<u32>(sizePx_ * 64 + 0.5);
+    const GlyphCache::Key key = {glyph.font, glyph.glyph, size, levels_};
+    if (GlyphCache::Entry entry = glyphCache().find(key)) return entry;
+    GlyphCoverage made;
+    if (!glyph.source->coverage(glyph.glyph, size / 64.0, levels_, made)) return nullptr;
+    return glyphCache().add(key, std::move(made));
+  }
+
+  ITextTarget& target_;
+  double sizePx_;
+  i32 levels_;
+  PixelBox box_ = {};
+  std::vector<Part> parts_;
+  std::vector<u8> mask_;
+};
+
+// An outline on its way from ems to the context, through a matrix.
+class PlacingSink final : public IGlyphSink {
+ public:
+  PlacingSink(IGlyphSink& sink, const Matrix& matrix) noexcept : sink_(sink), matrix_(matrix) {}
+  void moveTo(Point to) override {
+    ++points_;
+    sink_.moveTo(matrix_.apply(to));
+  }
+  void lineTo(Point to) override {
+    ++points_;
+    sink_.lineTo(matrix_.apply(to));
+  }
+  void curveTo(Point control1, Point control2, Point to) override {
+    points_ += 3;
+    sink_.curveTo(matrix_.apply(control1), matrix_.apply(control2), matrix_.apply(to));
+  }
+  std::size_t points() const noexcept { return points_; }
+
+ private:
+  IGlyphSink& sink_;
+  Matrix matrix_;
+  std::size_t points_ = 0;
+};
+
+Matrix glyphMatrix(const Placed& glyph, double size, const Matrix& textToUser) noexcept {
+  return Matrix{size, 0, 0, size, glyph.x, glyph.y}.then(textToUser);
+}
+
+// For contexts that know nothing of text: their own path.
+class PathTarget final : public ITextTarget, public IGlyphSink {
+ public:
+  explicit PathTarget(IAGDC& context) noexcept : context_(context) {}
+  Matrix textTransform() const noexcept override { return {0, 1, 1, 0, 0, 0}; }  // upright for nobody: outlines only
+  Box visibleArea() const noexcept override { return {}; }
+  bool paintCoverage(const u8*, i32, const PixelBox&) override { return false; }
+  IGlyphSink& shape() override {
+    if (!isBegun_) isBegun_ = context_.setFillRule(FillRule::Winding) && context_.beginPath();
+    return *this;
+  }
+  bool fillShape() override {
+    return finish([this] { return context_.drawPath(PathPaint::Fill); });
+  }
+  bool clipShape() override {
+    return finish([this] { return context_.clipPath(); });
+  }
+  void moveTo(Point to) override {
+    if (isOpen_) context_.closePath();
+    isOpen_ = true;
+    isGood_ = context_.moveTo(to.x, to.y) && isGood_;
+  }
+  void lineTo(Point to) override { isGood_ = context_.lineTo(to.x, to.y) && isGood_; }
+  void curveTo(Point control1, Point control2, Point to) override {
+    isGood_ = context_.curveTo(control1.x, control1.y, control2.x, control2.y, to.x, to.y) && isGood_;
+  }
+
+ private:
+  template <class Use>
+  bool finish(Use use) {
+    if (!isBegun_) return true;
+    if (isOpen_) context_.closePath();
+    const bool isDone = isGood_ && use();
+    context_.endPath();
+    isBegun_ = isOpen_ = false;
+    isGood_ = true;
+    return isDone;
+  }
+
+  IAGDC& context_;
+  bool isBegun_ = false;
+  bool isOpen_ = false;
+  bool isGood_ = true;
+};
+
+bool isGoodSize(double size, const Matrix& matrix) noexcept {
+  return size > 0 && std::isfinite(size) && matrix.isFinite();
+}
+
+// The size in pixels of text that stands upright, else 0.
+double readingSize(const Matrix& toDevice, double size) noexcept {
+  constexpr double kClose = 1e-6;
+  const double scale = toDevice.a;
+  const bool isUpright = scale > 0 && std::abs(toDevice.d - scale) <= kClose * scale &&
+                         std::abs(toDevice.b) <= kClose * scale && std::abs(toDevice.c) <= kClose * scale;
+  const double sizePx = isUpright ? size * scale : 0;
+  return sizePx >= 1 && sizePx <= kLargestRead ? sizePx : 0;
+}
+
+bool fillOutlines(ITextTarget& target, const std::vector<Placed>& glyphs, double size, const Matrix& textToUser) {
+  std::size_t points = 0;
+  for (const Placed& glyph : glyphs) {
+    PlacingSink sink(target.shape(), glyphMatrix(glyph, size, textToUser));
+    if (!glyph.source->outline(glyph.glyph, sink)) {
+      target.fillShape();
+      return false;
+    }
+    points += sink.points();
+    if (points < kShapePoints) continue;
+    points = 0;
+    if (!target.fillShape()) return false;
+  }
+  return points == 0 || target.fillShape();
+}
+
+bool drawLine(IAGDC& context, const std::vector<Placed>& glyphs, double size, const Matrix& textToUser) {
+  PathTarget paths(context);
+  ITextTarget* const own = corvix::query<ITextTarget>(&context);
+  ITextTarget& target = own ? *own : paths;
+  const Matrix toDevice = textToUser.then(target.textTransform());
+  if (!toDevice.isFinite()) return false;
+  const double sizePx = readingSize(toDevice, size);
+  if (sizePx == 0) return fillOutlines(target, glyphs, size, textToUser);
+  Run run(target, sizePx, fontSettings().levels());
+  for (const Placed& glyph : glyphs) {
+    const Point device = toDevice.apply({glyph.x, glyph.y});
+    if (!run.add(glyph, device)) return false;
+  }
+  return run.paint();
+}
+
+// Runs what may run out of memory: false then.
+template <class Call>
+bool withinMemory(Call call) noexcept {
+  try {
+    return call();
+  } catch (const std::bad_alloc&) {
+    return false;
+  } catch (const std::length_error&) {  // more glyphs than an address space holds
+    return false;
+  }
+}
+
+// Lets go of a shape that nothing came of.
+void dropShape(IAGDC& context, ITextTarget& target) {
+  const bool isSaved = context.saveClip();
+  target.clipShape();
+  if (isSaved) context.restoreClip();
+}
+
+}  // namespace
+
+bool drawText(IAGDC& context, IFMFont& font, double size, const Matrix& textToUser, const wchar_t* text, i32 count,
+              Point* end) {
+  if (!context.canDraw() || !isGoodSize(size, textToUser) || count < 0 || (count > 0 && !text)) return false;
+  return withinMemory([&] {
+    Line line(font, size);
+    if (!line.canDraw()) return false;
+    line.add(text, count);
+    if (!drawLine(context, line.glyphs(), size, textToUser)) return false;
+    if (end) *end = {line.width(), 0};
+    return true;
+  });
+}
+
+bool drawGlyphs(IAGDC& context, IFMFont& font, double size, const Matrix& textToUser, const GlyphPlace* glyphs,
+                i32 count) {
+  if (!context.canDraw() || !isGoodSize(size, textToUser) || count < 0 || (count > 0 && !glyphs)) return false;
+  return withinMemory([&] {
+    Line line(font, size);
+    if (!line.canDraw()) return false;
+    for (i32 i = 0; i < count; ++i) {
+      if (!isFinite({glyphs[i].x, glyphs[i].y})) return false;
+      line.addAt(glyphs[i]);
+    }
+    return drawLine(context, line.glyphs(), size, textToUser);
+  });
+}
+
+bool clipText(IAGDC& context, IFMFont& font, double size, const Matrix& textToUser, const wchar_t* text, i32 count) {
+  if (!context.canDraw() || !isGoodSize(size, textToUser) || count < 0 || (count > 0 && !text)) return false;
+  return withinMemory([&] {
+    Line line(font, size);
+    if (!line.canDraw()) return false;
+    line.add(text, count);
+    PathTarget paths(context);
+    ITextTarget* const own = corvix::query<ITextTarget>(&context);
+    ITextTarget& target = own ? *own : paths;
+    target.shape();
+    for (const Placed& glyph : line.glyphs()) {
+      PlacingSink sink(target.shape(), glyphMatrix(glyph, size, textToUser));
+      if (glyph.source->outline(glyph.glyph, sink)) continue;
+      dropShape(context, target);
+      return false;
+    }
+    return target.clipShape();
+  });
+}
+
+double textWidth(IFMFont& font, double size, const wchar_t* text, i32 count) {
+  double width = 0;
+  if (!isGoodSize(size, {}) || count <= 0 || !text) return 0;
+  withinMemory([&] {
+    Line line(font, size);
+    if (!line.canDraw()) return false;
+    line.add(text, count);
+    width = line.width();
+    return true;
+  });
+  return width;
+}
+
+}  // namespace corvix

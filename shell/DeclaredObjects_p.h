@@ -1,0 +1,37 @@
+// What modules declare under one name: an object of each, made one after the other, asked for an interface, visited,
+// and released. Everything there is foreign code: what it throws is named in the log, and the next one has its turn.
+#pragma once
+
+#include "core/baselib/system/ForeignCall.h"
+#include "shell/PluginManager.h"
+
+namespace corvix {
+
+// False ends the walk. The visitor keeps the object by sharing it.
+template <class Interface, class Visit>
+bool visitDeclared(IPluginInterface& entry, const wchar_t* name, Visit& visit) {
+  auto object = Ref<IBSmartObject>::adopt(entry.createObject());
+  if (!object) return true;
+  const void* const code = codeOf(object.get());
+  bool goesOn = true;
+  callForeign(code, name, [&] {
+    if (Interface* const wanted = query<Interface>(object.get())) {
+      goesOn = visit(*wanted, entry);
+    } else if (ICreationReport* const report = query<ICreationReport>(&entry)) {
+      report->reject((std::wstring(L"it is no ") + Interface::classNameW()).c_str());
+    }
+  });
+  callForeign(code, name, [&] { object.reset(); });
+  return goesOn;
+}
+
+template <class Interface, class Visit>
+void forEachDeclared(IPluginManager& manager, const wchar_t* name, Visit visit) {
+  const auto entries = Ref<IBCollection>::adopt(manager.findByName(name));
+  // The count is read anew each time: an object may have more modules registered.
+  for (i32 i = 0; entries && i < entries->count(); ++i) {
+    if (!visitDeclared<Interface>(*query<IPluginInterface>(entries->item(i)), name, visit)) return;
+  }
+}
+
+}  // namespace corvix

@@ -1,9 +1,0 @@
-#include "shell/LibraryModule_p.h"
-
-#include <windows.h>
-
-BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, void* reserved) {
-  if (reason == DLL_PROCESS_ATTACH) corvix::setLibraryModule(module);
-  if (reason == DLL_PROCESS_DETACH && reserved) corvix::setProcessEnding();
-  return TRUE;
-}

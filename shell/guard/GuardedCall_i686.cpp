@@ -1,0 +1,52 @@
+// For GCC and clang on 32-bit x86, which have no structured-exception blocks: a hand-made registration frame.
+#include "shell/guard/GuardedCall_p.h"
+
+#include <windows.h>
+#include <malloc.h>
+
+namespace corvix {
+
+namespace {
+
+struct Frame {
+  Frame* previous;
+  EXCEPTION_DISPOSITION (*handler)(EXCEPTION_RECORD*, void*, CONTEXT*, void*);
+  void* resume[5];  // for __builtin_longjmp
+  DWORD code;
+};
+
+constexpr DWORD kUnwinding = 0x2 | 0x4;
+
+// Debug texts and thread names are no faults: their codes lack the highest bit. A debugger sees all of them before us.
+bool isFault(DWORD code) noexcept { return code >> 31 != 0; }
+
+EXCEPTION_DISPOSITION onException(EXCEPTION_RECORD* record, void* establisher, CONTEXT*, void*) {
+  if (record->ExceptionFlags & kUnwinding || !isFault(record->ExceptionCode)) return ExceptionContinueSearch;
+  auto* const frame = static_cast<Frame*>(establisher);
+  frame->code = record->ExceptionCode;
+  RtlUnwind(frame, nullptr, record, nullptr);
+  __builtin_longjmp(frame->resume, 1);
+}
+
+Frame* topFrame() noexcept {
+  Frame* top;
+  asm volatile("movl %%fs:0, %0" : "=r"(top));
+  return top;
+}
+
+void setTopFrame(Frame* frame) noexcept { asm volatile("movl %0, %%fs:0" : : "r"(frame) : "memory"); }
+
+}  // namespace
+
+// Not inlined: the frame must be the only thing that lives across the resumption.
+[[gnu::noinline]] u32 guardedCall(void (*function)(void*), void* argument) noexcept {
+  Frame frame = {topFrame(), onException, {}, 0};
+  Frame* volatile const self = &frame;
+  setTopFrame(&frame);
+  if (__builtin_setjmp(frame.resume) == 0) function(argument);
+  setTopFrame(self->previous);
+  if (self->code == EXCEPTION_STACK_OVERFLOW) _resetstkoflw();  // the next one is an exception again
+  return self->code;
+}
+
+}  // namespace corvix

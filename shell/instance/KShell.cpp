@@ -1,0 +1,151 @@
+#include "shell/instance/KShell_p.h"
+
+#include "core/baselib/system/CriticalSection.h"
+#include "core/baselib/system/Log.h"
+#include "core/baselib/system/ProcessEnd_p.h"
+#include "core/settings/BSettings_p.h"
+#include "shell/DeclaredObjects_p.h"
+#include "shell/documents/DocManager.h"
+#include "shell/gui/GUIManager.h"
+#include "shell/history/StateHistory.h"
+#include "shell/instance/LibraryModule_p.h"
+#include "shell/modules/ModuleFile_p.h"
+
+namespace corvix {
+
+namespace {
+
+std::atomic<bool> isWithoutUser{false};
+std::atomic<bool> onlyDescribes{false};
+
+constexpr wchar_t kCaption[] = L"Teldane Quill";
+
+constinit KShell* shellOfProcess = nullptr;
+
+// From the first call to the library's end; what is made later goes earlier.
+struct ShellLife {
+  ShellLife() { shellOfProcess = new KShell; }
+  ~ShellLife() {
+    if (canGo()) {
+      delete shellOfProcess;
+    } else {
+      sWriteLog(
+          L"The shell is left as it is: a thread that the end of the process has stopped has the lock of the lists.\n");
+    }
+    shellOfProcess = nullptr;
+  }
+
+  static bool canGo() noexcept {
+    if (!isProcessEnding()) return true;
+    if (!dataCSProc().tryEnter()) return false;
+    dataCSProc().leave();
+    return true;
+  }
+};
+
+}  // namespace
+
+// Starting is apart from making: who is told of the start may ask for the shell.
+IShell* IShell::getInstance() {
+  if (!shellOfProcess && isProcessEnding()) return nullptr;
+  static const ShellLife life;
+  if (shellOfProcess) shellOfProcess->start(libraryModule());
+  return shellOfProcess;
+}
+
+void IShell::startUnattended() noexcept { isWithoutUser = true; }
+
+void IShell::startDescribing() noexcept { onlyDescribes = true; }
+
+KShell::KShell()
+    : settings_(make<BSettings>()),
+      pluginManager_(
+          make<KPluginManager>(static_cast<KClassFactoryLocal&>(*queryClassFactoryLocal()), *this, settings_)),
+      actionManager_(make<KActionManager>(*this)) {
+  setMemoryShell(this);
+  setInternetAgent(this);
+}
+
+void KShell::start(void* module) {
+  if (std::exchange(isStarted_, true)) return;
+  useSafeModuleSearch();
+  if (onlyDescribes) pluginManager_->describeOnly();
+  pluginManager_->registerOwnDescriptor(module);
+  pluginManager_->scanFolder((folderOf(modulePath(nullptr)) + L"\\plugins").c_str());
+  pluginManager_->registerInstance(L"IActionManager.Instance", actionManager_);
+  pluginManager_->tellAfterInit();
+  initialize();
+}
+
+void KShell::shutDown() {
+  if (std::exchange(isShutDown_, true)) return;
+  tasks_.close();
+  unInitialize();
+  // At the very end of the process the modules' factories are gone.
+  if (!isProcessEnding()) pluginManager_->tellBeforeDestroy();
+}
+
+// The order counts: objects that plug-ins gave, then the tables of names, then the managers, the one made last
+// first, and the senders at last.
+KShell::~KShell() {
+  try {
+    shutDown();
+  } catch (const std::bad_alloc&) {
+    sWriteLog("The shell goes without telling everybody: memory is short.\n");
+  }
+  isGoing_ = true;
+  setMemoryShell(nullptr);
+  setInternetAgent(nullptr);
+  for (Ref<IBSmartObject>& object : held_) object.reset();
+  actionManager_->forgetActions();
+  pluginManager_->forgetInstances();
+  actionManager_.reset();
+  pluginManager_.reset();
+}
+
+bool KShell::isUnattended() const noexcept { return isWithoutUser; }
+
+void KShell::setUnattended(bool unattended) noexcept { isWithoutUser = unattended; }
+
+template <class Manager>
+Manager* KShell::resolve(Held slot, const wchar_t* interfaceName) {
+  if (!held_[slot] && !isGoing_ && !isProcessEnding() && !std::exchange(isBeingMade_[slot], true)) {
+    forEachDeclared<Manager>(*pluginManager_, interfaceName, [&](Manager& answers, IPluginInterface&) {
+      held_[slot] = Ref<IBSmartObject>::share(corvix::query<IBSmartObject>(&answers));
+      return false;
+    });
+    isBeingMade_[slot] = false;
+  }
+  return corvix::query<Manager>(held_[slot].get());
+}
+
+IActionManager* KShell::actionManager() {
+  IActionManager* const found = resolve<IActionManager>(kActionManager, L"IActionManager.Instance");
+  return found ? found : actionManager_.get();
+}
+
+IGUIManager* KShell::guiManager() { return resolve<IGUIManager>(kGuiManager, L"IGUIManager.Instance"); }
+
+IDocManager* KShell::docManager() { return resolve<IDocManager>(kDocManager, L"IDocManager.Instance"); }
+
+IStateHistory* KShell::stateHistory() { return resolve<IStateHistory>(kStateHistory, L"IStateHistory.GetInstance"); }
+
+// Nobody is told: there is no memory, and the memory manager's lock is held.
+bool KShell::askToRetry(u32) {
+  constexpr UINT kStyle = MB_RETRYCANCEL | MB_ICONWARNING | MB_TASKMODAL;
+  return !isUnattended() && MessageBoxW(nullptr, L"Not enough memory", kCaption, kStyle) == IDRETRY;
+}
+
+i32 KShell::messageBox(const wchar_t* text, const wchar_t* caption, u32 style, i32 silentAnswer) {
+  MessageBoxRequest request{text, caption, style, silentAnswer};
+  if (sysMsgBox(request) != notify::kGoOn) return request.answer;
+  if (isUnattended()) {
+    sWriteLog(L"%s: %s\n", caption ? caption : L"", text ? text : L"");
+    return request.answer;
+  }
+  return MessageBoxW(nullptr, text, caption, style);
+}
+
+void KShell::show(const std::wstring& text, const wchar_t* caption) { messageBox(text.c_str(), caption, MB_OK, IDOK); }
+
+}  // namespace corvix

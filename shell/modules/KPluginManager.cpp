@@ -1,0 +1,297 @@
+#include "shell/modules/KPluginManager_p.h"
+
+#include "core/baselib/objects/GlobalSender.h"
+#include "core/baselib/system/ForeignCall_p.h"
+#include "core/xml/XmlbinReader.h"
+#include "shell/DeclaredObjects_p.h"
+#include "shell/modules/ModuleFile_p.h"
+#include "shell/modules/Requirements_p.h"
+
+#include <algorithm>
+#include <string_view>
+
+namespace corvix {
+
+namespace {
+
+// The first child element of this name, or null.
+const XMLNodeNode* findElement(const XMLNode* root, std::wstring_view name) {
+  if (!root || root->type() != XmlNodeType::Element) return nullptr;
+  const auto* const parent = static_cast<const XMLNodeNode*>(root);
+  for (i32 i = 0; i < parent->childCount(); ++i) {
+    const XMLNode* const child = parent->childAt(i);
+    if (child->type() == XmlNodeType::Element && child->nameView() == name)
+      return static_cast<const XMLNodeNode*>(child);
+  }
+  return nullptr;
+}
+
+// In the order in which a user would list them, whatever the file system's order is.
+std::vector<std::wstring> modulesOf(const std::wstring& folder) {
+  std::vector<std::wstring> names;
+  WIN32_FIND_DATAW found;
+  const SearchHandle search(
+      FindFirstFileExW((folder + L"\\*.dll").c_str(), FindExInfoBasic, &found, FindExSearchNameMatch, nullptr, 0));
+  if (!search) return names;
+  do {
+    if (!(found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)) names.emplace_back(found.cFileName);
+  } while (FindNextFileW(search.get(), &found));
+  std::sort(names.begin(), names.end(), [](const std::wstring& a, const std::wstring& b) {
+    return CompareStringOrdinal(a.c_str(), -1, b.c_str(), -1, TRUE) == CSTR_LESS_THAN;
+  });
+  return names;
+}
+
+// What `ask` writes for the path, of any length; empty when it cannot.
+template <class Ask>
+std::wstring askedOf(const wchar_t* path, Ask ask) {
+  const DWORD size = ask(path, nullptr, 0);
+  std::wstring answer(size, 0);
+  const DWORD length = size ? ask(path, answer.data(), size) : 0;
+  answer.resize(length < size ? length : 0);
+  return answer;
+}
+
+// One spelling for each file: absolute, with the system's separators, one between two names and none at the end, with
+// whole names instead of short ones. Empty when the path cannot be one.
+std::wstring absolutePath(const wchar_t* path) {
+  if (!path) return {};
+  constexpr std::wstring_view kNoLimit = L"\\\\?\\";
+  std::wstring absolute = askedOf(
+      path, [](const wchar_t* from, wchar_t* to, DWORD size) { return GetFullPathNameW(from, size, to, nullptr); });
+  if (absolute.starts_with(kNoLimit) && absolute.size() > 5 && absolute[5] == L':') absolute.erase(0, kNoLimit.size());
+  const std::wstring whole = askedOf(
+      absolute.c_str(), [](const wchar_t* from, wchar_t* to, DWORD size) { return GetLongPathNameW(from, to, size); });
+  if (!whole.empty()) absolute = whole;
+  const std::size_t firstName = std::min<std::size_t>(absolute.size(), 2);  // behind the two of a share
+  absolute.erase(std::unique(absolute.begin() + static_cast<std::ptrdiff_t>(firstName), absolute.end(),
+                             [](wchar_t a, wchar_t b) { return a == L'\\' && b == L'\\'; }),
+                 absolute.end());
+  while (absolute.size() > firstName && absolute.back() == L'\\') absolute.pop_back();
+  return absolute;
+}
+
+constexpr wchar_t kNoMemory[] = L"There is not enough memory to read its descriptor.";
+
+}  // namespace
+
+// Letters count as the file system counts them.
+std::size_t PathHash::operator()(std::wstring_view path) const {
+  u32 hash = 0;
+  for (std::size_t at = 0; at < path.size();) {
+    wchar_t upper[128];
+    const int count = static_cast<int>(std::min(path.size() - at, std::size(upper)));
+    const int mapped = LCMapStringEx(LOCALE_NAME_INVARIANT, LCMAP_UPPERCASE, path.data() + at, count, upper,
+                                     static_cast<int>(std::size(upper)), nullptr, nullptr, 0);
+    hash = text::stringHash(upper, static_cast<std::size_t>(mapped), hash, static_cast<u32>(at));
+    at += static_cast<std::size_t>(count);
+  }
+  return hash;
+}
+
+bool SamePath::operator()(std::wstring_view a, std::wstring_view b) const noexcept {
+  return CompareStringOrdinal(a.data(), static_cast<int>(a.size()), b.data(), static_cast<int>(b.size()), TRUE) ==
+         CSTR_EQUAL;
+}
+
+BNotifySender& preGlobalEvents() {
+  static GlobalSender sender(IPluginManager::classInfo(), "preGlobalEvent");
+  return sender.get();
+}
+
+BNotifySender& postGlobalEvents() {
+  static GlobalSender sender(IPluginManager::classInfo(), "postGlobalEvent");
+  return sender.get();
+}
+
+IBCollection* KPluginManager::findByName(const wchar_t* interfaceName) {
+  KInterfaceCollection* const found = registry_.findNamed(interfaceName);
+  if (found) found->addRef();
+  return found;
+}
+
+IBSmartObject* KPluginManager::createObject(const wchar_t* interfaceName) {
+  const KInterfaceCollection* const found = registry_.findNamed(interfaceName);
+  if (!found) return nullptr;
+  for (i32 i = 0; i < found->count(); ++i) {
+    if (IBSmartObject* object = found->item(i)->createObject()) return object;
+  }
+  return nullptr;
+}
+
+template <class Interface, class Call>
+void KPluginManager::forEachObject(KInterfaceCollection* declared, Call call) {
+  const auto entries = Ref<KInterfaceCollection>::share(declared);
+  auto visit = [&](Interface& told, IPluginInterface&) {
+    call(told);
+    return true;
+  };
+  for (i32 i = 0; entries && i < entries->count(); ++i) {
+    const Ref<IPluginInterface> entry = Ref<IPluginInterface>::share(entries->item(i));
+    visitDeclared<Interface>(*entry, entry->name(), visit);
+  }
+}
+
+void KPluginManager::raiseEvent(IGlobalEvent& event) {
+  const auto tell = [&event](IGlobalEventTarget& target) { return target.onGlobalEvent(event); };
+  broadcastTo<IGlobalEventTarget>(preEventSender_, tell);
+  broadcastTo<IGlobalEventTarget>(preGlobalEvents(), tell);
+  const wchar_t* const name = event.name();
+  forEachObject<IGlobalEventTarget>(registry_.find(L"GlobalEvent.", name ? name : L""), tell);
+  broadcastTo<IGlobalEventTarget>(postEventSender_, tell);
+  broadcastTo<IGlobalEventTarget>(postGlobalEvents(), tell);
+}
+
+// Those that others need stand before them.
+void KPluginManager::arrangeByNeeds(const wchar_t* interfaceName) {
+  KInterfaceCollection* const found = registry_.find(interfaceName);
+  if (!found) return;
+  std::vector<const KPluginModule*> modules;
+  for (const Ref<KPluginModule>& module : modules_) modules.push_back(module.get());
+  const Requirements requirements(modules, registry_);
+  found->arrange([&](const IPluginInterface& entry) {
+    return requirements.stepOf(*corvix::query<KPluginModule>(entry.module()));
+  });
+}
+
+void KPluginManager::tellAfterInit() {
+  if (onlyDescribes_) return;
+  arrangeByNeeds(L"IPluginManagerAfterInit");
+  forEachObject<IPluginManagerAfterInit>(registry_.find(L"IPluginManagerAfterInit"),
+                                         [this](IPluginManagerAfterInit& told) { told.afterInit(*this); });
+}
+
+void KPluginManager::tellBeforeDestroy() {
+  if (onlyDescribes_) return;
+  forEachObject<IPluginManagerBeforeDestroy>(registry_.find(L"IPluginManagerBeforeDestroy"),
+                                             [this](IPluginManagerBeforeDestroy& told) { told.beforeDestroy(*this); });
+}
+
+void KPluginManager::registerInstance(const wchar_t* interfaceName, Ref<IBSmartObject> instance) {
+  if (modules_.empty()) return;
+  const ClassWords identifier = instance->typeInfo().words();
+  registry_.registerInterface(make<KPluginInterface>(modules_.front(), registry_.nameAlone(interfaceName), identifier));
+  registry_.setInstance(interfaceName, std::move(instance));
+}
+
+void KPluginManager::registerOwnDescriptor(void* module) {
+  const DescriptorBytes descriptor = readDescriptorResource(static_cast<HMODULE>(module));
+  const Ref<XMLNode> root =
+      Ref<XMLNode>::adopt(readXmlbin(descriptor.bytes.data(), static_cast<u32>(descriptor.bytes.size())));
+  registerDescriptor(module, root.get());
+}
+
+bool KPluginManager::registerDescriptor(void* module, XMLNode* root) {
+  const XMLNodeNode* const plugin = findElement(root, L"Plugin");
+  if (!plugin) return false;
+  auto record = make<KPluginModule>(modulePath(static_cast<HMODULE>(module)), registry_, alert_);
+  addRecord(record);
+  orFailed(*record, [&] {
+    record->attach(module);
+    registerAll(record, *plugin);
+  });
+  return true;
+}
+
+// Whatever goes wrong is the module's fault alone, and nothing of it is left half registered.
+template <class Call>
+void KPluginManager::orFailed(KPluginModule& module, Call call) {
+  try {
+    call();
+    return;
+  } catch (const std::bad_alloc&) {
+    module.fail(kNoMemory);
+  } catch (...) {
+    module.fail(L"Reading its descriptor failed: " + textOfThrown());
+  }
+  hasUnlisted_ = true;
+  try {
+    registry_.forgetInterfaces(module);
+  } catch (const std::bad_alloc&) {  // only the table is not as large as it might be
+  }
+}
+
+void KPluginManager::registerAll(const Ref<KPluginModule>& module, const XMLNodeNode& plugin) {
+  module->readDescriptor(plugin);
+  if (const stype_info* const identifier = module->identifier())
+    byIdentifier_.try_emplace(identifier->words(), module.get());
+  ModuleDescriptor& descriptor = module->descriptor();
+  for (const Attributes& attributes : descriptor.takeInterfaces()) {
+    const wchar_t* const text = attributes.find(L"GUID");
+    const auto identifier = text ? parseClassWords(text, std::wcslen(text)) : std::nullopt;
+    if (identifier && attributes.find(L"Name"))
+      registry_.registerInterface(make<KPluginInterface>(module, attributes, *identifier));
+  }
+  for (const Attributes& declared : descriptor.settings()) settingsRegistry_.registerSetting(declared, *settings_);
+}
+
+i32 KPluginManager::scanFolder(const wchar_t* folder) {
+  const std::wstring absolute = absolutePath(folder);
+  if (absolute.empty()) return 0;
+  i32 added = 0;
+  for (const std::wstring& name : modulesOf(absolute)) {
+    const std::wstring path = absolute + L"\\" + name;
+    if (findByPath(path)) continue;
+    addModule(path);
+    ++added;
+  }
+  return added;
+}
+
+KPluginModule* KPluginManager::addModule(const std::wstring& path) {
+  const auto module = make<KPluginModule>(path, registry_, alert_);
+  if (onlyDescribes_) module->describeOnly();
+  addRecord(module);
+  orFailed(*module, [&] { readDescriptorOf(module, path); });
+  return module.get();
+}
+
+void KPluginManager::readDescriptorOf(const Ref<KPluginModule>& module, const std::wstring& path) {
+  constexpr std::size_t kMayLackMemory = 1024 * 1024;
+  const DescriptorBytes descriptor = readDescriptorResource(path);
+  if (descriptor.isNoPlugin) return module->setNoPlugin(descriptor.reason);
+  if (descriptor.bytes.empty()) return module->fail(descriptor.reason);
+  const Ref<XMLNode> root =
+      Ref<XMLNode>::adopt(readXmlbin(descriptor.bytes.data(), static_cast<u32>(descriptor.bytes.size())));
+  if (!root && descriptor.bytes.size() > kMayLackMemory)
+    return module->fail(L"Its descriptor is malformed, or there is not enough memory to read it.");
+  if (!root) return module->fail(L"Its descriptor is malformed.");
+  const XMLNodeNode* const plugin = findElement(root.get(), L"Plugin");
+  if (!plugin) return module->fail(L"Its descriptor has no Plugin element.");
+  registerAll(module, *plugin);
+}
+
+IPluginModule* KPluginManager::loadModule(const wchar_t* path) {
+  const std::wstring absolute = absolutePath(path);
+  if (absolute.empty()) return nullptr;
+  KPluginModule* module = findByPath(absolute);
+  if (!module) module = addModule(absolute);
+  return module->load() ? module : nullptr;
+}
+
+IPluginModule* KPluginManager::moduleAt(i32 index) const noexcept {
+  return index >= 0 && index < moduleCount() ? modules_[static_cast<std::size_t>(index)].get() : nullptr;
+}
+
+IPluginModule* KPluginManager::findModule(const stype_info& identifier) const noexcept {
+  const auto found = byIdentifier_.find(identifier.words());
+  if (found != byIdentifier_.end()) return found->second;
+  if (!hasUnlisted_) return nullptr;
+  for (const Ref<KPluginModule>& module : modules_) {
+    if (module->identifier() && *module->identifier() == identifier) return module.get();
+  }
+  return nullptr;
+}
+
+KPluginModule* KPluginManager::findByPath(const std::wstring& path) const {
+  const auto found = byPath_.find(path);
+  return found == byPath_.end() ? nullptr : *found;
+}
+
+void KPluginManager::addRecord(const Ref<KPluginModule>& module) {
+  if (modules_.size() == modules_.capacity()) modules_.reserve(modules_.size() * 2 + 16);
+  byPath_.insert(module.get());
+  modules_.push_back(module);
+}
+
+}  // namespace corvix

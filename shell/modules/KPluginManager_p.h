@@ -1,0 +1,106 @@
+#pragma once
+
+#include "core/settings/SettingsRegistry_p.h"
+#include "shell/GlobalEvent.h"
+#include "shell/guard/UserAlert_p.h"
+#include "shell/modules/KClassFactoryLocal_p.h"
+#include "shell/modules/PluginModule_p.h"
+
+#include <unordered_map>
+#include <unordered_set>
+
+namespace corvix {
+
+// Modules looked up by their paths.
+struct PathHash {
+  using is_transparent = void;
+  std::size_t operator()(std::wstring_view path) const;
+  std::size_t operator()(const KPluginModule* module) const { return operator()(module->path()); }
+};
+struct SamePath {
+  using is_transparent = void;
+  bool operator()(std::wstring_view a, std::wstring_view b) const noexcept;
+  bool operator()(const KPluginModule* a, std::wstring_view b) const noexcept { return operator()(a->path(), b); }
+  bool operator()(std::wstring_view a, const KPluginModule* b) const noexcept { return operator()(a, b->path()); }
+  bool operator()(const KPluginModule* a, const KPluginModule* b) const noexcept {
+    return operator()(a->path(), b->path());
+  }
+};
+
+// Any of the words may be the one in which the identifiers of a maker's modules differ.
+struct WordsHash {
+  std::size_t operator()(const ClassWords& words) const noexcept {
+    u32 hash = 0;
+    for (const u32 word : {words.word1, words.word2, words.word3, words.word4}) hash = (hash ^ word) * 0x9E3779B1;
+    return hash ^ hash >> 16;
+  }
+};
+
+class KPluginManager final : public IPluginManager {
+  CORVIX_IDENTITY(KPluginManager, 0x2BD7046F, 0x4E68A9C3, 0x8071F35D, 0xD9163EA2, IPluginManager)
+
+ public:
+  // Registry and alert outlive the manager.
+  KPluginManager(KClassFactoryLocal& registry, IUserAlert& alert, Ref<IBSettings> settings) noexcept
+      : registry_(registry), alert_(alert), settings_(std::move(settings)) {}
+
+  IBCollection* findByName(const wchar_t* interfaceName) override;
+  IBSmartObject* createObject(const wchar_t* interfaceName) override;
+  bool registerDescriptor(void* module, XMLNode* root) override;
+  i32 scanFolder(const wchar_t* folder) override;
+  IPluginModule* loadModule(const wchar_t* path) override;
+  i32 moduleCount() const noexcept override { return static_cast<i32>(modules_.size()); }
+  IPluginModule* moduleAt(i32 index) const noexcept override;
+  IPluginModule* findModule(const stype_info& identifier) const noexcept override;
+  i32 interfaceCount() const noexcept override { return registry_.interfaceCount(); }
+  IPluginInterface* interfaceAt(i32 index) const noexcept override { return registry_.interfaceAt(index); }
+
+  i32 saveSettings() override { return settingsRegistry_.saveAll(*settings_); }
+  void raiseEvent(IGlobalEvent& event) override;
+  BNotifySender& preEventSender() noexcept override { return preEventSender_; }
+  BNotifySender& postEventSender() noexcept override { return postEventSender_; }
+
+  // The library's own descriptor, from its own module.
+  void registerOwnDescriptor(void* module);
+
+  // An object of the library that there is one of, found by name behind what plug-ins declare so far.
+  void registerInstance(const wchar_t* interfaceName, Ref<IBSmartObject> instance);
+  void forgetInstances() noexcept { registry_.forgetInstances(); }
+
+  // The code of modules that are found from now on is never loaded.
+  void describeOnly() noexcept { onlyDescribes_ = true; }
+
+  // Tell the objects that declare to be told.
+  void tellAfterInit();
+  void tellBeforeDestroy();
+
+ private:
+  // A record with what its file's descriptor declares registered, or failed.
+  KPluginModule* addModule(const std::wstring& path);
+  void readDescriptorOf(const Ref<KPluginModule>& module, const std::wstring& path);
+  void registerAll(const Ref<KPluginModule>& module, const XMLNodeNode& plugin);
+  // Runs what may throw; an exception makes the module a failed one, with nothing registered.
+  template <class Call>
+  void orFailed(KPluginModule& module, Call call);
+  // A new object of each that offers Interface, released right after; those that are registered meanwhile too.
+  template <class Interface, class Call>
+  void forEachObject(KInterfaceCollection* declared, Call call);
+  void arrangeByNeeds(const wchar_t* interfaceName);
+  KPluginModule* findByPath(const std::wstring& path) const;
+  void addRecord(const Ref<KPluginModule>& module);
+
+  KClassFactoryLocal& registry_;
+  IUserAlert& alert_;
+  std::vector<Ref<KPluginModule>> modules_;
+  // Of two with the same path or identifier the first.
+  std::unordered_set<KPluginModule*, PathHash, SamePath> byPath_;
+  std::unordered_map<ClassWords, KPluginModule*, WordsHash> byIdentifier_;
+  bool hasUnlisted_ = false;  // a module failed before it came into the table of identifiers
+  Ref<IBSettings> settings_;
+  SettingsRegistry settingsRegistry_;
+  bool onlyDescribes_ = false;
+  BNotifySender preEventSender_;
+  BNotifySender postEventSender_;
+};
+
+}  // namespace corvix

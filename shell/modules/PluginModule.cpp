@@ -1,0 +1,167 @@
+#include "shell/modules/PluginModule_p.h"
+
+#include "core/baselib/system/Log.h"
+#include "shell/guard/GuardedModule_p.h"
+#include "shell/guard/UserAlert_p.h"
+#include "shell/modules/Contract_p.h"
+#include "shell/modules/ModuleFile_p.h"
+#include "shell/modules/Requirements_p.h"
+
+#include <algorithm>
+
+namespace corvix {
+
+namespace {
+
+// A factory that says something else each time does not fill the memory.
+constexpr std::ptrdiff_t kMostSaid = 32;
+constexpr std::size_t kLongestSentence = 1024;
+
+}  // namespace
+
+void KPluginModule::readDescriptor(const XMLNodeNode& plugin) {
+  descriptor_.read(plugin);
+  const wchar_t* const text = descriptor_.plugin().find(L"GUID");
+  const std::optional<ClassWords> words = text ? parseClassWords(text, std::wcslen(text)) : std::nullopt;
+  std::wstring flaws;
+  if (words) {
+    identifier_.emplace(*words);
+  } else {
+    flaws = text ? L"Its identifier does not have four numbers; the module cannot be found by identifier."
+                 : L"It has no identifier; the module cannot be found by identifier.";
+  }
+  const std::wstring complaints = descriptor_.complaints();
+  if (!flaws.empty() && !complaints.empty()) flaws += L' ';
+  flaw_ = keep(flaws + complaints);
+  if (state_ == ModuleState::Failed) return;
+  reason_ = flaw_;
+  const auto stamp = [&](const wchar_t* name) { return orEmpty(descriptor_.plugin().find(name)); };
+  const std::wstring why = whyOtherContract({stamp(L"SdkVersion"), stamp(L"SdkCompiler"), stamp(L"SdkBits")});
+  if (!why.empty()) fail(why);
+}
+
+const wchar_t* KPluginModule::keep(const std::wstring& sentence) noexcept {
+  try {
+    std::wstring text = sentence.substr(0, kLongestSentence);
+    if (*flaw_) text.append(L" ").append(flaw_);
+    const auto before = std::find(said_.begin(), said_.end(), text);
+    if (before != said_.end()) return before->c_str();
+    if (state_ != ModuleState::Failed && std::distance(said_.begin(), said_.end()) >= kMostSaid)
+      return L"Its class factory failed, and said too much before to be quoted again.";
+    said_.push_front(std::move(text));
+    return said_.front().c_str();
+  } catch (const std::bad_alloc&) {
+    return L"It failed, and there is not enough memory to say why.";
+  }
+}
+
+void KPluginModule::fail(const std::wstring& reason) noexcept {
+  state_ = ModuleState::Failed;
+  factory_ = nullptr;
+  reason_ = keep(reason);
+  sWriteLog(L"Module %s failed: %s\n", path_.c_str(), reason_);
+}
+
+bool KPluginModule::take(const LoadedFactory& loaded) {
+  if (loaded.factory) {
+    factory_ = loaded.factory;
+    state_ = ModuleState::Loaded;
+    return true;
+  }
+  fail(loaded.reason);
+  if (loaded.crashed) alertOfCrash();
+  return false;
+}
+
+void KPluginModule::alertOfCrash() {
+  alert_.show(L"Can't load module" + path_ + L". Module may be corrupt!", L"Teldane Quill");
+}
+
+void KPluginModule::attach(void* handle) { take(findFactory(static_cast<HMODULE>(handle))); }
+
+bool KPluginModule::hasWhatItNeeds() {
+  if (isOnlyDescribed_) {
+    reason_ = keep(L"This program describes its plug-ins and runs none of their code.");
+    return false;
+  }
+  if (hadWhatItNeeds_) return true;
+  if (!descriptor_.requirements().empty()) {
+    const std::wstring why = Requirements({this}, registry_).whyUnmet(*this);
+    reason_ = why.empty() ? flaw_ : keep(why);
+    if (!why.empty()) return false;
+  }
+  return hadWhatItNeeds_ = true;
+}
+
+bool KPluginModule::load() {
+  if (state_ == ModuleState::Failed || state_ == ModuleState::NoPlugin || !hasWhatItNeeds()) return false;
+  if (state_ == ModuleState::Loaded) return true;
+  if (std::exchange(isLoading_, true)) return false;  // its own start asks for its objects
+  sWriteLog(L"Load library %s\n", path_.c_str());
+  const LoadedFactory loaded = loadFactory(path_);
+  isLoading_ = false;
+  return take(loaded);
+}
+
+IBSmartObject* KPluginModule::createObject(const wchar_t* interfaceName, const stype_info& identifier) {
+  if (!load()) return nullptr;
+  IBSmartObject* object = nullptr;
+  const GuardedOutcome outcome = guardedFromAll([&] { object = factory_->createObject(interfaceName, identifier); });
+  if (outcome.fault) {
+    fail(L"Asked for \"" + std::wstring(interfaceName) + L"\", its class factory crashed: " + faultText(outcome.fault) +
+         L".");
+    alertOfCrash();
+    return nullptr;
+  }
+  if (outcome.thrown) return cannotCreate(interfaceName, L"threw: " + *outcome.thrown);
+  if (!object) return cannotCreate(interfaceName, L"made no such object");
+  reason_ = flaw_;
+  return object;
+}
+
+IBSmartObject* KPluginModule::cannotCreate(const wchar_t* interfaceName, const std::wstring& why) {
+  reason_ = keep(L"Asked for \"" + std::wstring(interfaceName) + L"\", its class factory " + why + L".");
+  return nullptr;
+}
+
+IBSmartObject* KPluginInterface::createObject() {
+  IBSmartObject* const object = module_->createObject(name_, identifier_);
+  if (object) {
+    if (!std::exchange(isIdentityChecked_, true)) checkIdentity(*object);
+    reason_ = L"";
+  } else {
+    setReason(*module_->reason() ? module_->reason() : L"Its module is just being loaded.");
+  }
+  return object;
+}
+
+void KPluginInterface::reject(const wchar_t* why) {
+  const std::wstring text = why ? why : L"";
+  setReason(module_->keep(L"The object made for \"" + std::wstring(name_) + L"\" is of no use: " + text + L"."));
+}
+
+// A program may ask again and again: the log gets each reason once.
+void KPluginInterface::setReason(const wchar_t* reason) noexcept {
+  reason_ = reason;
+  if (std::exchange(logged_, reason) != reason)
+    sWriteLog(L"No object \"%s\" from %s: %s\n", name_, module_->path(), reason);
+}
+
+// The object stays as good as it was: those who ask for another of its interfaces get it.
+void KPluginInterface::checkIdentity(IBSmartObject& object) const noexcept {
+  const char* className = "";
+  bool answers = false;
+  const GuardedOutcome outcome = guardedFromAll([&] {
+    className = object.typeInfo().className();
+    answers = object.query(identifier_) != nullptr;
+  });
+  if (outcome.fault || outcome.thrown) {
+    sWriteLog(L"Warning: the object \"%s\" from %s %s when it was asked for its identity\n", name_, module_->path(),
+              outcome.fault ? L"crashed" : L"threw");
+  } else if (!answers) {
+    sWriteLog(L"Warning: the object \"%s\" from %s, a %hs, does not answer to the identifier declared for it, %hs\n",
+              name_, module_->path(), className, identifier_.text());
+  }
+}
+
+}  // namespace corvix

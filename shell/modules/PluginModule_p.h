@@ -1,0 +1,124 @@
+// KPluginModule: the record of one module. KPluginInterface: one interface that it declares.
+#pragma once
+
+#include "shell/ClassFactory.h"
+#include "shell/PluginManager.h"
+#include "shell/modules/ModuleDescriptor_p.h"
+
+#include <forward_list>
+#include <optional>
+#include <string>
+
+namespace corvix {
+
+class IUserAlert;
+class KClassFactoryLocal;
+struct LoadedFactory;
+
+class KPluginModule final : public IPluginModule {
+  CORVIX_IDENTITY(KPluginModule, 0x5C08E3B9, 0x4AD7912F, 0x9E64B1D0, 0x83F72C1A, IPluginModule)
+
+ public:
+  // `registry`, where what it needs is looked for, and `alert` outlive the module.
+  KPluginModule(std::wstring path, const KClassFactoryLocal& registry, IUserAlert& alert)
+      : path_(std::move(path)), registry_(registry), alert_(alert) {}
+
+  ModuleState state() const noexcept override { return state_; }
+  const wchar_t* reason() const noexcept override { return reason_; }
+  const wchar_t* path() const noexcept override { return path_.c_str(); }
+  const wchar_t* name() const noexcept override { return orEmpty(descriptor_.plugin().find(L"Name")); }
+  const wchar_t* version() const noexcept override { return orEmpty(descriptor_.plugin().find(L"Version")); }
+  const stype_info* identifier() const noexcept override { return identifier_ ? &*identifier_ : nullptr; }
+  const wchar_t* attribute(const wchar_t* attributeName) const noexcept override {
+    return attributeName ? descriptor_.plugin().findAnyCase(attributeName) : nullptr;
+  }
+  i32 settingCount() const noexcept override { return static_cast<i32>(descriptor_.settings().size()); }
+  const wchar_t* settingAttribute(i32 index, const wchar_t* attributeName) const noexcept override {
+    const bool isThere = attributeName && index >= 0 && index < settingCount();
+    return isThere ? descriptor_.settings()[static_cast<std::size_t>(index)].findAnyCase(attributeName) : nullptr;
+  }
+
+  // Takes in what the element declares; the tree is not needed any more afterwards.
+  void readDescriptor(const XMLNodeNode& plugin);
+  ModuleDescriptor& descriptor() noexcept { return descriptor_; }
+  const ModuleDescriptor& descriptor() const noexcept { return descriptor_; }
+
+  // Its code is never loaded.
+  void describeOnly() noexcept { isOnlyDescribed_ = true; }
+
+  // Nothing more comes from the module.
+  void fail(const std::wstring& reason) noexcept;
+
+  // Nor does anything, and that is no fault.
+  void setNoPlugin(const std::wstring& reason) noexcept {
+    state_ = ModuleState::NoPlugin;
+    reason_ = keep(reason);
+  }
+
+  // Finds the class factory of a module whose code is loaded; `handle` is the system's.
+  void attach(void* handle);
+
+  // Loads the code if it is not loaded yet and what the module needs is there.
+  bool load();
+
+  // Null when it cannot be had; `reason` then says why.
+  IBSmartObject* createObject(const wchar_t* interfaceName, const stype_info& identifier);
+
+  // The sentence, behind it what is wrong with the descriptor; stands as long as the module.
+  const wchar_t* keep(const std::wstring& sentence) noexcept;
+
+ private:
+  static const wchar_t* orEmpty(const wchar_t* text) noexcept { return text ? text : L""; }
+  bool take(const LoadedFactory& loaded);
+  bool hasWhatItNeeds();
+  void alertOfCrash();
+  IBSmartObject* cannotCreate(const wchar_t* interfaceName, const std::wstring& why);
+
+  std::wstring path_;
+  const KClassFactoryLocal& registry_;
+  IUserAlert& alert_;
+  ModuleState state_ = ModuleState::Described;
+  bool isLoading_ = false;
+  bool isOnlyDescribed_ = false;
+  bool hadWhatItNeeds_ = false;  // once, and so for good
+  const wchar_t* flaw_ = L"";    // what is wrong with the descriptor, though not fatal
+  const wchar_t* reason_ = L"";
+  std::forward_list<std::wstring> said_;  // every reason so far
+  ModuleDescriptor descriptor_;
+  std::optional<PlainIdentifier> identifier_;
+  BClassFactory* factory_ = nullptr;
+};
+
+class KPluginInterface final : public IPluginInterface, public ICreationReport {
+  CORVIX_IDENTITY(KPluginInterface, 0x7A9D51C6, 0x4832F0BE, 0xA36E8D14, 0x0C75E92B, IPluginInterface, ICreationReport)
+
+ public:
+  // The attributes are the module's or stand for good; there is a "Name" among them.
+  KPluginInterface(Ref<KPluginModule> module, const Attributes& attributes, const ClassWords& identifier) noexcept
+      : module_(std::move(module)), attributes_(attributes), name_(attributes.find(L"Name")), identifier_(identifier) {}
+
+  const wchar_t* name() const noexcept override { return name_; }
+  const stype_info& identifier() const noexcept override { return identifier_; }
+  const wchar_t* attribute(const wchar_t* attributeName) const noexcept override {
+    return attributeName ? attributes_.findAnyCase(attributeName) : nullptr;
+  }
+  IPluginModule* module() const noexcept override { return module_.get(); }
+  IBSmartObject* createObject() override;
+
+  const wchar_t* reason() const noexcept override { return reason_; }
+  void reject(const wchar_t* why) override;
+
+ private:
+  void setReason(const wchar_t* reason) noexcept;
+  void checkIdentity(IBSmartObject& object) const noexcept;
+
+  Ref<KPluginModule> module_;
+  Attributes attributes_;
+  const wchar_t* name_;  // one of the attributes
+  PlainIdentifier identifier_;
+  const wchar_t* reason_ = L"";     // the module keeps it
+  const wchar_t* logged_ = L"";     // the reason that the log has already
+  bool isIdentityChecked_ = false;  // of the first object
+};
+
+}  // namespace corvix

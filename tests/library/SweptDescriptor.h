@@ -1,0 +1,55 @@
+// A descriptor for the operations that read one, and what writes blocks by hand.
+#pragma once
+
+#include "core/baselib/objects/Ref.h"
+#include "core/xml/XmlNode.h"
+#include "core/xml/XmlbinReader.h"
+
+#include <string>
+
+namespace corvix::testing_support {
+
+// Writes a block by hand.
+struct Block {
+  std::string bytes{"xmlbin\0\1\0\0", 10};
+  void word(i32 value) { bytes.append(reinterpret_cast<const char*>(&value), sizeof value); }
+  void string(std::wstring_view text) {
+    word(static_cast<i32>(text.size()));
+    bytes.append(reinterpret_cast<const char*>(text.data()), text.size() * sizeof(wchar_t));
+  }
+  void element(std::wstring_view name, i32 children) {
+    word(2);
+    string(name);
+    word(children);
+  }
+  void attribute(std::wstring_view name, std::wstring_view value) {
+    word(3);
+    string(name);
+    string(value);
+  }
+};
+
+// A descriptor with an interface and a setting.
+inline std::string descriptor() {
+  Block block;
+  block.element(L"CorvixRC", 1);
+  block.element(L"Plugin", 4);
+  block.attribute(L"Name", L"Swept module");
+  block.attribute(L"GUID", L"1, 2, 3, 4");
+  block.element(L"Interface", 2);
+  block.attribute(L"Name", L"Swept.Interface");
+  block.attribute(L"GUID", L"1, 2, 3, 5");
+  block.element(L"Setting", 4);
+  block.attribute(L"Group", L"Swept");
+  block.attribute(L"Item", L"One");
+  block.attribute(L"Type", L"int");
+  block.attribute(L"Data", L"4");
+  return block.bytes;
+}
+
+inline Ref<XMLNode> readDescriptor() {
+  const std::string bytes = descriptor();
+  return Ref<XMLNode>::adopt(readXmlbin(bytes.data(), static_cast<u32>(bytes.size())));
+}
+
+}  // namespace corvix::testing_support

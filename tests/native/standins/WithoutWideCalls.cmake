@@ -1,0 +1,6 @@
+execute_process(COMMAND "${NM}" --dynamic --undefined-only "${PROGRAM}" OUTPUT_VARIABLE symbols COMMAND_ERROR_IS_FATAL ANY)
+string(REGEX MATCHALL " (wcs|wmem|v?sw?w?printf|v?fw?wprintf|wcp|mbsto|mbsr)[a-z]*@[^\n]*" calls "${symbols}")
+list(FILTER calls INCLUDE REGEX "wcs|wmem|wprintf|mbs")
+if(calls)
+    message(FATAL_ERROR "${PROGRAM} calls functions for 32-bit wide text:${calls}. Give them a row in standins/WideText.cpp.")
+endif()

@@ -1,3 +1,0 @@
-#include "shell/Plugin.h"
-
-CORVIX_PLUGIN({L"Faulty.three_number_guid", corvix::create<corvix::BSmartObject>})

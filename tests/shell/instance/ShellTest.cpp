@@ -1,0 +1,484 @@
+#include "shell/Shell.h"
+
+#include "core/baselib/system/Exception.h"
+#include "core/xml/XmlNode.h"
+#include "graphics/fonts/FontMachine.h"
+#include "shell/CommandLine.h"
+#include "shell/GlobalEvent.h"
+#include "shell/Plugin.h"
+#include "shell/gui/Dialog.h"
+#include "tests/support/OwnPlugin.h"
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace corvix {
+
+namespace {
+
+using testing_support::Descriptor;
+using testing_support::journal;
+using testing_support::shell;
+
+IPluginManager& manager() { return *shell().pluginManager(); }
+
+std::string narrow(std::wstring_view text) { return {text.begin(), text.end()}; }
+
+// Takes options that begin with its letter and as many arguments as the digit behind it says.
+class Processor final : public BSmartObject, public ICommandLine {
+  CORVIX_IDENTITY(Processor, 0x93750C02, 0xB580CD92, 0xAAAC9DF1, 0xBB086A32, BSmartObject, ICommandLine)
+
+ public:
+  explicit Processor(wchar_t letter) : letter_(letter) {}
+  i32 takeArguments(const wchar_t* const* arguments, i32 count) override {
+    journal() += narrow({&letter_, 1}) + "?" + narrow(arguments[0]) + "/" + std::to_string(count) + " ";
+    if (arguments[0] == std::wstring_view(L"throw")) throw std::runtime_error("no such option");
+    return arguments[0][0] == letter_ ? arguments[0][1] - L'0' : 0;
+  }
+
+ private:
+  wchar_t letter_;
+};
+
+std::string processorLetters = "a";  // of those that are made, in turn
+std::size_t processorsMade = 0;
+
+IBSmartObject* makeProcessor() {
+  const char letter = processorLetters[processorsMade++ % processorLetters.size()];
+  return new Processor(static_cast<wchar_t>(letter));
+}
+
+i32 targetsMade = 0;
+
+// A target notes which of them it is: they are made one after the other.
+class Target final : public BSmartObject, public IGlobalEventTarget {
+  CORVIX_IDENTITY(Target, 0x674AB60E, 0xD4AB8164, 0x3698A1A7, 0x5251373C, BSmartObject, IGlobalEventTarget)
+
+ public:
+  int onGlobalEvent(IGlobalEvent& event) override {
+    journal() += "target" + std::to_string(++targetsMade) + narrow(event.name()) + " ";
+    if (targetsMade == 3) throw std::runtime_error("no time for events");  // the others are told nevertheless
+    return notify::kStop;                                                  // of no consequence
+  }
+};
+
+class NoTarget final : public BSmartObject {
+  CORVIX_IDENTITY(NoTarget, 0x4A887A0A, 0xC4EB0423, 0xA882D117, 0xC9FE7A7A, BSmartObject)
+ public:
+  NoTarget() { journal() += "made "; }
+  ~NoTarget() override { journal() += "gone "; }
+};
+
+class Goodbye final : public BSmartObject, public IPluginManagerBeforeDestroy {
+  CORVIX_IDENTITY(Goodbye, 0x45095D2C, 0x0668E2E6, 0xD555FF0E, 0xFA0E93B6, BSmartObject, IPluginManagerBeforeDestroy)
+ public:
+  void beforeDestroy(IPluginManager& told) override { journal() += told.moduleCount() ? "goodbye " : "alone "; }
+};
+
+class Declared final : public BSmartObject, public IAction {
+  CORVIX_IDENTITY(Declared, 0x82500EB2, 0x63D2065A, 0xA93C1D61, 0x5DA8E3CD, BSmartObject, IAction)
+ public:
+  static constexpr int kThrows = 1000;
+  explicit Declared(int answer = notify::kTaken) : answer_(answer) {}
+  const wchar_t* name() const noexcept override { return L"Actions.Test.Declared"; }
+  int validate(IActionSender*) override { return note("can "); }
+  int process(IActionSender*) override { return note("does "); }
+
+ private:
+  int note(const char* what) {
+    journal() += what;
+    static SException error(L"x.cpp", 1, L"not freed");
+    if (answer_ == kThrows) throw &error;
+    return answer_;
+  }
+  int answer_;
+};
+
+class Event final : public IGlobalEvent {
+  CORVIX_IDENTITY(Event, 0xEC8B08C1, 0xB4B2518F, 0xDB391F53, 0xAFE9A65F, IGlobalEvent)
+ public:
+  explicit Event(const wchar_t* name) : name_(name) {}
+  const wchar_t* name() const noexcept override { return name_; }
+
+ private:
+  const wchar_t* name_;
+};
+
+class EventListener final : public IGlobalEventTarget {
+  CORVIX_IDENTITY(EventListener, 0x4CA6D9DE, 0x480B8FB4, 0xA1EC6A87, 0x2B43780D, IGlobalEventTarget)
+ public:
+  explicit EventListener(const char* name) : name_(name) {}
+  int onGlobalEvent(IGlobalEvent&) override {
+    journal() += name_ + std::string(" ");
+    if (throws) throw std::runtime_error("no ear for it");
+    return notify::kStop;
+  }
+  bool throws = false;
+
+ private:
+  const char* name_;
+};
+
+// What a plug-in may declare as the action manager.
+class OwnManager final : public IActionManager {
+  CORVIX_IDENTITY(OwnManager, 0x1E9D3B57, 0x8AC24F60, 0xF5138DE9, 0x27B6C04A, IActionManager)
+ public:
+  OwnManager() { journal() += shell().actionManager() ? "somebody " : "nobody "; }
+  void addAction(IAction*) override {}
+  void removeAction(const wchar_t*) override {}
+  IAction* findAction(const wchar_t*) override { return nullptr; }
+  int validateAction(const wchar_t*, IActionSender*) override { return 7; }
+  int processAction(const wchar_t*, IActionSender*) override { return 7; }
+};
+
+// Answers as often as it is set to, each time by itself.
+class Dialog final : public BSmartObject, public IDialog {
+  CORVIX_IDENTITY(Dialog, 0xA2E74C19, 0x5D0B98F3, 0x3F86E1D2, 0xC4A9705B, BSmartObject, IDialog)
+ public:
+  static inline std::vector<int> answers;  // the last is given first
+  int show(CustomDialogRequest& request) override {
+    request.answer += 10;
+    const int answer = answers.back();
+    answers.pop_back();
+    if (answer == Declared::kThrows) throw 7;
+    return answer;
+  }
+};
+
+class LifeListener final : public IShellListener {
+  CORVIX_IDENTITY(LifeListener, 0x2DF0C23C, 0xBCFBBC4C, 0xFE622B29, 0x49B37107, IShellListener)
+ public:
+  int onInitialize(IShell& started) override {
+    journal() += "init:" + std::to_string(started.pluginManager()->moduleCount() > 1) +
+                 std::to_string(started.settings()->groupCount() >= 4) +
+                 std::to_string(IShell::getInstance() == &started) + " ";
+    return notify::kGoOn;
+  }
+  int onUnInitialize(IShell&) override {
+    journal() += asksForActions ? IShell::getInstance()->actionManager() ? "actions " : "no actions " : "uninit ";
+    if (printsTheEnd) std::fprintf(stderr, "the shell ended %s\n", journal().c_str());
+    return notify::kGoOn;
+  }
+  bool printsTheEnd = false, asksForActions = false;
+};
+
+bool managerIsWrong = false;
+
+IBSmartObject* makeManager() {
+  if (managerIsWrong) return new NoTarget;
+  return new OwnManager;
+}
+
+// Each has a process of its own: there is one shell, and it ends for good.
+void startAndShutDown() {
+  LifeListener listener;
+  IShell::startUnattended();
+  shellNotifications(ShellNotification::Initialize).addListener(&listener);
+  shellNotifications(ShellNotification::UnInitialize).addListener(&listener);
+  IShell::getInstance();
+  IShell::getInstance();
+  journal() += "- ";
+  Descriptor().interface_(L"IPluginManagerBeforeDestroy").registerIn(manager());
+  shell().runOnShellThread([](void*) { journal() += "task "; }, nullptr);
+  shell().shutDown();
+  shell().shutDown();
+  journal() += shell().runOnShellThread([](void*) {}, nullptr) ? "takes tasks" : "takes none";
+  shellNotifications(ShellNotification::UnInitialize).removeListener(&listener);
+  std::fprintf(stderr, "[%s]", journal().c_str());
+  std::exit(0);
+}
+
+TEST(ShellDeathTest, StartsWithEverythingKnownAndShutsDownOnce) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(startAndShutDown(), testing::ExitedWithCode(0), "\\[init:111 - task uninit goodbye takes none\\]");
+}
+
+TEST(ShellDeathTest, AProgramThatJustEndsStillHasItsListenersTold) {
+  const auto program = [] {
+    auto& listener = *new LifeListener;
+    listener.printsTheEnd = true;
+    shell().sender(ShellNotification::UnInitialize).addListener(&listener);
+    std::exit(0);
+  };
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(program(), testing::ExitedWithCode(0), "the shell ended");
+}
+
+// In a process each: the shell keeps the first manager that it gets.
+enum class Managers { WrongIdentity, AsksForItself, AtShutDown, AtTheEnd };
+
+void askForActions(Managers which) {
+  auto& listener = *new LifeListener;
+  listener.asksForActions = listener.printsTheEnd = true;
+  shell().sender(ShellNotification::UnInitialize).addListener(&listener);
+  if (which <= Managers::AsksForItself) {
+    managerIsWrong = which == Managers::WrongIdentity;
+    Descriptor().interface_(L"IActionManager.Instance", L"Low").registerIn(manager());
+    IActionManager* const found = shell().actionManager();
+    journal() += found ? std::to_string(found->processAction(L"Nobody", nullptr)) : "none";
+    journal() += found == shell().actionManager() ? " same " : " another ";
+  } else if (which == Managers::AtShutDown) {
+    shell().shutDown();
+    journal() += shell().actionManager() ? "still" : "gone";
+    std::fprintf(stderr, "%s", journal().c_str());
+  }
+  std::exit(0);
+}
+
+TEST(ShellDeathTest, ThereIsAnActionManagerUntilTheShellIsGone) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  const auto ended = testing::ExitedWithCode(0);
+  EXPECT_EXIT(askForActions(Managers::WrongIdentity), ended, "the shell ended made gone 0 same actions");
+  EXPECT_EXIT(askForActions(Managers::AsksForItself), ended, "the shell ended somebody 7 same actions");
+  EXPECT_EXIT(askForActions(Managers::AtShutDown), ended, "actions still");
+  EXPECT_EXIT(askForActions(Managers::AtTheEnd), ended, "the shell ended actions");
+}
+
+TEST(Shell, AsksDeclaredDialogsWhenNoListenerAnswers) {
+  constexpr int kGoOn = notify::kGoOn, kTaken = notify::kTaken, kStop = notify::kStop, kThrows = Declared::kThrows;
+  Descriptor().interface_(L"Dialog.Test").interface_(L"Dialog.Test").registerIn(manager());
+  const struct {
+    const wchar_t* name;
+    bool unattended;
+    std::vector<int> answers;
+    int result, answer;
+  } rows[] = {{L"Dialog.Nobody", false, {}, kGoOn, 1},
+              {L"Dialog.Test", false, {kTaken}, kTaken, 11},
+              {L"Test", false, {kTaken}, kTaken, 11},
+              {L"Dialog.Test", false, {kTaken, kGoOn}, kTaken, 21},
+              {L"Dialog.Test", false, {kTaken, kThrows}, kTaken, 21},
+              {L"Dialog.Test", false, {kStop}, kStop, 11},
+              {L"Dialog.Test", false, {kGoOn, kGoOn}, kGoOn, 21},
+              {L"Dialog.Test", true, {}, kGoOn, 1},
+              {nullptr, false, {}, kGoOn, 1}};
+  IShell& told = shell();
+  for (const auto& row : rows) {
+    Dialog::answers = row.answers;
+    told.setUnattended(row.unattended);
+    CustomDialogRequest request{row.name, nullptr, 1};
+    EXPECT_EQ(told.showCustomDialog(request), row.result);
+    EXPECT_EQ(request.answer, row.answer);
+    EXPECT_TRUE(Dialog::answers.empty());
+  }
+  told.setUnattended(true);
+}
+
+TEST(Shell, HasOneFontMachine) {
+  const auto first = createObject<IFMFontMachine>(manager(), L"IFMFontMachine.Instance");
+  const auto second = createObject<IFMFontMachine>(manager(), L"IFMFontMachine.Instance");
+  EXPECT_TRUE(first);
+  EXPECT_EQ(first, second);
+}
+
+// Delivers what waits, and returns how many messages of the shell's own were among it.
+int pumpMessages() {
+  int own = 0;
+  MSG message;
+  for (; PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE); DispatchMessageW(&message)) own += message.message == WM_APP;
+  return own;
+}
+
+TEST(Shell, TasksOfAnyThreadComeInOrderThroughTheMessageLoop) {
+  static std::vector<int> done;
+  static DWORD doneOn = 0;
+  static std::size_t doneInside = 0;  // by the message loop of the first of them
+  static int messages = 0;
+  const auto task = [](void* number) {
+    done.push_back(static_cast<int>(reinterpret_cast<std::intptr_t>(number)));
+    doneOn = GetCurrentThreadId();
+    if (done.back() == 0) {
+      messages += pumpMessages();
+      doneInside = done.size();
+    }
+    if (number == reinterpret_cast<void*>(1)) throw 1;  // dropped
+    if (number == reinterpret_cast<void*>(2)) shell().runOnShellThread([](void*) { done.push_back(1000); }, nullptr);
+  };
+  shell();
+  std::thread([&] {
+    for (std::intptr_t i = 0; i < 100; ++i) shell().runOnShellThread(task, reinterpret_cast<void*>(i));
+  }).join();
+  EXPECT_TRUE(done.empty());
+  messages += pumpMessages();
+  EXPECT_LE(messages, 4);
+  EXPECT_EQ(doneInside, 101u);
+  ASSERT_EQ(done.size(), 101u);
+  for (int i = 0; i < 100; ++i) EXPECT_EQ(done[static_cast<std::size_t>(i)], i);
+  EXPECT_EQ(done[100], 1000);
+  EXPECT_EQ(doneOn, GetCurrentThreadId());
+}
+
+TEST(Shell, NumbersProgressesFromOneUp) {
+  const i32 first = shell().newProgressId();
+  EXPECT_GE(first, 1);
+  EXPECT_EQ(shell().newProgressId(), first + 1);
+}
+
+TEST(Shell, BindsItsOwnSettings) {
+  const struct {
+    const wchar_t* group;
+    const wchar_t* item;
+    Variant expected;
+  } rows[] = {{L"General", L"WebIntegrate", true},     {L"FontSystem", L"AASize", 3},
+              {L"Interface", L"RecentFileNo", L"4"},   {L"FontSystem", L"FontTypeToSubst", L"Type1"},
+              {L"Quality", L"FullColorConversion", 5}, {L"Quality", L"ImageStretchMode", 2},
+              {L"Quality", L"ImageSizeLimit", L"1"},   {L"Quality", L"SmartLines", false}};
+  IBSettings& settings = *shell().settings();
+  for (const auto& row : rows) {
+    Variant value;
+    EXPECT_TRUE(settings.getValue(row.group, row.item, value));
+    EXPECT_EQ(value, row.expected) << narrow(row.item);
+  }
+  EXPECT_EQ(settings.itemCount(L"Quality"), 6);
+  settings.setValue(L"Quality", L"ImageStretchMode", 3);
+  EXPECT_GE(manager().saveSettings(), 17);
+  wchar_t path[MAX_PATH];
+  std::wstring key(path, GetModuleFileNameW(nullptr, path, MAX_PATH));
+  std::replace(key.begin(), key.end(), L'\\', L'/');
+  key = L"Software\\Marrowby\\Corvix\\" + key + L"\\Options\\Quality\\ImageStretchMode";
+  wchar_t data[32];
+  DWORD size = sizeof data;
+  RegGetValueW(HKEY_CURRENT_USER, key.c_str(), L"Data", RRF_RT_REG_SZ, nullptr, data, &size);
+  EXPECT_STREQ(data, L"Best");
+}
+
+TEST(Events, ReachListsAndTargetsInTheirOrder) {
+  Descriptor descriptor;
+  for (const wchar_t* order : std::initializer_list<const wchar_t*>{L"25", nullptr, L"hight", L"DEFAULT", L"0x10",
+                                                                    L"Low", L"-101", L"Highest"})
+    descriptor.interface_(L"GlobalEvent.Ordered", order);
+  descriptor.interface_(L"GlobalEvent.Odd").registerIn(manager());
+  const auto found = Ref<IBCollection>::adopt(manager().findByName(L"GlobalEvent.Ordered"));
+  std::string orders;
+  for (i32 i = 0; i < found->count(); ++i) {
+    const wchar_t* const order = query<IPluginInterface>(found->item(i))->attribute(L"Order");
+    orders += narrow(order ? order : L"none") + " ";
+  }
+  EXPECT_EQ(orders, "-101 hight Low none DEFAULT Highest 0x10 25 ");
+
+  EventListener before("before"), everybodyBefore("all-before"), after("after"), everybodyAfter("all-after");
+  const auto listOf = [](const char* name) {
+    return static_cast<BNotifySender*>(BGlobalData::getItem(IPluginManager::classInfo(), name));
+  };
+  Event nobodys(L"Nobodys"), ordered(L"Ordered"), odd(L"Odd");
+  manager().raiseEvent(nobodys);  // makes the lists
+  const std::pair<BNotifySender*, EventListener*> lists[] = {{&manager().preEventSender(), &before},
+                                                             {&manager().postEventSender(), &after},
+                                                             {listOf("preGlobalEvent"), &everybodyBefore},
+                                                             {listOf("postGlobalEvent"), &everybodyAfter}};
+  for (const auto& [list, listener] : lists) list->addListener(listener);
+  before.throws = everybodyBefore.throws = after.throws = true;
+  const auto raised = [](Event& event) {
+    journal().clear();
+    manager().raiseEvent(event);
+    return journal();
+  };
+  EXPECT_EQ(raised(nobodys), "before all-before after all-after ");
+  EXPECT_EQ(raised(odd), "before all-before made gone after all-after ");
+  for (const auto& [list, listener] : lists) list->removeListener(listener);
+  targetsMade = 0;
+  EXPECT_EQ(raised(ordered),
+            "target1Ordered target2Ordered target3Ordered target4Ordered target5Ordered target6Ordered target7Ordered "
+            "target8Ordered ");
+}
+
+class Handler final : public IActionTarget, public IActionListener {
+  CORVIX_IDENTITY(Handler, 0x329257DC, 0xBC6F2BA3, 0x8381594C, 0x16AEE922, IActionTarget, IActionListener)
+ public:
+  int before = 0, during = 0;
+  int onValidateAction(IAction&, IActionSender*) override { return note("on ", during); }
+  int onProcessAction(IAction&, IActionSender*) override { return note("on ", during); }
+  int preValidateAction(IAction&, IActionSender*) override { return note("pre ", before); }
+  int postValidateAction(IAction&, IActionSender*) override { return note("post ", notify::kStop); }
+  int preProcessAction(IAction&, IActionSender*) override { return note("pre ", before); }
+  int postProcessAction(IAction&, IActionSender*) override { return note("post ", notify::kStop); }
+
+ private:
+  static int note(const char* what, int answer) {
+    journal() += what;
+    return answer;
+  }
+};
+
+TEST(Actions, GoThroughHandlersThenTheActionThenTheRest) {
+  Handler handler;
+  using N = ShellNotification;
+  const auto all = [&](auto call) {
+    for (N n : {N::ValidateAction, N::ProcessAction})
+      call(shellNotifications(n), static_cast<IActionTarget*>(&handler));
+    for (N n : {N::PreValidateAction, N::PreProcessAction})
+      call(shell().sender(n), static_cast<IActionListener*>(&handler));
+    for (N n : {N::PostValidateAction, N::PostProcessAction})
+      call(shellNotifications(n), static_cast<IActionListener*>(&handler));
+  };
+  all([](BNotifySender& list, IBTransportable* listener) { list.addListener(listener); });
+
+  Descriptor().interface_(L"Actions.Test.Declared").registerIn(manager());
+  const auto actions = createObject<IActionManager>(manager(), L"IActionManager.Instance");
+  ASSERT_EQ(actions.get(), shell().actionManager());
+  const struct {
+    int before, during, action, result;
+    const char* validated;
+    const char* processed;
+  } rows[] = {{0, 0, 2, 2, "pre on can post ", "pre on does post "},
+              {0, 0, 1, 1, "pre on can post ", "pre on does post "},
+              {1, 2, 2, 1, "pre ", "pre "},
+              {2, 1, 1, 2, "pre post ", "pre post "},
+              {0, 2, 1, 2, "pre on post ", "pre on post "},
+              {0, 1, 2, 1, "pre on post ", "pre on post "},
+              {0, 0, Declared::kThrows, 0, "pre on can post ", "pre on does post "}};
+  for (const auto& row : rows) {
+    if (&row != rows) actions->addAction(make<Declared>(row.action).get());  // the first comes from the descriptor
+    handler.before = row.before;
+    handler.during = row.during;
+    journal().clear();
+    EXPECT_EQ(actions->validateAction(L"Test.Declared", nullptr), row.result);
+    EXPECT_EQ(journal(), row.validated);
+    journal().clear();
+    EXPECT_EQ(actions->processAction(L"Actions.Test.Declared", nullptr), row.result);
+    EXPECT_EQ(journal(), row.processed);
+  }
+  journal().clear();
+  EXPECT_EQ(actions->processAction(L"Nobody", nullptr), notify::kGoOn);
+  EXPECT_EQ(journal(), "");
+  actions->removeAction(L"Test.Declared");
+  EXPECT_NE(actions->findAction(L"Test.Declared"), nullptr) << "made anew from the descriptor";
+  all([](BNotifySender& list, IBTransportable* listener) { list.removeListener(listener); });
+}
+
+TEST(CommandLine, GoesArgumentByArgumentThroughTheProcessors) {
+  const wchar_t* const arguments[] = {L"a2", L"x", L"b1", L"zzz", L"b9"};
+  EXPECT_EQ(shell().processCommandLine(arguments, 0), 0);
+  Descriptor().interface_(L"CommandLine.Processors").registerIn(manager());
+  journal().clear();
+  EXPECT_EQ(shell().processCommandLine(arguments, 3), 1);  // nobody took "b1"
+  EXPECT_EQ(journal(), "a?a2/3 a?b1/1 ");
+  const wchar_t* const odd[] = {L"throw", L"a1"};
+  EXPECT_EQ(shell().processCommandLine(odd, 2), 1);
+}
+
+TEST(CommandLine, OffersToTheFrameworksOwnProcessorsFirst) {
+  const wchar_t* const arguments[] = {L"x"};
+  Descriptor().interface_(L"CommandLine.Processors").registerIn(manager());
+  Descriptor(L"Teldane").interface_(L"CommandLine.Processors").registerIn(manager());
+  processorLetters = "abcdefgh";
+  processorsMade = 0;
+  journal().clear();
+  EXPECT_EQ(shell().processCommandLine(arguments, 1), 1);
+  EXPECT_EQ(journal().front(), processorLetters[processorsMade - 1]) << "the one declared last is the framework's";
+  processorLetters = "a";
+}
+
+}  // namespace
+
+}  // namespace corvix
+
+CORVIX_PLUGIN({L"CommandLine.Processors", corvix::makeProcessor},
+              {L"GlobalEvent.Ordered", corvix::create<corvix::Target>},
+              {L"GlobalEvent.Odd", corvix::create<corvix::NoTarget>},
+              {L"IPluginManagerBeforeDestroy", corvix::create<corvix::Goodbye>},
+              {L"Dialog.Test", corvix::create<corvix::Dialog>}, {L"IActionManager.Instance", corvix::makeManager},
+              {L"Actions.Test.Declared", corvix::create<corvix::Declared>})

@@ -1,0 +1,8 @@
+#include "IFaulty.h"
+
+class Crashing : public Good {
+ public:
+  Crashing() { *static_cast<volatile int*>(nullptr) = 1; }
+};
+
+CORVIX_PLUGIN({L"Faulty.Object", createAsGood<Crashing>}, {L"Faulty.Other", corvix::create<Other>})

@@ -1,0 +1,5 @@
+#include "IFaulty.h"
+
+#include <cstdlib>
+
+CORVIX_PLUGIN({L"Faulty.Object", []() -> corvix::IBSmartObject* { std::exit(0); }})

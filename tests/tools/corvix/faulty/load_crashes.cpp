@@ -1,0 +1,10 @@
+#include "IFaulty.h"
+
+#include <windows.h>
+
+BOOL WINAPI DllMain(HINSTANCE, DWORD reason, void*) {
+  if (reason == DLL_PROCESS_ATTACH) *static_cast<volatile int*>(nullptr) = 1;
+  return TRUE;
+}
+
+CORVIX_PLUGIN({L"Faulty.Object", corvix::create<Good>})

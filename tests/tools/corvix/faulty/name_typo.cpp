@@ -1,0 +1,3 @@
+#include "IFaulty.h"
+
+CORVIX_PLUGIN({L"Faulty.Objekt", corvix::create<Good>})

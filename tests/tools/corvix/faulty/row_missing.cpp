@@ -1,0 +1,3 @@
+#include "IFaulty.h"
+
+CORVIX_PLUGIN({L"Something.Else", corvix::create<Good>})

@@ -1,0 +1,19 @@
+// A resource file (.res), which resource compilers turn into an object as it is: no preprocessor, no quoting of names.
+#pragma once
+
+#include "tools/xmlbinc/Tree.h"
+
+#include <string>
+#include <string_view>
+
+namespace corvix::xmlbinc {
+
+/// What a resource file begins with, an empty entry.
+extern const std::string_view kResourceFileStart;
+
+/// The tree's block as the resource PLUGININFO of type PLUGININFO, and version information from the first Plugin
+/// element, what it does not say left out and what is longer than 1000 units cut. `module` is the module's file name,
+/// in UTF-8.
+std::string writeResourceFile(const Tree& tree, std::string_view module);
+
+}  // namespace corvix::xmlbinc
