@@ -193,6 +193,8 @@ const wchar_t* whyNoDescriptor(PeImage::ResourceState state) {
 
 }  // namespace
 
+DescriptorView noDescriptor() noexcept { return {{}, kNoDescriptor, true}; }
+
 DescriptorBytes readDescriptorResource(HMODULE module) {
   const unsigned char* data = nullptr;
   DWORD size = 0;
