@@ -26,6 +26,12 @@ const XMLNodeNode* findElement(const XMLNode* root, std::wstring_view name) {
   return nullptr;
 }
 
+// The system finds "x.dll_old" as well: its short name ends as wanted.
+bool isModuleName(std::wstring_view name) noexcept {
+  constexpr std::wstring_view kExtension = L".dll";
+  return name.size() >= kExtension.size() && equalInAnyCase(name.substr(name.size() - kExtension.size()), kExtension);
+}
+
 // In the order in which a user would list them, whatever the file system's order is.
 std::vector<std::wstring> modulesOf(const std::wstring& folder) {
   std::vector<std::wstring> names;
@@ -34,7 +40,8 @@ std::vector<std::wstring> modulesOf(const std::wstring& folder) {
       FindFirstFileExW((folder + L"\\*.dll").c_str(), FindExInfoBasic, &found, FindExSearchNameMatch, nullptr, 0));
   if (!search) return names;
   do {
-    if (!(found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)) names.emplace_back(found.cFileName);
+    if (!(found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) && isModuleName(found.cFileName))
+      names.emplace_back(found.cFileName);
   } while (FindNextFileW(search.get(), &found));
   std::sort(names.begin(), names.end(), [](const std::wstring& a, const std::wstring& b) {
     return CompareStringOrdinal(a.c_str(), -1, b.c_str(), -1, TRUE) == CSTR_LESS_THAN;
@@ -126,10 +133,8 @@ void KPluginManager::forEachObject(KInterfaceCollection* declared, Call call) {
     call(told);
     return true;
   };
-  for (i32 i = 0; entries && i < entries->count(); ++i) {
-    const Ref<IPluginInterface> entry = Ref<IPluginInterface>::share(entries->item(i));
-    visitDeclared<Interface>(*entry, entry->name(), visit);
-  }
+  if (!entries) return;
+  forEachEntry(*entries, [&](IPluginInterface& entry) { return visitDeclared<Interface>(entry, entry.name(), visit); });
 }
 
 void KPluginManager::raiseEvent(IGlobalEvent& event) {
