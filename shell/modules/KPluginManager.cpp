@@ -110,10 +110,8 @@ void KPluginManager::forEachObject(KInterfaceCollection* declared, Call call) {
     call(told);
     return true;
   };
-  for (i32 i = 0; entries && i < entries->count(); ++i) {
-    const Ref<IPluginInterface> entry = Ref<IPluginInterface>::share(entries->item(i));
-    visitDeclared<Interface>(*entry, entry->name(), visit);
-  }
+  if (!entries) return;
+  forEachEntry(*entries, [&](IPluginInterface& entry) { return visitDeclared<Interface>(entry, entry.name(), visit); });
 }
 
 void KPluginManager::raiseEvent(IGlobalEvent& event) {

@@ -2,6 +2,7 @@
 
 #include "core/baselib/heap/HeapBuffer.h"
 #include "core/baselib/system/KernelFile_p.h"
+#include "core/xml/Attributes_p.h"
 
 #include <algorithm>
 
@@ -9,12 +10,10 @@ namespace corvix {
 
 namespace {
 
-constexpr std::wstring_view kSuffix = L".dll";
-
+// The system finds "x.dll_old" as well: its short name ends as wanted.
 bool isModuleName(std::wstring_view name) noexcept {
-  return name.size() >= kSuffix.size() &&
-         CompareStringOrdinal(name.data() + (name.size() - kSuffix.size()), static_cast<int>(kSuffix.size()),
-                              kSuffix.data(), static_cast<int>(kSuffix.size()), TRUE) == CSTR_EQUAL;
+  constexpr std::wstring_view kExtension = L".dll";
+  return name.size() >= kExtension.size() && equalInAnyCase(name.substr(name.size() - kExtension.size()), kExtension);
 }
 
 void take(std::vector<FolderFile>& files, std::wstring_view name, DWORD attributes, const FileStamp& stamp) {
