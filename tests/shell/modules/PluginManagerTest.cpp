@@ -90,6 +90,11 @@ std::size_t headerOf(const std::string& module) { return wordAt(module, 0x3C); }
 
 constexpr auto kFailed = ModuleState::Failed;
 
+// Where a module has what tells of its word size, and what another's says.
+constexpr bool kIs64 = sizeof(void*) == 8;
+constexpr std::size_t kDirectories = offsetof(IMAGE_NT_HEADERS, OptionalHeader.DataDirectory);
+const char* const kOtherMachine = kIs64 ? "\x4C\x01" : "\x64\x86";
+
 struct ModuleRow {
   const wchar_t* name;
   const wchar_t* reason;     // part of it
@@ -109,7 +114,8 @@ const ModuleRow kRows[] = {
     {L"header_only", L"cut short"},
     {L"no_descriptor", L"no descriptor", false, ModuleState::NoPlugin},
     {L"no_plugin", L"no Plugin element"},
-    {L"other_machine", L"64-bit x86"},
+    {L"other_machine", kIs64 ? L"is made for 32-bit x86, this program runs modules for 64-bit x86."
+                             : L"is made for 64-bit x86, this program runs modules for 32-bit x86."},
     {L"resources_outside", L"descriptor"},
     {L"truncated", L"cut short"},
     {L"another_sdk", L"It is built for SDK 0.2.0, this is 0.1.0."},
@@ -141,9 +147,9 @@ void fill(Folder& folder) {
     renamed[at] = 'p';
   }
   write(folder.path() / "no_plugin.dll", renamed);
-  folder.damage("other_machine.dll", headerOf(greeter) + 4, "\x64\x86");
+  folder.damage("other_machine.dll", headerOf(greeter) + 4, kOtherMachine);
   // The third data directory is that of the resources.
-  folder.damage("resources_outside.dll", headerOf(greeter) + 24 + 96 + 2 * 8, std::string("\0\0\xF0\0", 4));
+  folder.damage("resources_outside.dll", headerOf(greeter) + kDirectories + 2 * 8, std::string("\0\0\xF0\0", 4));
   for (const ModuleRow& row : kRows) {
     const fs::path built = programFolder() / "faulty" / row.file();
     if (fs::exists(built)) folder.copy(built, built.filename().string());
@@ -198,7 +204,7 @@ TEST(PluginManager, AStampDecidesByWhatTheContractIs) {
     testing_support::AttributeRows stamp;
     const wchar_t* reason;
   } rows[] = {{{}, L""},
-              {{{L"SdkVersion", L"0.1.0"}, {L"SdkCompiler", L"gnu"}, {L"SdkBits", L"32"}}, L""},
+              {{{L"SdkVersion", L"0.1.0"}, {L"SdkCompiler", L"gnu"}, {L"SdkBits", kIs64 ? L"64" : L"32"}}, L""},
               {{{L"SdkVersion", L"0.1"}}, L""},
               {{{L"SdkVersion", L"0.1.77"}}, L""},
               {{{L"SdkVersion", L"0.10.0"}}, L"It is built for SDK 0.10.0, this is 0.1.0."},
@@ -206,7 +212,8 @@ TEST(PluginManager, AStampDecidesByWhatTheContractIs) {
               {{{L"SdkVersion", L"soon"}}, L"It is built for SDK soon, this is 0.1.0."},
               {{{L"SdkCompiler", L"msvc"}}, L"It is built by a compiler of the family msvc, this is gnu."},
               {{{L"SdkBits", L""}}, L""},
-              {{{L"SdkBits", L"64"}}, L"It is built for a word of bits 64, this is 32."}};
+              {{{L"SdkBits", L"16"}},
+               kIs64 ? L"It is built for 16 bits, this is 64." : L"It is built for 16 bits, this is 32."}};
   for (const auto& row : rows) {
     testing_support::Descriptor().plugin(row.stamp).registerIn(manager);
     EXPECT_STREQ(manager.moduleAt(manager.moduleCount() - 1)->reason(), row.reason);
@@ -493,7 +500,7 @@ TEST(PluginManager, TheLibrarysOwnDescriptor) {
 [[noreturn]] void loadModuleWithImportsOutside() {
   Folder folder;
   const std::string greeter = bytesOf(Folder::greeter());
-  folder.damage("imports_outside.dll", headerOf(greeter) + 24 + 96 + 1 * 8, std::string("\0\0\xF0\0", 4));
+  folder.damage("imports_outside.dll", headerOf(greeter) + kDirectories + 1 * 8, std::string("\0\0\xF0\0", 4));
   IShell& instance = *IShell::getInstance();
   const testing_support::BoxAnswer box(IDOK);
   const fs::path path = folder.path() / "imports_outside.dll";

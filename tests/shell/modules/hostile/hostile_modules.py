@@ -14,6 +14,7 @@ import subprocess
 import sys
 
 sys.dont_write_bytecode = True  # nothing beside the sources
+import pe
 import rows
 
 MOST_SECONDS = 60   # a way out, no measure: all of it takes a few seconds
@@ -141,6 +142,7 @@ def shown(modules, bin_folder, emulator):
 def main():
     step, folder, bin_folder, *emulator = sys.argv[1:]
     folder, bin_folder = pathlib.Path(folder), pathlib.Path(bin_folder).resolve()
+    pe.take_word_size(bin_folder / "corvix.dll")
     found = list({"listed": listed, "asked": asked, "shown": shown}[step](folder / "plugins", bin_folder, emulator))
     shutil.rmtree(folder)
     print("\n".join(found) or "every module is as its row says")
