@@ -32,9 +32,6 @@ void keepStack() noexcept {
     VirtualProtect(guard, kPage, PAGE_READWRITE | PAGE_GUARD, &above.Protect);
 }
 
-// Debug texts, thread names and C++ exceptions are no faults: their codes lack the highest bit.
-bool isFault(DWORD code) noexcept { return code >> 31 != 0; }
-
 }  // namespace
 
 // Calls the function; comes back with 0, or at corvixGuardedEnd with what the handler gave to RtlUnwindEx. All
@@ -45,7 +42,7 @@ extern "C" const char corvixGuardedEnd[];
 
 extern "C" [[gnu::used]] EXCEPTION_DISPOSITION corvixGuardHandler(EXCEPTION_RECORD* record, void* establisher, CONTEXT*,
                                                                   DISPATCHER_CONTEXT* dispatcher) {
-  if (record->ExceptionFlags & kUnwinding || !isFault(record->ExceptionCode)) return ExceptionContinueSearch;
+  if (record->ExceptionFlags & kUnwinding) return ExceptionContinueSearch;
   void* const code = reinterpret_cast<void*>(static_cast<std::uintptr_t>(record->ExceptionCode));
   RtlUnwindEx(establisher, const_cast<char*>(corvixGuardedEnd), record, code, dispatcher->ContextRecord,
               dispatcher->HistoryTable);
