@@ -32,8 +32,31 @@ void keepStack() noexcept {
     VirtualProtect(guard, kPage, PAGE_READWRITE | PAGE_GUARD, &above.Protect);
 }
 
-// Debug texts, thread names and C++ exceptions are no faults: their codes lack the highest bit.
-bool isFault(DWORD code) noexcept { return code >> 31 != 0; }
+// The modes of both floating-point units. What a module leaves there would be the program's: other roundings, and
+// exceptions where it expects none.
+class FloatingPointMode {
+ public:
+  FloatingPointMode() noexcept : vector_(currentVector()), stack_(currentStack()) {}
+  void restore() const noexcept {
+    if (currentVector() != vector_) asm volatile("ldmxcsr %0" : : "m"(vector_));
+    if (currentStack() != stack_) asm volatile("fnclex\n\tfldcw %0" : : "m"(stack_));
+  }
+
+ private:
+  static unsigned currentVector() noexcept {
+    constexpr unsigned kHappened = 0x3F;  // belongs to nobody
+    unsigned mode;
+    asm volatile("stmxcsr %0" : "=m"(mode));
+    return mode & ~kHappened;
+  }
+  static unsigned short currentStack() noexcept {
+    unsigned short mode;
+    asm volatile("fnstcw %0" : "=m"(mode));
+    return mode;
+  }
+  unsigned vector_;
+  unsigned short stack_;
+};
 
 }  // namespace
 
@@ -45,7 +68,7 @@ extern "C" const char corvixGuardedEnd[];
 
 extern "C" [[gnu::used]] EXCEPTION_DISPOSITION corvixGuardHandler(EXCEPTION_RECORD* record, void* establisher, CONTEXT*,
                                                                   DISPATCHER_CONTEXT* dispatcher) {
-  if (record->ExceptionFlags & kUnwinding || !isFault(record->ExceptionCode)) return ExceptionContinueSearch;
+  if (record->ExceptionFlags & kUnwinding) return ExceptionContinueSearch;
   void* const code = reinterpret_cast<void*>(static_cast<std::uintptr_t>(record->ExceptionCode));
   RtlUnwindEx(establisher, const_cast<char*>(corvixGuardedEnd), record, code, dispatcher->ContextRecord,
               dispatcher->HistoryTable);
@@ -129,7 +152,10 @@ corvixGuardedEnd:
 
 u32 guardedCall(void (*function)(void*), void* argument) noexcept {
   keepStack();
+  const FloatingPointMode mode;
   const u32 code = corvixCallGuarded(function, argument);
+  if (code) asm volatile("fninit");  // registers that were in use would stay so
+  mode.restore();
   if (code == EXCEPTION_STACK_OVERFLOW) _resetstkoflw();  // the next one is an exception again
   return code;
 }

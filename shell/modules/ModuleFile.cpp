@@ -1,7 +1,6 @@
 #include "shell/modules/ModuleFile_p.h"
 
 #include "shell/guard/GuardedModule_p.h"
-#include "shell/guard/LoaderLock_p.h"
 #include "shell/modules/Contract_p.h"
 #include "shell/modules/LoadedImage_p.h"
 #include "shell/modules/PeImage_p.h"
@@ -175,6 +174,8 @@ const wchar_t* whyNoDescriptor(PeImage::ResourceState state) {
 
 }  // namespace
 
+DescriptorView noDescriptor() noexcept { return {{}, kNoDescriptor, true}; }
+
 DescriptorBytes readDescriptorResource(HMODULE module) {
   const unsigned char* data = nullptr;
   DWORD size = 0;
@@ -228,12 +229,10 @@ LoadedFactory loadFactory(const std::wstring& path) {
   HMODULE module = nullptr;
   DWORD error = 0;
   const NoSystemDialogs quiet;
-  const LoaderLockDepth lock;
   const u32 fault = guarded([&] {
     module = LoadLibraryExW(path.c_str(), nullptr, LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_DEFAULT_DIRS);
     if (!module) error = GetLastError();
   });
-  lock.restore();
   if (fault) return {nullptr, true, L"Loading it ended in " + faultText(fault) + L"; the file may be corrupt."};
   return module ? findFactory(module) : LoadedFactory{nullptr, false, whyNotLoaded(path, error)};
 }

@@ -321,6 +321,48 @@ TEST(PluginManager, ReasonsComeAndGoAndStayReadable) {
   for (const auto& [pointer, text] : said) EXPECT_EQ(pointer, text);
 }
 
+// A copy for each, as most of them end their module. Behind each, the program counts as before and its threads start.
+TEST(PluginManager, NoFactoryHandsOutWhatIsNoObjectOrChangesTheProgram) {
+  IPluginManager& manager = *shell().pluginManager();
+  Folder folder;
+  const struct {
+    const wchar_t* what;
+    const wchar_t* reason;  // part of it; null: an object is made
+    ModuleState state = kFailed;
+  } rows[] = {{L"a number", L"made what is no object: an access violation"},
+              {L"a text", L"made what is no object: "},
+              {L"no info", L"crashed when it was asked for its identity: an access violation"},
+              {L"no name", L"crashed when it was asked for its identity: an access violation"},
+              {L"crashing query", L"crashed when it was asked for its identity: an access violation"},
+              {L"throwing query", L"threw when it was asked for its identity: no answer.", ModuleState::Loaded},
+              {L"raise", L"crashed: exception (0x00000001)"},
+              {L"silent", L"threw: an exception that says nothing.", ModuleState::Loaded},
+              {L"itself", L"crashed: a stack overflow"},
+              {L"full", L"crashed: an illegal instruction"},
+              {L"mode", nullptr, ModuleState::Loaded}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(fs::path(row.what).string());
+    const std::string name = fs::path(row.what).string() + ".dll";
+    folder.copy(programFolder() / "faulty" / "careless.dll", name);
+    const i32 before = manager.interfaceCount();
+    ASSERT_NE(manager.loadModule((folder.path() / name).c_str()), nullptr);
+    SetEnvironmentVariableW(L"CORVIX_CARELESS", row.what);
+    IPluginInterface& entry = *manager.interfaceAt(before);
+    ASSERT_STREQ(entry.name(), L"Faulty.careless");
+    const auto made = Ref<IBSmartObject>::adopt(entry.createObject());
+    EXPECT_EQ(made.get() != nullptr, row.reason == nullptr);
+    EXPECT_EQ(entry.module()->state(), row.state);
+    const std::wstring_view said = query<ICreationReport>(&entry)->reason();
+    EXPECT_TRUE(row.reason ? said.find(row.reason) != said.npos : said.empty()) << fs::path(said).string();
+    volatile double three = 3, seven = 7;
+    EXPECT_EQ(three / seven * seven, 3);
+    unsigned short mode = 0;
+    asm volatile("fnstcw %0" : "=m"(mode));
+    EXPECT_EQ(mode & 0x3F, 0x3F) << "no exceptions from numbers";
+  }
+  SetEnvironmentVariableW(L"CORVIX_CARELESS", nullptr);
+}
+
 TEST(PluginManager, AModuleMayAskForItselfWhileItIsLoaded) {
   IPluginManager& manager = *shell().pluginManager();
   ASSERT_NE(manager.loadModule((programFolder() / "faulty" / "asks_for_itself.dll").c_str()), nullptr);
@@ -369,6 +411,8 @@ TEST(PluginManager, OneFileInManySpellingsIsOneModule) {
   const IPluginModule* const module = manager.loadModule(spellings[0].c_str());
   for (const std::wstring& spelling : spellings)
     EXPECT_EQ(manager.loadModule(spelling.c_str()), module) << fs::path(spelling).string();
+  folder.copy(programFolder() / "faulty" / "makes_nothing.dll",
+              "switched off.dll_old");  // whose short name ends in .DLL
   for (const wchar_t* const ending : {L"", L"\\", L"\\\\", L"/", L"\\."})
     EXPECT_EQ(manager.scanFolder((path + ending).c_str()), 0) << fs::path(ending).string();
   EXPECT_EQ(manager.moduleCount(), before + 1);
