@@ -32,6 +32,32 @@ void keepStack() noexcept {
     VirtualProtect(guard, kPage, PAGE_READWRITE | PAGE_GUARD, &above.Protect);
 }
 
+// The modes of both floating-point units. What a module leaves there would be the program's: other roundings, and
+// exceptions where it expects none.
+class FloatingPointMode {
+ public:
+  FloatingPointMode() noexcept : vector_(currentVector()), stack_(currentStack()) {}
+  void restore() const noexcept {
+    if (currentVector() != vector_) asm volatile("ldmxcsr %0" : : "m"(vector_));
+    if (currentStack() != stack_) asm volatile("fnclex\n\tfldcw %0" : : "m"(stack_));
+  }
+
+ private:
+  static unsigned currentVector() noexcept {
+    constexpr unsigned kHappened = 0x3F;  // belongs to nobody
+    unsigned mode;
+    asm volatile("stmxcsr %0" : "=m"(mode));
+    return mode & ~kHappened;
+  }
+  static unsigned short currentStack() noexcept {
+    unsigned short mode;
+    asm volatile("fnstcw %0" : "=m"(mode));
+    return mode;
+  }
+  unsigned vector_;
+  unsigned short stack_;
+};
+
 }  // namespace
 
 // Calls the function; comes back with 0, or at corvixGuardedEnd with what the handler gave to RtlUnwindEx. All
@@ -126,7 +152,10 @@ corvixGuardedEnd:
 
 u32 guardedCall(void (*function)(void*), void* argument) noexcept {
   keepStack();
+  const FloatingPointMode mode;
   const u32 code = corvixCallGuarded(function, argument);
+  if (code) asm volatile("fninit");  // registers that were in use would stay so
+  mode.restore();
   if (code == EXCEPTION_STACK_OVERFLOW) _resetstkoflw();  // the next one is an exception again
   return code;
 }

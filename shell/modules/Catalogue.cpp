@@ -5,6 +5,7 @@
 #include "core/baselib/system/RegistryKey_p.h"
 #include "core/baselib/text/StringHash.h"
 #include "shell/ModuleCatalogue.h"
+#include "shell/modules/Contract_p.h"
 
 #include <algorithm>
 #include <cstring>
@@ -216,7 +217,8 @@ std::wstring cataloguePathOf(const std::wstring& folder) {
   if (path.empty()) return {};
   wchar_t name[16];
   wsprintfW(name, L"%08X", text::stringHash(folder.data(), folder.size()));
-  return path + L"\\Corvix\\Catalogues\\" + name + L".modules";
+  // Programs of the other word size may look into the same folder: what is a module to them is none to us.
+  return path + L"\\Corvix\\Catalogues\\" + name + (kOwnMachine == kMachineX86 ? L".modules" : L".x64.modules");
 }
 
 bool isCatalogueSwitchedOn() {

@@ -200,6 +200,8 @@ TEST_F(CatalogueTest, CanBeSwitchedOff) {
   EXPECT_EQ(cataloguePathOf(L"C:\\plugins"), L"");
   EXPECT_TRUE(switchCatalogue(true));
   EXPECT_NE(cataloguePathOf(L"C:\\plugins"), cataloguePathOf(L"C:\\other"));
+  EXPECT_EQ(cataloguePathOf(L"C:\\plugins").ends_with(L".x64.modules"), sizeof(void*) == 8)
+      << "each word size has its own";
   path_.clear();
   EXPECT_LOOKED(0, 4);
   EXPECT_LOOKED(0, 4);
