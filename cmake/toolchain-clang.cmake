@@ -5,7 +5,9 @@ set(CMAKE_C_COMPILER clang)
 set(CMAKE_CXX_COMPILER clang++)
 set(CMAKE_C_COMPILER_TARGET i686-w64-mingw32)
 set(CMAKE_CXX_COMPILER_TARGET i686-w64-mingw32)
-set(CMAKE_STRIP i686-w64-mingw32-strip)  # LLVM's, if there is one, refuses GCC's run-time libraries
+# LLVM's, if there are any, refuse GCC's run-time libraries and what its linker has made.
+set(CMAKE_STRIP i686-w64-mingw32-strip)
+set(CMAKE_OBJCOPY i686-w64-mingw32-objcopy)
 
 # clang finds GCC's folder by its version number, but Debian names it "12-posix": give it a root of links where the name
 # is a number.
