@@ -3,6 +3,7 @@
 
 Includes point down the layers and, in the base library, down its floors; no folders include each other in a circle. A
 header is public, and installed, unless it is called X_p.h; an X_p.h is private to its folder unless it is listed here.
+No source asks for the compiler's type information, and one header alone has operators for `new`.
 """
 import collections
 import pathlib
@@ -42,6 +43,10 @@ SHARED = """
 # Code that is to run anywhere, and public headers, do not name the system.
 PORTABLE = ["core/baselib/identity", "core/baselib/text", "core/xml"]
 SYSTEM_HEADERS = re.compile(r'#include <(windows|winsock|wininet|shellapi|gdiplus|objidl|winreg|winuser|wingdi)')
+
+# Identity is ours, and so is the heap, without a word to other modules.
+NOT_OURS = re.compile(r"\b(dynamic_cast<|typeid\(|operator (new|delete)\b)")
+HAS_OPERATORS = "core/baselib/heap/HeapAllocated.h"
 
 INCLUDE = re.compile(r'#include "([^"]+)"')
 
@@ -116,6 +121,8 @@ def faults(checkout):
                     yield f"{here} names the system in code that is to run anywhere"
                 elif is_public(path):
                     yield f"{here} names the system in a public header"
+            if path != HAS_OPERATORS and (word := NOT_OURS.search(line.split("//")[0])):
+                yield f"{here} {word.group(1)}: identity and the heap are our own"
             found = INCLUDE.match(line)
             if not found:
                 continue

@@ -432,6 +432,11 @@ TEST(PluginManager, TwoModulesMayDeclareOneName) {
     modules.insert(fs::path(entry->module()->path()).filename());
   }
   EXPECT_EQ(modules, (std::set<std::wstring>{L"greeter.dll", L"another.dll"}));
+  auto* const report = query<ICreationReport>(found->item(0));
+  report->reject(L"too polite");
+  EXPECT_STREQ(report->reason(), L"The object made for \"Example.Greeter\" is of no use: too polite.");
+  Ref<IBSmartObject>::adopt(query<IPluginInterface>(found->item(0))->createObject()).reset();
+  EXPECT_STREQ(report->reason(), L"");
   EXPECT_EQ(found->item(2), nullptr);
   EXPECT_EQ(found->item(-1), nullptr);
 }
