@@ -11,7 +11,7 @@ ARGS ?=
 SECONDS ?= 60
 TARGETS ?=
 
-.PHONY: help setup run stage package test native fuzz lint format coverage soak mutate bench clang clean
+.PHONY: help setup run stage package test native fuzz lint format reference coverage soak mutate bench clang clean
 
 help:
 	@echo 'make run [ARGS="..."]  build, stage and run the example host under Wine, with its log'
@@ -19,6 +19,7 @@ help:
 	@echo 'make native            build what does not need the system for this machine, 64 and 32 bits, with sanitizers; run its tests'
 	@echo 'make fuzz [SECONDS=60] look for inputs that break a reader, so many seconds a target; TARGETS="NAME..." for some'
 	@echo 'make lint              clang-format, clang-tidy, shellcheck and our own checks; "make format" rewrites what the first minds'
+	@echo 'make reference         pages of the public headers, into build/reference'
 	@echo 'make coverage          which lines and branches the tests run; pages in build/coverage/report'
 	@echo 'make soak              the long forms of sweeps, stress, fuzz and comparisons'
 	@echo 'make mutate            break the code in forty places, one after the other, and see whether the tests notice'
@@ -90,6 +91,12 @@ lint:
 format:
 	@scripts/setup test
 	@scripts/lint --rewrite
+
+reference:
+	@scripts/setup reference
+	@mkdir -p build
+	@doxygen docs/Doxyfile
+	@echo build/reference/index.html
 
 coverage:
 	@scripts/setup test coverage
