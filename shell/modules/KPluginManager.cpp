@@ -2,6 +2,7 @@
 
 #include "core/baselib/objects/GlobalSender.h"
 #include "core/baselib/system/ForeignCall_p.h"
+#include "core/baselib/system/Log.h"
 #include "core/xml/XmlbinReader.h"
 #include "shell/DeclaredObjects_p.h"
 #include "shell/modules/ModuleFile_p.h"
@@ -128,6 +129,8 @@ void KPluginManager::forEachObject(KInterfaceCollection* declared, Call call) {
   };
   for (i32 i = 0; entries && i < entries->count(); ++i) {
     const Ref<IPluginInterface> entry = Ref<IPluginInterface>::share(entries->item(i));
+    const StartMark mark =
+        startUnderWay ? query<KPluginModule>(entry->module())->startMark(StartPhase::Told) : StartMark();
     visitDeclared<Interface>(*entry, entry->name(), visit);
   }
 }
@@ -154,15 +157,20 @@ void KPluginManager::arrangeByNeeds(const wchar_t* interfaceName) {
   });
 }
 
+StartMark KPluginManager::startMarkOf(const void* code) {
+  KPluginModule* const module = startUnderWay ? findByPath(modulePathOf(code)) : nullptr;
+  return module ? module->startMark(StartPhase::Told) : StartMark();
+}
+
 void KPluginManager::tellAfterInit() {
-  if (onlyDescribes_) return;
+  if (whyOnlyDescribes_) return;
   arrangeByNeeds(L"IPluginManagerAfterInit");
   forEachObject<IPluginManagerAfterInit>(registry_.find(L"IPluginManagerAfterInit"),
                                          [this](IPluginManagerAfterInit& told) { told.afterInit(*this); });
 }
 
 void KPluginManager::tellBeforeDestroy() {
-  if (onlyDescribes_) return;
+  if (whyOnlyDescribes_) return;
   forEachObject<IPluginManagerBeforeDestroy>(registry_.find(L"IPluginManagerBeforeDestroy"),
                                              [this](IPluginManagerBeforeDestroy& told) { told.beforeDestroy(*this); });
 }
@@ -240,9 +248,12 @@ i32 KPluginManager::scanFolder(const wchar_t* folder) {
 
 KPluginModule* KPluginManager::addModule(const std::wstring& path) {
   const auto module = make<KPluginModule>(path, registry_, alert_);
-  if (onlyDescribes_) module->describeOnly();
+  if (whyOnlyDescribes_) module->describeOnly(whyOnlyDescribes_);
   addRecord(module);
   orFailed(*module, [&] { readDescriptorOf(module, path); });
+  const EndedStart* const ended = earlierStarts_ ? earlierStarts_->endedIn(path) : nullptr;
+  if (ended && module->state() == ModuleState::Described) module->leaveOut(*earlierStarts_, *ended);
+  if (isWithoutPlugins_) module->load();  // which it will not, for a reason
   return module.get();
 }
 
@@ -266,7 +277,10 @@ IPluginModule* KPluginManager::loadModule(const wchar_t* path) {
   if (absolute.empty()) return nullptr;
   KPluginModule* module = findByPath(absolute);
   if (!module) module = addModule(absolute);
-  return module->load() ? module : nullptr;
+  if (module->load()) return module;
+  if (module->state() == ModuleState::Described)
+    sWriteLog(L"Module %s is not loaded: %s\n", absolute.c_str(), module->reason());
+  return nullptr;
 }
 
 IPluginModule* KPluginManager::moduleAt(i32 index) const noexcept {

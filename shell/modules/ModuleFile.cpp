@@ -2,6 +2,7 @@
 
 #include "shell/guard/GuardedModule_p.h"
 #include "shell/guard/LoaderLock_p.h"
+#include "shell/guard/StartSentinel_p.h"
 #include "shell/modules/LoadedImage_p.h"
 #include "shell/modules/PeImage_p.h"
 
@@ -253,6 +254,7 @@ LoadedFactory loadFactory(const std::wstring& path) {
   });
   lock.restore();
   if (fault) return {nullptr, true, L"Loading it ended in " + faultText(fault) + L"; the file may be corrupt."};
+  StartMark::change(StartPhase::Factory);
   return module ? findFactory(module) : LoadedFactory{nullptr, false, whyNotLoaded(path, error)};
 }
 

@@ -117,6 +117,8 @@ void useDescriptor() {
     }
     EXPECT_TRUE(module.state() != ModuleState::Failed || *module.reason());
     EXPECT_TRUE(module.path() && module.version());
+    IStartRecord& record = *query<IStartRecord>(&module);
+    EXPECT_TRUE(!record.isLeftOut() && !record.tryAgain());
     if (*module.name()) {
       EXPECT_STREQ(module.attribute(L"name"), L"Swept module");
     }
