@@ -1,6 +1,6 @@
 #include "shell/guard/StartFile_p.h"
 
-#include "core/baselib/system/KernelFile_p.h"
+#include "core/baselib/system/UserData_p.h"
 
 #include <windows.h>
 

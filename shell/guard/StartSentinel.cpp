@@ -1,5 +1,7 @@
 #include "shell/guard/StartSentinel_p.h"
 
+#include "core/baselib/system/UserData_p.h"
+
 #include <cstring>
 #include <new>
 

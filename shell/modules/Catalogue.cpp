@@ -3,6 +3,7 @@
 #include "core/baselib/system/ApplicationKey_p.h"
 #include "core/baselib/system/FileWindow_p.h"
 #include "core/baselib/system/RegistryKey_p.h"
+#include "core/baselib/system/UserData_p.h"
 #include "core/baselib/text/StringHash.h"
 #include "shell/ModuleCatalogue.h"
 #include "shell/modules/Contract_p.h"

@@ -57,27 +57,6 @@ std::wstring modulePath(HMODULE module) {
   }
 }
 
-std::wstring environmentText(const wchar_t* name) {
-  std::wstring value(GetEnvironmentVariableW(name, nullptr, 0), 0);
-  const DWORD length =
-      value.empty() ? 0 : GetEnvironmentVariableW(name, value.data(), static_cast<DWORD>(value.size()));
-  value.resize(length < value.size() ? length : 0);
-  return value;
-}
-
-std::wstring userDataFolder() {
-  const std::wstring data = environmentText(L"LOCALAPPDATA");
-  return data.empty() ? data : data + L"\\Marrowby\\Corvix";
-}
-
-void makeFolders(const std::wstring& path) {
-  if (CreateDirectoryW(path.c_str(), nullptr) || GetLastError() != ERROR_PATH_NOT_FOUND) return;
-  const std::wstring above = folderOf(path);
-  if (above.size() >= path.size() || above.empty()) return;
-  makeFolders(above);
-  CreateDirectoryW(path.c_str(), nullptr);
-}
-
 std::wstring folderOf(const std::wstring& path) {
   const std::size_t separator = path.find_last_of(L"\\/");
   return separator == std::wstring::npos ? std::wstring() : path.substr(0, separator);

@@ -58,16 +58,6 @@ std::wstring makePartFile(const wchar_t* path);
 // The path of a module's file, of any length; empty if the system does not tell.
 std::wstring modulePath(HMODULE module);
 
-// What the environment says under that name; empty if nothing.
-std::wstring environmentText(const wchar_t* name);
-
-// Where the library keeps what is neither a setting nor temporary, below the user's folder of application data on this
-// machine; empty if there is no such folder. It need not exist yet.
-std::wstring userDataFolder();
-
-// A folder, with those above it that are missing.
-void makeFolders(const std::wstring& path);
-
 // The folder of a path, without the last separator.
 std::wstring folderOf(const std::wstring& path);
 
