@@ -1,6 +1,7 @@
 // Pools against the heaps and pools that one would use instead. An operation is a batch of 256 blocks, each taken
 // and written to, and then all given back: newest first, oldest first or in no order.
 #include "bench/Bench.h"
+#include "bench/Held.h"
 #include "core/baselib/memory/MemoryManager.h"
 #include "core/baselib/memory/SizeClassMemoryPool.h"
 #include "core/baselib/objects/Ref.h"
@@ -16,8 +17,6 @@
 #include <thread>
 
 #include <windows.h>
-
-#include <malloc.h>
 
 namespace corvix::bench {
 namespace {
@@ -143,6 +142,28 @@ struct Peers {
   PmrPool pmr;
 };
 
+// As often as a pool takes the memory manager's lock, two threads take one and touch a block.
+struct LockPairs {
+  LockPairs() { InitializeCriticalSectionAndSpinCount(&section, 4000); }
+  ~LockPairs() { DeleteCriticalSection(&section); }
+  LockPairs(const LockPairs&) = delete;
+  LockPairs& operator=(const LockPairs&) = delete;
+  void* take() {
+    EnterCriticalSection(&section);
+    void* const block = &words[++taken % kBatch];
+    LeaveCriticalSection(&section);
+    return block;
+  }
+  void give(void*) {
+    EnterCriticalSection(&section);
+    --taken;
+    LeaveCriticalSection(&section);
+  }
+  CRITICAL_SECTION section;
+  std::size_t taken = 0;
+  u32 words[kBatch] = {};
+};
+
 template <class Ours>
 void compareAll(Report& report, const char* what, u32 size, Order order) {
   Ours ours(size);
@@ -153,20 +174,10 @@ void compareAll(Report& report, const char* what, u32 size, Order order) {
   report.compare(name, "HeapAlloc", 0, mine, churning(peers.system, order));
   report.compare(name, "std::pmr::synchronized_pool_resource", 0.4, mine, churning(peers.pmr, order));
   report.compare(name, "boost::pool behind the same lock", 1.2, mine, churning(peers.boost, order));
-  report.compare(name + ", two threads", "malloc", 0.6, churningByTwo(ours, order), churningByTwo(peers.heap, order));
-}
-
-// What the heap says that it holds, with its own words beside the blocks. Pools get their chunks from it.
-double heldByHeap() {
-  double sum = 0;
-  HANDLE const heap = reinterpret_cast<HANDLE>(_get_heap_handle());
-  PROCESS_HEAP_ENTRY entry{};
-  HeapLock(heap);
-  while (HeapWalk(heap, &entry)) {
-    if (entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) sum += static_cast<double>(entry.cbData + entry.cbOverhead);
-  }
-  HeapUnlock(heap);
-  return sum;
+  LockPairs pairs;
+  report.compare(name + ", two threads", "malloc", 0, churningByTwo(ours, order), churningByTwo(peers.heap, order));
+  report.compare(name + ", two threads", "as many contended lock pairs", 1.2, churningByTwo(ours, order),
+                 churningByTwo(pairs, order));
 }
 
 template <class Source>
