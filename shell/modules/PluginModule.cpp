@@ -42,6 +42,7 @@ void KPluginModule::readDescriptor(const XMLNodeNode& plugin) {
 }
 
 const wchar_t* KPluginModule::keep(const std::wstring& sentence) noexcept {
+  if (sentence.empty()) return flaw_;
   try {
     std::wstring text = sentence.substr(0, kLongestSentence);
     if (*flaw_) text.append(L" ").append(flaw_);

@@ -51,6 +51,7 @@ std::wstring modulePath(HMODULE module) {
     const DWORD length = GetModuleFileNameW(module, path.data(), static_cast<DWORD>(path.size()));
     if (length < path.size()) {
       path.resize(length);
+      path.shrink_to_fit();  // some are kept
       return path;
     }
     path.resize(path.size() * 2);
