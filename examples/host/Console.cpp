@@ -1,5 +1,7 @@
 #include "examples/host/Console.h"
 
+#include "tools/xmlbinc/Harmless.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -15,20 +17,10 @@ std::size_t widthOf(const std::string& text) {
   return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), [](char c) { return (c & 0xC0) != 0x80; }));
 }
 
-bool steersTerminal(wchar_t c) {
-  constexpr std::pair<wchar_t, wchar_t> kRanges[] = {{0x00, 0x1F},     {0x7F, 0x9F},     {0x061C, 0x061C},
-                                                     {0x200E, 0x200F}, {0x2028, 0x202E}, {0x2066, 0x2069},
-                                                     {0xFEFF, 0xFEFF}};
-  return std::any_of(std::begin(kRanges), std::end(kRanges),
-                     [c](const auto& range) { return c >= range.first && c <= range.second; });
-}
-
 }  // namespace
 
 std::string shown(std::wstring_view text, std::size_t mostLetters) {
-  std::wstring harmless(text.substr(0, mostLetters));
-  std::replace_if(harmless.begin(), harmless.end(), steersTerminal, L'\xFFFD');
-  return utf8(harmless) + (text.size() > mostLetters ? "..." : "");
+  return utf8(corvix::xmlbinc::harmless(text, mostLetters));
 }
 
 std::string utf8(std::wstring_view text) {

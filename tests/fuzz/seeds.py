@@ -14,6 +14,14 @@ def block(*nodes):
     return b"xmlbin" + struct.pack("<I", 0x100) + b"".join(nodes)
 
 
+def far_import():
+    """A section that claims more than the file has, so that an imported module's name lies far behind its end."""
+    table = struct.pack("<5I", 0, 0, 0, pe.RESOURCES + 0x3800000, pe.TEXT + 0x80) + bytes(20)
+    far = pe.Module(code=pe.NULL_FACTORY.ljust(0x40, b"\0") + table.ljust(0x40, b"\0") + word(-0x7FFFFFFF) + word(0))
+    far.put("importDirectory", pe.TEXT + 0x40).put(("textSection", 16), 0x7FFFF000)
+    return bytes(far.put(("resourcesSection", 8), 0x4000000).put("imageSize", 0x4020000).bytes)
+
+
 def word(value):
     return struct.pack("<i", value)
 
@@ -77,6 +85,7 @@ SEEDS = {
         module(characteristics=0x102),
         module(machine=0x8664),
         module(sections=3),
+        far_import(),
         b"MZ",
         b"#!/bin/sh\n",
     ],

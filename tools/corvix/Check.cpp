@@ -160,7 +160,7 @@ void print(const ModuleReport& report) {
               report.declared);
   for (const Finding& finding : report.findings) {
     std::printf("  %s [%s] %s %s\n", weightName(finding.rule->weight), finding.rule->id, finding.rule->what,
-                finding.detail.c_str());
+                shown(finding.detail, 4000).c_str());
     std::printf("    %s\n", finding.rule->todo);
   }
 }
@@ -204,7 +204,7 @@ int check(const CheckOptions& options) {
   if (options.json)
     std::printf(
         "%s\n",
-        json{{"modules", std::move(all)}, {"exit", worst}}.dump(2, ' ', false, json::error_handler_t::replace).c_str());
+        json{{"modules", std::move(all)}, {"exit", worst}}.dump(2, ' ', true, json::error_handler_t::replace).c_str());
   return worst;
 }
 

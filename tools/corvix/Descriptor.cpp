@@ -12,13 +12,19 @@ namespace {
 using xmlbinc::Node;
 using xmlbinc::NodeType;
 
+// One text of a block may stand in thousands of places.
+std::string textOf(std::u16string_view text) {
+  constexpr std::size_t kLongest = 65536;  // what the library takes in
+  return utf8(text.substr(0, kLongest)) + (text.size() > kLongest ? "..." : "");
+}
+
 Element elementAt(const xmlbinc::Tree& tree, std::size_t index) {
   Element element;
   const std::size_t end = tree.nodes[index].end;
   for (std::size_t i = index + 1; i < end; i = tree.nodes[i].end) {
     const Node& node = tree.nodes[i];
     if (node.type == NodeType::Attribute)
-      element.attributes.emplace_back(utf8(tree.name(node)), utf8(tree.value(node)));
+      element.attributes.emplace_back(textOf(tree.name(node)), textOf(tree.value(node)));
   }
   return element;
 }

@@ -22,7 +22,8 @@ int failed(const std::string& path, const std::string& why) {
 
 void print(const char* heading, const Element& element) {
   std::printf("%s\n", heading);
-  for (const auto& [name, value] : element.attributes) std::printf("  %-13s %s\n", name.c_str(), value.c_str());
+  for (const auto& [name, value] : element.attributes)
+    std::printf("  %-13s %s\n", shown(name).c_str(), shown(value).c_str());
 }
 
 ordered_json asJson(const Element& element) {
@@ -37,7 +38,7 @@ void printTable(const Descriptor& descriptor, const ModuleImage& image) {
   for (const Element& one : descriptor.settings) print("Setting", one);
   for (const Element& one : descriptor.requirements) print("Requires", one);
   std::printf("File\n");
-  for (const auto& import : image.imports()) std::printf("  %-13s %s\n", "imports", import.module.c_str());
+  for (const auto& import : image.imports()) std::printf("  %-13s %s\n", "imports", shown(import.module).c_str());
   if (!image.buildIdentifier().empty()) std::printf("  %-13s %s\n", "build", image.buildIdentifier().c_str());
 }
 
@@ -50,7 +51,7 @@ void printJson(const std::string& path, const Descriptor& descriptor, const Modu
   for (const auto& import : image.imports()) all["imports"].push_back(import.module);
   all["build"] = image.buildIdentifier();
   all["versionInformation"] = image.hasVersionInformation();
-  std::printf("%s\n", all.dump(2, ' ', false, ordered_json::error_handler_t::replace).c_str());
+  std::printf("%s\n", all.dump(2, ' ', true, ordered_json::error_handler_t::replace).c_str());
 }
 
 }  // namespace

@@ -18,6 +18,7 @@ namespace {
 constexpr std::uintmax_t kLargestModule = 512u << 20;
 constexpr std::size_t kMostEntries = 100'000;
 constexpr std::size_t kLongestName = 4096;  // of a C++ function
+constexpr std::size_t kMostNameBytes = 32 << 20;
 constexpr std::uint32_t kHighBit = 0x80000000;
 constexpr std::uintptr_t kByNumber = ~(~std::uintptr_t{0} >> 1);  // of a function that is imported
 
@@ -72,9 +73,14 @@ bool ModuleImage::readImage(std::uint64_t address, T& value) const {
   return true;
 }
 
-std::string ModuleImage::nameAt(std::uint32_t address) const {
+// Tables may lead to one text again and again: all names together have a bounded room.
+bool ModuleImage::hasRoom() const noexcept { return nameBytes_ < kMostNameBytes; }
+
+std::string ModuleImage::nameAt(std::uint32_t address) {
   const std::string_view found = imageAt(address).substr(0, kLongestName);
-  return std::string(found.substr(0, found.find('\0')));
+  const std::string_view name = found.substr(0, found.find('\0'));
+  nameBytes_ += name.size() + sizeof(std::string);
+  return std::string(hasRoom() ? name : std::string_view());
 }
 
 std::optional<ModuleImage::Fault> ModuleImage::examine() {
@@ -118,12 +124,11 @@ std::optional<ModuleImage::Fault> ModuleImage::examine() {
 void ModuleImage::readImports(std::uint32_t table) {
   if (!table) return;
   IMAGE_IMPORT_DESCRIPTOR descriptor;
-  for (std::uint64_t at = table; imports_.size() < 1000 && readImage(at, descriptor) && descriptor.Name;
+  for (std::uint64_t at = table; imports_.size() < 1000 && hasRoom() && readImage(at, descriptor) && descriptor.Name;
        at += sizeof descriptor) {
     Import import{nameAt(descriptor.Name), {}};
     std::uint64_t entry = descriptor.OriginalFirstThunk ? descriptor.OriginalFirstThunk : descriptor.FirstThunk;
-    for (std::uintptr_t target = 0; import.functions.size() < kMostEntries && readImage(entry, target) && target;
-         entry += sizeof target) {
+    for (std::uintptr_t target = 0; hasRoom() && readImage(entry, target) && target; entry += sizeof target) {
       if (!(target & kByNumber)) import.functions.push_back(nameAt(static_cast<std::uint32_t>(target) + 2));
     }
     imports_.push_back(std::move(import));
@@ -134,7 +139,7 @@ void ModuleImage::readExports(std::uint32_t table) {
   IMAGE_EXPORT_DIRECTORY directory;
   if (!table || !readImage(table, directory)) return;
   const std::size_t count = std::min<std::size_t>(directory.NumberOfNames, kMostEntries);
-  for (std::size_t i = 0; i < count; ++i) {
+  for (std::size_t i = 0; i < count && hasRoom(); ++i) {
     std::uint32_t name = 0;
     if (!readImage(std::uint64_t{directory.AddressOfNames} + i * 4, name)) return;
     exports_.insert(nameAt(name));

@@ -60,11 +60,13 @@ class ModuleImage {
   template <class T>
   bool readImage(std::uint64_t address, T& value) const;
   std::string_view imageAt(std::uint64_t address) const;  // up to its section's end; empty outside
-  std::string nameAt(std::uint32_t address) const;
+  std::string nameAt(std::uint32_t address);
+  bool hasRoom() const noexcept;
 
   std::optional<Fault> fault_;
   std::string bytes_;
   std::vector<Section> sections_;
+  std::size_t nameBytes_ = 0;
   std::vector<Import> imports_;
   std::set<std::string> exports_;
   std::optional<std::string> descriptor_;

@@ -1,5 +1,7 @@
 #include "tools/corvix/Text.h"
 
+#include "tools/xmlbinc/Harmless.h"
+
 #include <algorithm>
 #include <vector>
 
@@ -23,6 +25,10 @@ std::string utf8(std::wstring_view text) {
 }
 
 std::string utf8(std::u16string_view text) { return utf8(std::wstring(text.begin(), text.end())); }
+
+std::string shown(std::string_view text, std::size_t mostLetters) {
+  return utf8(xmlbinc::harmless(wide(text), mostLetters));
+}
 
 std::string fileNameOf(const std::string& path) { return path.substr(path.find_last_of("\\/") + 1); }
 

@@ -10,6 +10,9 @@ std::wstring wide(std::string_view utf8);
 std::string utf8(std::wstring_view text);
 std::string utf8(std::u16string_view text);
 
+// For people: without what would steer a terminal, and cut.
+std::string shown(std::string_view utf8, std::size_t mostLetters = 1000);
+
 std::string fileNameOf(const std::string& path);
 
 // How many letters have to be changed, added or taken away to turn one text into the other.

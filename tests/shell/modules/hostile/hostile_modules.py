@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
 """Whether a program stands whatever lies in its folder of plug-ins:
 
-    hostile_modules.py listed|asked|shown FOLDER BIN EMULATOR...
+    hostile_modules.py listed|asked|shown|inspected FOLDER BIN EMULATOR...
 
 makes every module of rows.py in FOLDER, then "listed" has one program read all of them; "shown" has corvix-host print
-what some of them say; "asked" has one program ask each of them for an object. Both must end by themselves, with the memory that the
+what some of them say, "inspected" corvix info and check; "asked" has one program ask each of them for an object. Both must end by themselves, with the memory that the
 descriptors need, and say of each module what its row says."""
 import os
 import pathlib
@@ -129,21 +129,37 @@ def shown(modules, bin_folder, emulator):
                 (modules / f"needs{i}.dll").write_bytes(needing.bytes)
         done = subprocess.run([*emulator, modules.parent / "corvix-host.exe", *command], capture_output=True,
                               timeout=MOST_SECONDS)
-        text = done.stdout.decode("utf-8").replace("\r\n", "\n")
-        if done.returncode != code or not text:
-            yield f"corvix-host {command} ended with {done.returncode} and said {text}, {done.stderr}"
-        for found in STEERING.finditer(text):
-            yield f"corvix-host {command} shows {found.group()!r} in {text[found.start() - 20:found.end() + 20]!r}"
-        for line in text.splitlines():
-            if len(line) > 600:
-                yield f"corvix-host {command} shows a line of {len(line)} letters"
+        yield from wrong_in(f"corvix-host {command}", done, code, 600)
+
+
+def wrong_in(command, done, code, longest):
+    text = done.stdout.decode("utf-8").replace("\r\n", "\n")
+    if done.returncode != code or not text:
+        yield f"{command} ended with {done.returncode} and said {text[:500]}, {done.stderr}"
+    for found in STEERING.finditer(text):
+        yield f"{command} shows {found.group()!r} in {text[found.start() - 20:found.end() + 20]!r}"
+    for line in text.splitlines():
+        if len(line) > longest:
+            yield f"{command} shows a line of {len(line)} letters"
+
+
+def inspected(modules, bin_folder, emulator):
+    """The same of the tool for authors."""
+    table = [row for row in rows.DIRECTORIES + rows.RESOURCE + rows.BLOCKS if row[0] in SHOWN + ("imports_of_one_name",)]
+    make(modules, table)
+    for row in table:
+        for code, command in ((0, ["info"]), (0, ["info", "--json"]), (1, ["check"])):
+            done = subprocess.run([*emulator, bin_folder / "corvix.exe", *command, modules / f"{row[0]}.dll"],
+                                  capture_output=True, timeout=MOST_SECONDS)
+            yield from wrong_in(f"corvix {command} {row[0]}", done, code, 70_000 if "--json" in command else 5_000)
 
 
 def main():
     step, folder, bin_folder, *emulator = sys.argv[1:]
     folder, bin_folder = pathlib.Path(folder), pathlib.Path(bin_folder).resolve()
     pe.take_word_size(bin_folder / "corvix.dll")
-    found = list({"listed": listed, "asked": asked, "shown": shown}[step](folder / "plugins", bin_folder, emulator))
+    steps = {"listed": listed, "asked": asked, "shown": shown, "inspected": inspected}
+    found = list(steps[step](folder / "plugins", bin_folder, emulator))
     shutil.rmtree(folder)
     print("\n".join(found) or "every module is as its row says")
     return 1 if found else 0

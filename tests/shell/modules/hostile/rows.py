@@ -1,6 +1,8 @@
 """The hostile modules, a row for each: its name, how it is made, what is said of it when it is listed and, if an object
 of it is asked for, what comes of that. "" when listed: there is nothing to say; when asked for: systems say different
 things, but each says something."""
+import struct
+
 import pe
 from pe import DATA, NULL_FACTORY, RESOURCES, TEXT, Module, descriptor, element, interface
 
@@ -145,9 +147,22 @@ DIRECTORIES = [
     ("relocations_outside", lambda: Module().put("relocations", OUTSIDE).put(("relocations", 4), 100), "", ""),
 ]
 
+def imports_of_one_name():
+    """900 modules with 99,000 functions each, in one table, all of one name."""
+    content = descriptor(interface())
+    name = (b"\0\0" + b"n" * 5000 + b"\0").ljust(5004, b"\0")
+    text = RESOURCES + 112 + len(content)
+    functions = text + len(name)
+    table = functions + 4 * 99_001
+    module = Module(plugin=content + name + struct.pack("<I", text) * 99_000 + bytes(4) +
+                    struct.pack("<IIIII", functions, 0, 0, text + 2, functions) * 900 + bytes(20))
+    return module.put(("tree", 100), len(content)).put("importDirectory", table)
+
+
 TREE = 24  # from one directory of the resources to the next
 RESOURCE = [
     ("resources_outside", put("resourceDirectory", OUTSIDE), RESOURCE_OUTSIDE),
+    ("imports_of_one_name", imports_of_one_name, ""),
     ("resources_beyond_memory", put("resourceDirectory", 0xFFFFFFF8), RESOURCE_OUTSIDE),
     ("no_resources", put("resourceDirectory", 0), NO_DESCRIPTOR),
     ("no_types", put(("tree", 12), 0, 2), NO_DESCRIPTOR),
