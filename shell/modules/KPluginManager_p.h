@@ -4,8 +4,10 @@
 #include "shell/GlobalEvent.h"
 #include "shell/guard/UserAlert_p.h"
 #include "shell/modules/KClassFactoryLocal_p.h"
+#include "shell/modules/ObjectWatch_p.h"
 #include "shell/modules/PluginModule_p.h"
 
+#include <memory>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -36,8 +38,8 @@ struct WordsHash {
   }
 };
 
-class KPluginManager final : public IPluginManager {
-  CORVIX_IDENTITY(KPluginManager, 0x2BD7046F, 0x4E68A9C3, 0x8071F35D, 0xD9163EA2, IPluginManager)
+class KPluginManager final : public IPluginManager, public IObjectWatch {
+  CORVIX_IDENTITY(KPluginManager, 0x2BD7046F, 0x4E68A9C3, 0x8071F35D, 0xD9163EA2, IPluginManager, IObjectWatch)
 
  public:
   // Registry and alert outlive the manager.
@@ -59,6 +61,13 @@ class KPluginManager final : public IPluginManager {
   void raiseEvent(IGlobalEvent& event) override;
   BNotifySender& preEventSender() noexcept override { return preEventSender_; }
   BNotifySender& postEventSender() noexcept override { return postEventSender_; }
+
+  bool isWatching() const noexcept override { return watch_ != nullptr; }
+  i32 takeStock() override;
+  bool rowAt(i32 index, ObjectsLeft& row) const noexcept override;
+
+  // From now on.
+  void watchObjects() { watch_ = std::make_unique<ObjectWatch>(); }
 
   // The library's own descriptor, from its own module.
   void registerOwnDescriptor(void* module);
@@ -113,6 +122,8 @@ class KPluginManager final : public IPluginManager {
   const wchar_t* whyOnlyDescribes_ = nullptr;  // else null
   bool isWithoutPlugins_ = false;
   EarlierStarts* earlierStarts_ = nullptr;
+  std::unique_ptr<ObjectWatch> watch_;  // null: nobody watches
+  std::vector<ObjectsLeft> stock_;
   BNotifySender preEventSender_;
   BNotifySender postEventSender_;
 };

@@ -5,6 +5,7 @@
 #include "shell/guard/UserAlert_p.h"
 #include "shell/modules/Contract_p.h"
 #include "shell/modules/ModuleFile_p.h"
+#include "shell/modules/ObjectWatch_p.h"
 #include "shell/modules/Requirements_p.h"
 
 #include <algorithm>
@@ -143,7 +144,7 @@ IBSmartObject* KPluginModule::cannotCreate(const wchar_t* interfaceName, const s
 IBSmartObject* KPluginInterface::createObject() {
   IBSmartObject* const object = module_->createObject(name_, identifier_);
   if (object) {
-    if (!std::exchange(isIdentityChecked_, true)) checkIdentity(*object);
+    if (!isLookedAt_) lookAt(*object);
     reason_ = L"";
   } else {
     setReason(*module_->reason() ? module_->reason() : L"Its module is just being loaded.");
@@ -161,6 +162,15 @@ void KPluginInterface::setReason(const wchar_t* reason) noexcept {
   reason_ = reason;
   if (std::exchange(logged_, reason) != reason)
     sWriteLog(L"No object \"%s\" from %s: %s\n", name_, module_->path(), reason);
+}
+
+void KPluginInterface::lookAt(IBSmartObject& object) noexcept {
+  if (!std::exchange(isIdentityChecked_, true)) checkIdentity(object);
+  if (objectWatch) {
+    guardedFromAll([&] { objectWatch->made(*this, object); });
+  } else {
+    isLookedAt_ = true;
+  }
 }
 
 // The object stays as good as it was: those who ask for another of its interfaces get it.
