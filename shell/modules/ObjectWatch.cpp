@@ -45,7 +45,8 @@ int ObjectWatch::onDestroy(IBRTTISupport* sender) {
 std::vector<ObjectsLeft> ObjectWatch::left() {
   const SCriticalSection::Lock lock(section_);
   std::vector<ObjectsLeft> rows;
-  for (const auto& [object, made] : made_) {
+  for (const auto& one : made_) {
+    const Made& made = one.second;
     const wchar_t* const name = made.entry->name();
     const wchar_t* const path = made.entry->module()->path();
     const auto same = std::find_if(rows.begin(), rows.end(), [&](const ObjectsLeft& row) {
