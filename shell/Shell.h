@@ -29,6 +29,10 @@ class CORVIX_API IShell : public BSmartObject {
   // of the start or the end, and making an object of a plug-in answers null.
   static void startDescribing() noexcept;
 
+  // Before the first `getInstance`, for developers: watches which objects that are made by name nobody releases. They
+  // are in the log when the shell shuts down, and IObjectWatch tells of them at any time (shell/ObjectWatch.h).
+  static void watchObjects() noexcept;
+
   // Adds no reference.
   virtual IPluginManager* pluginManager() const noexcept = 0;
 

@@ -1,6 +1,8 @@
 #include "examples/host/Command.h"
 
 #include "examples/host/Console.h"
+#include "examples/host/Objects.h"
+#include "shell/ObjectWatch.h"
 
 #include <algorithm>
 #include <stdexcept>
@@ -21,6 +23,7 @@ std::vector<const Command*>& registered() {
 corvix::IShell& Host::shell() {
   if (started_) return *started_;
   if (isUnattended) corvix::IShell::startUnattended();
+  if (watchesObjects) corvix::IShell::watchObjects();
   started_ = corvix::IShell::getInstance();
   addPluginFolders();
   return *started_;
@@ -44,6 +47,21 @@ void Host::addPluginFolders() {
 
 void Host::shutDown() {
   if (started_) started_->shutDown();
+  if (started_ && watchesObjects) showObjectsLeft();
+}
+
+void Host::showObjectsLeft() {
+  corvix::IObjectWatch& watch = *corvix::query<corvix::IObjectWatch>(started_->pluginManager());
+  Table table({"Never released", "Class", "Interface", "Module"});
+  corvix::ObjectsLeft row;
+  watch.takeStock();
+  for (int i = 0; watch.rowAt(i, row); ++i)
+    table.add({std::to_string(row.count), shown(row.className), shown(row.interfaceName), fileName(row.modulePath)});
+  if (watch.rowAt(0, row)) {
+    table.print();
+  } else {
+    std::printf("Every object that was made by name was released.\n");
+  }
 }
 
 Command::Command(const char* itsName, const char* itsHelp, std::vector<Argument> itsArguments, Run itsRun)

@@ -16,6 +16,7 @@ namespace host {
 class Host {
  public:
   bool isUnattended = false;
+  bool watchesObjects = false;
   std::vector<std::string> pluginFolders;  // besides the folder "plugins"
 
   corvix::IShell& shell();
@@ -24,11 +25,12 @@ class Host {
   // Likewise, but no code of a plug-in runs then.
   corvix::IPluginManager& describedOnly();
 
-  // If it was started.
+  // If it was started. Shows what was watched.
   void shutDown();
 
  private:
   void addPluginFolders();
+  void showObjectsLeft();
 
   corvix::IShell* started_ = nullptr;
 };

@@ -53,6 +53,7 @@ int runMain() {
                  "A further folder with plug-ins, read after the start; may be given again")
       ->type_name("FOLDER")
       ->allow_extra_args(false);
+  app.add_flag("--watch-objects", host.watchesObjects, "At the end, show the objects that nobody released");
   bool withLog = false;
   app.add_flag("--show-log", withLog, "At the end, show what this run has logged");
   int exitCode = 0;

@@ -17,6 +17,7 @@ namespace {
 
 std::atomic<bool> isWithoutUser{false};
 std::atomic<bool> onlyDescribes{false};
+std::atomic<bool> watchesObjects{false};
 
 constexpr wchar_t kCaption[] = L"Teldane Quill";
 constexpr wchar_t kWithoutPlugins[] =
@@ -60,6 +61,8 @@ void IShell::startUnattended() noexcept { isWithoutUser = true; }
 
 void IShell::startDescribing() noexcept { onlyDescribes = true; }
 
+void IShell::watchObjects() noexcept { watchesObjects = true; }
+
 KShell::KShell()
     : settings_(make<BSettings>()),
       pluginManager_(
@@ -72,6 +75,7 @@ KShell::KShell()
 void KShell::start(void* module) {
   if (std::exchange(isStarted_, true)) return;
   useSafeModuleSearch();
+  if (watchesObjects) pluginManager_->watchObjects();
   readEarlierStarts();
   pluginManager_->registerOwnDescriptor(module);
   pluginManager_->scanFolder((folderOf(modulePath(nullptr)) + L"\\plugins").c_str());
@@ -116,6 +120,15 @@ void KShell::shutDown() {
   unInitialize();
   // At the very end of the process the modules' factories are gone.
   if (!isProcessEnding()) pluginManager_->tellBeforeDestroy();
+  logObjectsLeft();
+}
+
+void KShell::logObjectsLeft() {
+  ObjectsLeft row;
+  pluginManager_->takeStock();
+  for (i32 i = 0; pluginManager_->rowAt(i, row); ++i)
+    sWriteLog(L"Never released: %d of %s, made for \"%s\" by %s\n", row.count, row.className, row.interfaceName,
+              row.modulePath);
 }
 
 // The order counts: objects that plug-ins gave, then the tables of names, then the managers, the one made last
@@ -146,6 +159,7 @@ Manager* KShell::resolve(Held slot, const wchar_t* interfaceName) {
   if (!held_[slot] && !isGoing_ && !isProcessEnding() && !std::exchange(isBeingMade_[slot], true)) {
     forEachDeclared<Manager>(*pluginManager_, interfaceName, [&](Manager& answers, IPluginInterface&) {
       held_[slot] = Ref<IBSmartObject>::share(corvix::query<IBSmartObject>(&answers));
+      if (objectWatch) objectWatch->forget(*held_[slot]);
       return false;
     });
     isBeingMade_[slot] = false;

@@ -71,6 +71,7 @@ class KShell final : public IShell, public IUserAlert, public IMemoryShell, publ
 
   void readEarlierStarts();
   void tellOfEarlierStarts();
+  void logObjectsLeft();
   void show(const std::wstring& text, const wchar_t* caption) override;
 
   // Null while it is being made, too.

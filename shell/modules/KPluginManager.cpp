@@ -279,6 +279,17 @@ IPluginModule* KPluginManager::loadModule(const wchar_t* path) {
   return nullptr;
 }
 
+i32 KPluginManager::takeStock() {
+  stock_ = watch_ ? watch_->left() : std::vector<ObjectsLeft>();
+  return static_cast<i32>(stock_.size());
+}
+
+bool KPluginManager::rowAt(i32 index, ObjectsLeft& row) const noexcept {
+  if (index < 0 || static_cast<std::size_t>(index) >= stock_.size()) return false;
+  row = stock_[static_cast<std::size_t>(index)];
+  return true;
+}
+
 IPluginModule* KPluginManager::moduleAt(i32 index) const noexcept {
   return index >= 0 && index < moduleCount() ? modules_[static_cast<std::size_t>(index)].get() : nullptr;
 }

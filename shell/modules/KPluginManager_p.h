@@ -6,8 +6,10 @@
 #include "shell/guard/UserAlert_p.h"
 #include "shell/modules/KClassFactoryLocal_p.h"
 #include "shell/modules/ModuleFile_p.h"
+#include "shell/modules/ObjectWatch_p.h"
 #include "shell/modules/PluginModule_p.h"
 
+#include <memory>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -38,8 +40,9 @@ struct WordsHash {
   }
 };
 
-class KPluginManager final : public IPluginManager, public IModuleCatalogue {
-  CORVIX_IDENTITY(KPluginManager, 0x2BD7046F, 0x4E68A9C3, 0x8071F35D, 0xD9163EA2, IPluginManager, IModuleCatalogue)
+class KPluginManager final : public IPluginManager, public IModuleCatalogue, public IObjectWatch {
+  CORVIX_IDENTITY(KPluginManager, 0x2BD7046F, 0x4E68A9C3, 0x8071F35D, 0xD9163EA2, IPluginManager, IModuleCatalogue,
+                  IObjectWatch)
 
  public:
   // Registry and alert outlive the manager.
@@ -65,6 +68,13 @@ class KPluginManager final : public IPluginManager, public IModuleCatalogue {
   const wchar_t* path() const noexcept override { return cataloguePath_.c_str(); }
   i32 takenCount() const noexcept override { return takenCount_; }
   i32 readCount() const noexcept override { return readCount_; }
+
+  bool isWatching() const noexcept override { return watch_ != nullptr; }
+  i32 takeStock() override;
+  bool rowAt(i32 index, ObjectsLeft& row) const noexcept override;
+
+  // From now on.
+  void watchObjects() { watch_ = std::make_unique<ObjectWatch>(); }
 
   // The library's own descriptor, from its own module.
   void registerOwnDescriptor(void* module);
@@ -123,6 +133,8 @@ class KPluginManager final : public IPluginManager, public IModuleCatalogue {
   std::wstring cataloguePath_;
   i32 takenCount_ = 0;
   i32 readCount_ = 0;
+  std::unique_ptr<ObjectWatch> watch_;  // null: nobody watches
+  std::vector<ObjectsLeft> stock_;
   BNotifySender preEventSender_;
   BNotifySender postEventSender_;
 };

@@ -5,6 +5,7 @@
 #include "shell/guard/UserAlert_p.h"
 #include "shell/modules/Contract_p.h"
 #include "shell/modules/ModuleFile_p.h"
+#include "shell/modules/ObjectWatch_p.h"
 #include "shell/modules/Requirements_p.h"
 
 #include <algorithm>
@@ -151,10 +152,7 @@ IBSmartObject* KPluginModule::cannotCreate(const wchar_t* interfaceName, const s
 
 IBSmartObject* KPluginInterface::createObject() {
   IBSmartObject* object = module_->createObject(name_, identifier_);
-  if (object && !isIdentityChecked_) {
-    isIdentityChecked_ = isSound(*object);
-    if (!isIdentityChecked_) object = nullptr;  // it cannot be released either
-  }
+  if (object && !isLookedAt_ && !lookAt(*object)) object = nullptr;  // it cannot be released either
   if (object) {
     reason_ = L"";
   } else {
@@ -173,6 +171,17 @@ void KPluginInterface::setReason(const wchar_t* reason) noexcept {
   reason_ = reason;
   if (std::exchange(logged_, reason) != reason)
     sWriteLog(L"No object \"%s\" from %s: %s\n", name_, module_->path(), reason);
+}
+
+bool KPluginInterface::lookAt(IBSmartObject& object) {
+  if (!isIdentityChecked_) isIdentityChecked_ = isSound(object);
+  if (!isIdentityChecked_) return false;
+  if (objectWatch) {
+    guardedFromAll([&] { objectWatch->made(*this, object); });
+  } else {
+    isLookedAt_ = true;
+  }
+  return true;
 }
 
 // One that answers to something else than what is declared stays as good as it was: those who ask for another of its

@@ -130,6 +130,7 @@ class KPluginInterface final : public IPluginInterface, public ICreationReport {
 
  private:
   void setReason(const wchar_t* reason) noexcept;
+  bool lookAt(IBSmartObject& object);
   bool isSound(IBSmartObject& object);
 
   Ref<KPluginModule> module_;
@@ -138,6 +139,7 @@ class KPluginInterface final : public IPluginInterface, public ICreationReport {
   PlainIdentifier identifier_;
   const wchar_t* reason_ = L"";     // the module keeps it
   const wchar_t* logged_ = L"";     // the reason that the log has already
+  bool isLookedAt_ = false;         // nothing is to be done with further objects
   bool isIdentityChecked_ = false;  // of the first object
 };
 

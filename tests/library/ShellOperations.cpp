@@ -128,6 +128,9 @@ void useDescriptor() {
     }
     EXPECT_TRUE(module.state() != ModuleState::Failed || *module.reason());
     EXPECT_TRUE(module.path() && module.version());
+    const IObjectWatch& watch = *query<IObjectWatch>(&manager);
+    ObjectsLeft left;
+    EXPECT_TRUE(!watch.isWatching() && !query<IObjectWatch>(&manager)->takeStock() && !watch.rowAt(0, left));
     IStartRecord& record = *query<IStartRecord>(&module);
     EXPECT_TRUE(!record.isLeftOut() && !record.tryAgain());
     if (*module.name()) {

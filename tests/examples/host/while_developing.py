@@ -22,6 +22,7 @@ WITH = ["--plugins", extra]
 ROWS = [  # arguments, exit code, parts of what is said
     (["create", "Example.Greeter"], 0,
      ["a Greeter, made by greeter.dll", "IGreeter", "identifiers declared for Example.Greeter", "it is gone"]),
+    (["--watch-objects", "create", "Example.Greeter"], 0, ["Every object that was made by name was released."]),
     (["create", "AGDC.Screen"], 0, ["made by corvix.dll", "IAGDCCreator"]),
     (["create", "IActionManager.Instance"], 0, ["it is kept by others"]),
     (["create", "Example.Greter"], 1, ['declares "Example.Greter"; did you mean "Example.Greeter"?', "--plugins"]),

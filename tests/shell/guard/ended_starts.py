@@ -61,6 +61,9 @@ def nothing_left(folder, starts):
     return f"left: {left}" if left else None
 
 
+WATCHED = ["corvix-host", "--unattended", "--show-log", "--watch-objects", "settings", "save"]
+LEFT = (r"Object watch: a \w+, made for .AGDC.Screen. by .*corvix.dll on thread \d+, was released on thread .*2 +\w+ +AGDC.Memory +corvix.dll"
+        r"\n +1 +Told +Faulty.ends_at_start +ends_at_start.dll")
 crash = [("crash", USE, 5, "!saved")]
 STORIES = {
     **{f"ends when {phase}": [(phase, USE, 9, "!saved"), ("", LIST, 0, where), ("", LIST, 0, OUT),
@@ -82,6 +85,7 @@ STORIES = {
     "the program itself ends": [*[("", ["corvix-endings", "shell", "exits"], 0, "")] * 3, nothing_left, ("", MODULES, 0, "^1 \n")],
     "a damaged record": [*crash, damaged, ("", USE, 0, "saved"), ("", LIST, 0, FINE)],
     "a read-only folder": [*[("crash", USE, 5, "!saved")] * 2, ("", USE, 0, "saved"), nothing_left],
+    "nobody releases": [("", ["corvix-host", "log", "on"], 0, ""), ("leak", WATCHED, 0, LEFT), ("", WATCHED, 0, r" 1 +Told +IPluginManagerAfterInit +ends_at_start.dll *$")],
     "unattended": [("", ["corvix-host", "log", "on"], 0, ""), *crash, ("crash", USE, 0, ""),
                    ("", ["corvix-host", "--show-log", *USE[1:]], 0, r"\nModule .*ends_at_start.dll failed: The program ended in it")],
 }

@@ -3,6 +3,7 @@
 
 #include <cstdlib>
 #include <string_view>
+#include <thread>
 
 #include <windows.h>
 
@@ -23,7 +24,11 @@ class Told final : public corvix::BSmartObject, public corvix::IPluginManagerAft
                   corvix::IPluginManagerAfterInit, corvix::IShellListener)
 
  public:
-  void afterInit(corvix::IPluginManager&) override {
+  void afterInit(corvix::IPluginManager& manager) override {
+    if (endsIn("leak")) {
+      for (const wchar_t* name : {L"Faulty.ends_at_start", L"AGDC.Memory", L"AGDC.Memory"}) manager.createObject(name);
+      std::thread([object = manager.createObject(L"AGDC.Screen")] { object->release(); }).join();
+    }
     if (endsIn("crash")) *static_cast<volatile int*>(nullptr) = 1;
     if (endsIn("exit")) std::exit(0);
     while (endsIn("wait")) Sleep(20);
@@ -50,7 +55,7 @@ corvix::IBSmartObject* make() {
 
 extern "C" CORVIX_EXPORT corvix::BClassFactory* queryClassFactoryLocal() {
   endIn("factory");
-  static constexpr corvix::FactoryRow kRows[] = {{L"IPluginManagerAfterInit", make}};
+  static constexpr corvix::FactoryRow kRows[] = {{L"IPluginManagerAfterInit", make}, {L"Faulty.ends_at_start", make}};
   static corvix::TableFactory factory(kRows);
   return &factory;
 }
