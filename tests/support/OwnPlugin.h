@@ -3,11 +3,13 @@
 
 #include "core/baselib/objects/Ref.h"
 #include "core/xml/XmlNode.h"
+#include "shell/Plugin.h"
 #include "shell/Shell.h"
 
 #include <initializer_list>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include <windows.h>
 
@@ -18,6 +20,8 @@ inline std::string& journal() {
   static std::string& text = *new std::string;  // read while the process ends, too
   return text;
 }
+
+inline std::string narrow(std::wstring_view text) { return {text.begin(), text.end()}; }
 
 using AttributeRows = std::initializer_list<std::pair<const wchar_t*, const wchar_t*>>;
 
@@ -59,6 +63,23 @@ class Descriptor {
  private:
   Ref<XMLNodeNode> root_ = make<XMLNodeNode>(nullptr, XmlNodeType::Element, L"CorvixRC");
   Ref<XMLNodeNode> plugin_ = make<XMLNodeNode>(root_.get(), XmlNodeType::Element, L"Plugin");
+};
+
+// What this program makes under a name: a static one beside the class is enough, OwnFactory.cpp finds it.
+struct OwnObject {
+  OwnObject(const wchar_t* interfaceName, IBSmartObject* (*create)()) { all().push_back({interfaceName, create}); }
+  static std::vector<FactoryRow>& all() {
+    static std::vector<FactoryRow> rows;
+    return rows;
+  }
+};
+
+// Has none of the interfaces that it is asked for.
+class OfNoUse final : public BSmartObject {
+  CORVIX_IDENTITY(OfNoUse, 0x4A887A0A, 0xC4EB0423, 0xA882D117, 0xC9FE7A7A, BSmartObject)
+ public:
+  OfNoUse() { journal() += "made "; }
+  ~OfNoUse() override { journal() += "gone "; }
 };
 
 inline IShell& shell() {

@@ -1,12 +1,9 @@
 #include "shell/Shell.h"
 
-#include "core/baselib/system/Exception.h"
 #include "core/xml/XmlNode.h"
 #include "graphics/fonts/FontMachine.h"
 #include "shell/CommandLine.h"
-#include "shell/GlobalEvent.h"
 #include "shell/Locations.h"
-#include "shell/Plugin.h"
 #include "shell/gui/Dialog.h"
 #include "tests/support/OwnPlugin.h"
 
@@ -23,11 +20,11 @@ namespace {
 
 using testing_support::Descriptor;
 using testing_support::journal;
+using testing_support::narrow;
+using testing_support::OwnObject;
 using testing_support::shell;
 
 IPluginManager& manager() { return *shell().pluginManager(); }
-
-std::string narrow(std::wstring_view text) { return {text.begin(), text.end()}; }
 
 // Takes options that begin with its letter and as many arguments as the digit behind it says.
 class Processor final : public BSmartObject, public ICommandLine {
@@ -53,80 +50,10 @@ IBSmartObject* makeProcessor() {
   return new Processor(static_cast<wchar_t>(letter));
 }
 
-i32 targetsMade = 0;
-
-// A target notes which of them it is: they are made one after the other.
-class Target final : public BSmartObject, public IGlobalEventTarget {
-  CORVIX_IDENTITY(Target, 0x674AB60E, 0xD4AB8164, 0x3698A1A7, 0x5251373C, BSmartObject, IGlobalEventTarget)
-
- public:
-  int onGlobalEvent(IGlobalEvent& event) override {
-    journal() += "target" + std::to_string(++targetsMade) + narrow(event.name()) + " ";
-    if (targetsMade == 1 && std::wstring_view(event.name()) == L"Growing")
-      Descriptor()
-          .interface_(L"GlobalEvent.Growing", L"Low")
-          .interface_(L"GlobalEvent.Growing", L"1")
-          .registerIn(manager());
-    if (targetsMade == 3) throw std::runtime_error("no time for events");  // the others are told nevertheless
-    return notify::kStop;                                                  // of no consequence
-  }
-};
-
-class NoTarget final : public BSmartObject {
-  CORVIX_IDENTITY(NoTarget, 0x4A887A0A, 0xC4EB0423, 0xA882D117, 0xC9FE7A7A, BSmartObject)
- public:
-  NoTarget() { journal() += "made "; }
-  ~NoTarget() override { journal() += "gone "; }
-};
-
 class Goodbye final : public BSmartObject, public IPluginManagerBeforeDestroy {
   CORVIX_IDENTITY(Goodbye, 0x45095D2C, 0x0668E2E6, 0xD555FF0E, 0xFA0E93B6, BSmartObject, IPluginManagerBeforeDestroy)
  public:
   void beforeDestroy(IPluginManager& told) override { journal() += told.moduleCount() ? "goodbye " : "alone "; }
-};
-
-class Declared final : public BSmartObject, public IAction {
-  CORVIX_IDENTITY(Declared, 0x82500EB2, 0x63D2065A, 0xA93C1D61, 0x5DA8E3CD, BSmartObject, IAction)
- public:
-  static constexpr int kThrows = 1000;
-  explicit Declared(int answer = notify::kTaken) : answer_(answer) {}
-  const wchar_t* name() const noexcept override { return L"Actions.Test.Declared"; }
-  int validate(IActionSender*) override { return note("can "); }
-  int process(IActionSender*) override { return note("does "); }
-
- private:
-  int note(const char* what) {
-    journal() += what;
-    static SException error(L"x.cpp", 1, L"not freed");
-    if (answer_ == kThrows) throw &error;
-    return answer_;
-  }
-  int answer_;
-};
-
-class Event final : public IGlobalEvent {
-  CORVIX_IDENTITY(Event, 0xEC8B08C1, 0xB4B2518F, 0xDB391F53, 0xAFE9A65F, IGlobalEvent)
- public:
-  explicit Event(const wchar_t* name) : name_(name) {}
-  const wchar_t* name() const noexcept override { return name_; }
-
- private:
-  const wchar_t* name_;
-};
-
-class EventListener final : public IGlobalEventTarget {
-  CORVIX_IDENTITY(EventListener, 0x4CA6D9DE, 0x480B8FB4, 0xA1EC6A87, 0x2B43780D, IGlobalEventTarget)
- public:
-  explicit EventListener(const char* name) : name_(name) {}
-  int onGlobalEvent(IGlobalEvent&) override {
-    journal() += name_ + std::string(" ");
-    if (throws) throw std::runtime_error("no ear for it");
-    return notify::kStop;
-  }
-  bool throws = false;
-
- private:
-  const char* name_;
 };
 
 // What a plug-in may declare as the action manager.
@@ -145,12 +72,13 @@ class OwnManager final : public IActionManager {
 class Dialog final : public BSmartObject, public IDialog {
   CORVIX_IDENTITY(Dialog, 0xA2E74C19, 0x5D0B98F3, 0x3F86E1D2, 0xC4A9705B, BSmartObject, IDialog)
  public:
+  static constexpr int kThrows = 1000;
   static inline std::vector<int> answers;  // the last is given first
   int show(CustomDialogRequest& request) override {
     request.answer += 10;
     const int answer = answers.back();
     answers.pop_back();
-    if (answer == Declared::kThrows) throw 7;
+    if (answer == kThrows) throw 7;
     return answer;
   }
 };
@@ -175,7 +103,7 @@ class LifeListener final : public IShellListener {
 bool managerIsWrong = false;
 
 IBSmartObject* makeManager() {
-  if (managerIsWrong) return new NoTarget;
+  if (managerIsWrong) return new testing_support::OfNoUse;
   return new OwnManager;
 }
 
@@ -245,7 +173,7 @@ TEST(ShellDeathTest, ThereIsAnActionManagerUntilTheShellIsGone) {
 }
 
 TEST(Shell, AsksDeclaredDialogsWhenNoListenerAnswers) {
-  constexpr int kGoOn = notify::kGoOn, kTaken = notify::kTaken, kStop = notify::kStop, kThrows = Declared::kThrows;
+  constexpr int kGoOn = notify::kGoOn, kTaken = notify::kTaken, kStop = notify::kStop, kThrows = Dialog::kThrows;
   Descriptor().interface_(L"Dialog.Test").interface_(L"Dialog.Test").registerIn(manager());
   const struct {
     const wchar_t* name;
@@ -366,114 +294,6 @@ TEST(Shell, BindsItsOwnSettings) {
   EXPECT_STREQ(data, L"Best");
 }
 
-TEST(Events, ReachListsAndTargetsInTheirOrder) {
-  Descriptor descriptor;
-  for (const wchar_t* order : std::initializer_list<const wchar_t*>{L"25", nullptr, L"hight", L"DEFAULT", L"0x10",
-                                                                    L"Low", L"-101", L"Highest"})
-    descriptor.interface_(L"GlobalEvent.Ordered", order);
-  descriptor.interface_(L"GlobalEvent.Odd").registerIn(manager());
-  const auto found = Ref<IBCollection>::adopt(manager().findByName(L"GlobalEvent.Ordered"));
-  std::string orders;
-  for (i32 i = 0; i < found->count(); ++i) {
-    const wchar_t* const order = query<IPluginInterface>(found->item(i))->attribute(L"Order");
-    orders += narrow(order ? order : L"none") + " ";
-  }
-  EXPECT_EQ(orders, "-101 hight Low none DEFAULT Highest 0x10 25 ");
-
-  EventListener before("before"), everybodyBefore("all-before"), after("after"), everybodyAfter("all-after");
-  const auto listOf = [](const char* name) {
-    return static_cast<BNotifySender*>(BGlobalData::getItem(IPluginManager::classInfo(), name));
-  };
-  Event nobodys(L"Nobodys"), ordered(L"Ordered"), odd(L"Odd");
-  manager().raiseEvent(nobodys);  // makes the lists
-  const std::pair<BNotifySender*, EventListener*> lists[] = {{&manager().preEventSender(), &before},
-                                                             {&manager().postEventSender(), &after},
-                                                             {listOf("preGlobalEvent"), &everybodyBefore},
-                                                             {listOf("postGlobalEvent"), &everybodyAfter}};
-  for (const auto& [list, listener] : lists) list->addListener(listener);
-  before.throws = everybodyBefore.throws = after.throws = true;
-  const auto raised = [](Event& event) {
-    journal().clear();
-    manager().raiseEvent(event);
-    return journal();
-  };
-  EXPECT_EQ(raised(nobodys), "before all-before after all-after ");
-  EXPECT_EQ(raised(odd), "before all-before made gone after all-after ");
-  for (const auto& [list, listener] : lists) list->removeListener(listener);
-  targetsMade = 0;
-  Event growing(L"Growing");
-  Descriptor().interface_(L"GlobalEvent.Growing").registerIn(manager());
-  EXPECT_EQ(raised(growing), "target1Growing target2Growing ") << "itself once, and who came behind it";
-  targetsMade = 0;
-  EXPECT_EQ(raised(ordered),
-            "target1Ordered target2Ordered target3Ordered target4Ordered target5Ordered target6Ordered target7Ordered "
-            "target8Ordered ");
-}
-
-class Handler final : public IActionTarget, public IActionListener {
-  CORVIX_IDENTITY(Handler, 0x329257DC, 0xBC6F2BA3, 0x8381594C, 0x16AEE922, IActionTarget, IActionListener)
- public:
-  int before = 0, during = 0;
-  int onValidateAction(IAction&, IActionSender*) override { return note("on ", during); }
-  int onProcessAction(IAction&, IActionSender*) override { return note("on ", during); }
-  int preValidateAction(IAction&, IActionSender*) override { return note("pre ", before); }
-  int postValidateAction(IAction&, IActionSender*) override { return note("post ", notify::kStop); }
-  int preProcessAction(IAction&, IActionSender*) override { return note("pre ", before); }
-  int postProcessAction(IAction&, IActionSender*) override { return note("post ", notify::kStop); }
-
- private:
-  static int note(const char* what, int answer) {
-    journal() += what;
-    return answer;
-  }
-};
-
-TEST(Actions, GoThroughHandlersThenTheActionThenTheRest) {
-  Handler handler;
-  using N = ShellNotification;
-  const auto all = [&](auto call) {
-    for (N n : {N::ValidateAction, N::ProcessAction})
-      call(shellNotifications(n), static_cast<IActionTarget*>(&handler));
-    for (N n : {N::PreValidateAction, N::PreProcessAction})
-      call(shell().sender(n), static_cast<IActionListener*>(&handler));
-    for (N n : {N::PostValidateAction, N::PostProcessAction})
-      call(shellNotifications(n), static_cast<IActionListener*>(&handler));
-  };
-  all([](BNotifySender& list, IBTransportable* listener) { list.addListener(listener); });
-
-  Descriptor().interface_(L"Actions.Test.Declared").registerIn(manager());
-  const auto actions = createObject<IActionManager>(manager(), L"IActionManager.Instance");
-  ASSERT_EQ(actions.get(), shell().actionManager());
-  const struct {
-    int before, during, action, result;
-    const char* validated;
-    const char* processed;
-  } rows[] = {{0, 0, 2, 2, "pre on can post ", "pre on does post "},
-              {0, 0, 1, 1, "pre on can post ", "pre on does post "},
-              {1, 2, 2, 1, "pre ", "pre "},
-              {2, 1, 1, 2, "pre post ", "pre post "},
-              {0, 2, 1, 2, "pre on post ", "pre on post "},
-              {0, 1, 2, 1, "pre on post ", "pre on post "},
-              {0, 0, Declared::kThrows, 0, "pre on can post ", "pre on does post "}};
-  for (const auto& row : rows) {
-    if (&row != rows) actions->addAction(make<Declared>(row.action).get());  // the first comes from the descriptor
-    handler.before = row.before;
-    handler.during = row.during;
-    journal().clear();
-    EXPECT_EQ(actions->validateAction(L"Test.Declared", nullptr), row.result);
-    EXPECT_EQ(journal(), row.validated);
-    journal().clear();
-    EXPECT_EQ(actions->processAction(L"Actions.Test.Declared", nullptr), row.result);
-    EXPECT_EQ(journal(), row.processed);
-  }
-  journal().clear();
-  EXPECT_EQ(actions->processAction(L"Nobody", nullptr), notify::kGoOn);
-  EXPECT_EQ(journal(), "");
-  actions->removeAction(L"Test.Declared");
-  EXPECT_NE(actions->findAction(L"Test.Declared"), nullptr) << "made anew from the descriptor";
-  all([](BNotifySender& list, IBTransportable* listener) { list.removeListener(listener); });
-}
-
 TEST(CommandLine, GoesArgumentByArgumentThroughTheProcessors) {
   const wchar_t* const arguments[] = {L"a2", L"x", L"b1", L"zzz", L"b9"};
   EXPECT_EQ(shell().processCommandLine(arguments, 0), 0);
@@ -497,14 +317,11 @@ TEST(CommandLine, OffersToTheFrameworksOwnProcessorsFirst) {
   processorLetters = "a";
 }
 
+const OwnObject ownObjects[] = {{L"CommandLine.Processors", makeProcessor},
+                                {L"IPluginManagerBeforeDestroy", create<Goodbye>},
+                                {L"Dialog.Test", create<Dialog>},
+                                {L"IActionManager.Instance", makeManager}};
+
 }  // namespace
 
 }  // namespace corvix
-
-CORVIX_PLUGIN({L"CommandLine.Processors", corvix::makeProcessor},
-              {L"GlobalEvent.Ordered", corvix::create<corvix::Target>},
-              {L"GlobalEvent.Growing", corvix::create<corvix::Target>},
-              {L"GlobalEvent.Odd", corvix::create<corvix::NoTarget>},
-              {L"IPluginManagerBeforeDestroy", corvix::create<corvix::Goodbye>},
-              {L"Dialog.Test", corvix::create<corvix::Dialog>}, {L"IActionManager.Instance", corvix::makeManager},
-              {L"Actions.Test.Declared", corvix::create<corvix::Declared>})
