@@ -2,8 +2,10 @@
 
 #include "core/settings/SettingsRegistry_p.h"
 #include "shell/GlobalEvent.h"
+#include "shell/ModuleCatalogue.h"
 #include "shell/guard/UserAlert_p.h"
 #include "shell/modules/KClassFactoryLocal_p.h"
+#include "shell/modules/ModuleFile_p.h"
 #include "shell/modules/PluginModule_p.h"
 
 #include <unordered_map>
@@ -36,8 +38,8 @@ struct WordsHash {
   }
 };
 
-class KPluginManager final : public IPluginManager {
-  CORVIX_IDENTITY(KPluginManager, 0x2BD7046F, 0x4E68A9C3, 0x8071F35D, 0xD9163EA2, IPluginManager)
+class KPluginManager final : public IPluginManager, public IModuleCatalogue {
+  CORVIX_IDENTITY(KPluginManager, 0x2BD7046F, 0x4E68A9C3, 0x8071F35D, 0xD9163EA2, IPluginManager, IModuleCatalogue)
 
  public:
   // Registry and alert outlive the manager.
@@ -60,6 +62,10 @@ class KPluginManager final : public IPluginManager {
   BNotifySender& preEventSender() noexcept override { return preEventSender_; }
   BNotifySender& postEventSender() noexcept override { return postEventSender_; }
 
+  const wchar_t* path() const noexcept override { return cataloguePath_.c_str(); }
+  i32 takenCount() const noexcept override { return takenCount_; }
+  i32 readCount() const noexcept override { return readCount_; }
+
   // The library's own descriptor, from its own module.
   void registerOwnDescriptor(void* module);
 
@@ -67,17 +73,30 @@ class KPluginManager final : public IPluginManager {
   void registerInstance(const wchar_t* interfaceName, Ref<IBSmartObject> instance);
   void forgetInstances() noexcept { registry_.forgetInstances(); }
 
-  // The code of modules that are found from now on is never loaded.
-  void describeOnly() noexcept { onlyDescribes_ = true; }
+  // The code of modules that are found from now on is never loaded, for that reason, which stands for good.
+  void describeOnly(const wchar_t* why) noexcept { whyOnlyDescribes_ = why; }
+
+  // Likewise, and each of them says so.
+  void goWithoutPlugins(const wchar_t* why) noexcept {
+    describeOnly(why);
+    isWithoutPlugins_ = true;
+  }
+
+  // Modules in which starts ended are left out from now on; `starts` outlives the manager.
+  void leaveOut(EarlierStarts& starts) noexcept { earlierStarts_ = &starts; }
+
+  // As long as it lives, the start under way is busy with the module that holds that code, if it is one.
+  StartMark startMarkOf(const void* code);
 
   // Tell the objects that declare to be told.
   void tellAfterInit();
   void tellBeforeDestroy();
 
  private:
-  // A record with what its file's descriptor declares registered, or failed.
-  KPluginModule* addModule(const std::wstring& path);
-  void readDescriptorOf(const Ref<KPluginModule>& module, const std::wstring& path);
+  // A record with what the descriptor that `read` gives declares registered, or failed.
+  template <class Read>
+  KPluginModule* addModule(std::wstring path, Read read);
+  void takeDescriptor(const Ref<KPluginModule>& module, const DescriptorView& descriptor);
   void registerAll(const Ref<KPluginModule>& module, const XMLNodeNode& plugin);
   // Runs what may throw; an exception makes the module a failed one, with nothing registered.
   template <class Call>
@@ -98,7 +117,12 @@ class KPluginManager final : public IPluginManager {
   bool hasUnlisted_ = false;  // a module failed before it came into the table of identifiers
   Ref<IBSettings> settings_;
   SettingsRegistry settingsRegistry_;
-  bool onlyDescribes_ = false;
+  const wchar_t* whyOnlyDescribes_ = nullptr;  // else null
+  bool isWithoutPlugins_ = false;
+  EarlierStarts* earlierStarts_ = nullptr;
+  std::wstring cataloguePath_;
+  i32 takenCount_ = 0;
+  i32 readCount_ = 0;
   BNotifySender preEventSender_;
   BNotifySender postEventSender_;
 };

@@ -16,6 +16,7 @@ namespace {
 // A factory that says something else each time does not fill the memory.
 constexpr std::ptrdiff_t kMostSaid = 32;
 constexpr std::size_t kLongestSentence = 1024;
+constexpr wchar_t kCaption[] = L"Teldane Quill";
 
 }  // namespace
 
@@ -69,19 +70,32 @@ bool KPluginModule::take(const LoadedFactory& loaded) {
     return true;
   }
   fail(loaded.reason);
-  if (loaded.crashed) alertOfCrash();
+  if (loaded.crashed) alert_.show(L"Can't load module" + path_ + L". Module may be corrupt!", kCaption);
   return false;
 }
 
-void KPluginModule::alertOfCrash() {
-  alert_.show(L"Can't load module" + path_ + L". Module may be corrupt!", L"Teldane Quill");
+void KPluginModule::attach(void* handle) {
+  isAttached_ = true;
+  take(findFactory(static_cast<HMODULE>(handle)));
 }
 
-void KPluginModule::attach(void* handle) { take(findFactory(static_cast<HMODULE>(handle))); }
+void KPluginModule::leaveOut(EarlierStarts& starts, const EndedStart& ended) {
+  fail(L"The program ended in it at its start of " + EarlierStarts::describe(ended) +
+       L", so it is left out. It is tried again once its file has changed, or this one is deleted: " + ended.file);
+  isLeftOut_ = true;
+  starts_ = &starts;
+}
+
+bool KPluginModule::tryAgain() noexcept { return isLeftOut_ && starts_->forget(path_); }
+
+StartMark KPluginModule::markedNow(StartPhase phase) noexcept {
+  if (stamp_ == FileStamp()) stamp_ = stampOf(path_);
+  return {path_, stamp_, phase};
+}
 
 bool KPluginModule::hasWhatItNeeds() {
-  if (isOnlyDescribed_) {
-    reason_ = keep(L"This program describes its plug-ins and runs none of their code.");
+  if (whyOnlyDescribed_) {
+    reason_ = keep(whyOnlyDescribed_);
     return false;
   }
   if (hadWhatItNeeds_) return true;
@@ -98,6 +112,7 @@ bool KPluginModule::load() {
   if (state_ == ModuleState::Loaded) return true;
   if (std::exchange(isLoading_, true)) return false;  // its own start asks for its objects
   sWriteLog(L"Load library %s\n", path_.c_str());
+  const StartMark mark = startMark(StartPhase::Loading);
   const LoadedFactory loaded = loadFactory(path_);
   isLoading_ = false;
   return take(loaded);
@@ -106,11 +121,15 @@ bool KPluginModule::load() {
 IBSmartObject* KPluginModule::createObject(const wchar_t* interfaceName, const stype_info& identifier) {
   if (!load()) return nullptr;
   IBSmartObject* object = nullptr;
-  const GuardedOutcome outcome = guardedFromAll([&] { object = factory_->createObject(interfaceName, identifier); });
+  const StartMark mark = startMark(StartPhase::Object);
+  const GuardedOutcome outcome = guardedFromAll([&] {
+    object = factory_->createObject(interfaceName, identifier);
+    if (object) object->typeInfo();  // something that is no object may end here
+  });
+  if (state_ == ModuleState::Failed && (outcome.fault || !object)) return nullptr;  // it asked itself, and that is why
   if (outcome.fault) {
-    fail(L"Asked for \"" + std::wstring(interfaceName) + L"\", its class factory crashed: " + faultText(outcome.fault) +
-         L".");
-    alertOfCrash();
+    crashed(interfaceName, object ? L"its class factory made what is no object" : L"its class factory crashed",
+            outcome.fault);
     return nullptr;
   }
   if (outcome.thrown) return cannotCreate(interfaceName, L"threw: " + *outcome.thrown);
@@ -119,15 +138,23 @@ IBSmartObject* KPluginModule::createObject(const wchar_t* interfaceName, const s
   return object;
 }
 
+void KPluginModule::crashed(const wchar_t* interfaceName, const wchar_t* what, u32 fault) {
+  fail(L"Asked for \"" + std::wstring(interfaceName) + L"\", " + what + L": " + faultText(fault) + L".");
+  alert_.show(path_ + L": " + reason_ + L"\n\nSave your work and start the program again.", kCaption);
+}
+
 IBSmartObject* KPluginModule::cannotCreate(const wchar_t* interfaceName, const std::wstring& why) {
   reason_ = keep(L"Asked for \"" + std::wstring(interfaceName) + L"\", its class factory " + why + L".");
   return nullptr;
 }
 
 IBSmartObject* KPluginInterface::createObject() {
-  IBSmartObject* const object = module_->createObject(name_, identifier_);
+  IBSmartObject* object = module_->createObject(name_, identifier_);
+  if (object && !isIdentityChecked_) {
+    isIdentityChecked_ = isSound(*object);
+    if (!isIdentityChecked_) object = nullptr;  // it cannot be released either
+  }
   if (object) {
-    if (!std::exchange(isIdentityChecked_, true)) checkIdentity(*object);
     reason_ = L"";
   } else {
     setReason(*module_->reason() ? module_->reason() : L"Its module is just being loaded.");
@@ -147,21 +174,26 @@ void KPluginInterface::setReason(const wchar_t* reason) noexcept {
     sWriteLog(L"No object \"%s\" from %s: %s\n", name_, module_->path(), reason);
 }
 
-// The object stays as good as it was: those who ask for another of its interfaces get it.
-void KPluginInterface::checkIdentity(IBSmartObject& object) const noexcept {
-  const char* className = "";
+// One that answers to something else than what is declared stays as good as it was: those who ask for another of its
+// interfaces get it.
+bool KPluginInterface::isSound(IBSmartObject& object) {
+  constexpr std::size_t kLongestShown = 256;
+  std::string className;
   bool answers = false;
   const GuardedOutcome outcome = guardedFromAll([&] {
-    className = object.typeInfo().className();
+    const char* const text = object.typeInfo().className();
+    className.assign(text, std::find(text, text + kLongestShown, '\0'));
     answers = object.query(identifier_) != nullptr;
   });
-  if (outcome.fault || outcome.thrown) {
-    sWriteLog(L"Warning: the object \"%s\" from %s %s when it was asked for its identity\n", name_, module_->path(),
-              outcome.fault ? L"crashed" : L"threw");
-  } else if (!answers) {
+  if (outcome.fault)
+    module_->crashed(name_, L"it made an object that crashed when it was asked for its identity", outcome.fault);
+  if (outcome.thrown)
+    module_->cannotCreate(name_, L"made an object that threw when it was asked for its identity: " + *outcome.thrown);
+  if (outcome.fault || outcome.thrown) return false;
+  if (!answers)
     sWriteLog(L"Warning: the object \"%s\" from %s, a %hs, does not answer to the identifier declared for it, %hs\n",
-              name_, module_->path(), className, identifier_.text());
-  }
+              name_, module_->path(), className.c_str(), identifier_.text());
+  return true;
 }
 
 }  // namespace corvix

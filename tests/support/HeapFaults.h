@@ -9,9 +9,9 @@
 #include "tests/support/ImportSlot.h"
 
 extern "C" {
-extern void* (*mallocSlot)(std::size_t) __asm__("__imp__malloc");
-extern void* (*reallocSlot)(void*, std::size_t) __asm__("__imp__realloc");
-extern void (*freeSlot)(void*) __asm__("__imp__free");
+extern void* (*mallocSlot)(std::size_t)CORVIX_IMPORTED(malloc, "");
+extern void* (*reallocSlot)(void*, std::size_t)CORVIX_IMPORTED(realloc, "");
+extern void (*freeSlot)(void*) CORVIX_IMPORTED(free, "");
 }
 
 namespace corvix::testing_support {

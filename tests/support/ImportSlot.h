@@ -1,10 +1,18 @@
 // Replaces one function that this program imports, for itself only and for as long as the object lives:
 //
-//   extern "C" decltype(&SetTimer) setTimerSlot __asm__("__imp__SetTimer@16");
+//   extern "C" decltype(&SetTimer) setTimerSlot CORVIX_IMPORTED(SetTimer, "@16");
 //   ImportSlot slot(setTimerSlot, refuse);
 #pragma once
 
 #include <windows.h>
+
+// The name of an import's slot for the linker: `behind` is the bytes of arguments that the system's names have in 32
+// bits.
+#if defined(_WIN64)
+#define CORVIX_IMPORTED(name, behind) __asm__("__imp_" #name)
+#else
+#define CORVIX_IMPORTED(name, behind) __asm__("__imp__" #name behind)
+#endif
 
 namespace corvix::testing_support {
 

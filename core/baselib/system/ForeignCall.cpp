@@ -27,16 +27,23 @@ HMODULE moduleOf(const void* code) noexcept {
 }  // namespace
 
 std::wstring textOfThrown() {
+  std::wstring text;
   try {
     throw;
   } catch (const std::exception& exception) {
-    return widen(exception.what());
+    text = widen(exception.what());
   } catch (const SException* exception) {
-    const HeapBuffer<wchar_t> message(exception->getMessage());
-    return message ? message.get() : L"";
+    const HeapBuffer<wchar_t> message(exception ? exception->getMessage() : nullptr);
+    if (message) text = message.get();
   } catch (...) {
     return L"an exception of an unknown kind";
   }
+  return text.empty() ? L"an exception that says nothing" : text;
+}
+
+std::wstring modulePathOf(const void* code) {
+  const HMODULE module = moduleOf(code);
+  return module ? modulePath(module) : std::wstring();
 }
 
 bool isCode(const void* address) noexcept {
@@ -47,9 +54,9 @@ bool isCode(const void* address) noexcept {
 
 void logThrown(const void* code, const wchar_t* place) noexcept {
   try {
-    const HMODULE module = moduleOf(code);
-    const std::wstring path = module ? modulePath(module) : L"an unknown module";
-    sWriteLog(L"Called as %s, %s threw: %s\n", place, path.c_str(), textOfThrown().c_str());
+    const std::wstring path = modulePathOf(code);
+    sWriteLog(L"Called as %s, %s threw: %s\n", place, path.empty() ? L"an unknown module" : path.c_str(),
+              textOfThrown().c_str());
   } catch (...) {  // no memory for its text
     sWriteLog(L"Called as %s, a module threw.\n", place);
   }

@@ -79,7 +79,9 @@ TEST(FileLocation, MakesLocationsOfPaths) {
                               L"\\\\?\\C:\\a/b",
                               L"\\\\server@SSL\\share",
                               L"\\\\server:80\\share",
-                              L"\\\\C:\\a\\b"})
+                              L"\\\\C:\\a\\b",
+                              L"C:\\CON",
+                              L"C:\\dir\\nul.txt\\x"})
     EXPECT_TRUE(locationOfPath(path).empty()) << path;
   EXPECT_TRUE(isPath(L"C:\\x") && isPath(L"a/b:c") && isPath(L""));
   EXPECT_FALSE(isPath(L"ab:c"));

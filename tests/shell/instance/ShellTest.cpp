@@ -62,6 +62,11 @@ class Target final : public BSmartObject, public IGlobalEventTarget {
  public:
   int onGlobalEvent(IGlobalEvent& event) override {
     journal() += "target" + std::to_string(++targetsMade) + narrow(event.name()) + " ";
+    if (targetsMade == 1 && std::wstring_view(event.name()) == L"Growing")
+      Descriptor()
+          .interface_(L"GlobalEvent.Growing", L"Low")
+          .interface_(L"GlobalEvent.Growing", L"1")
+          .registerIn(manager());
     if (targetsMade == 3) throw std::runtime_error("no time for events");  // the others are told nevertheless
     return notify::kStop;                                                  // of no consequence
   }
@@ -396,6 +401,10 @@ TEST(Events, ReachListsAndTargetsInTheirOrder) {
   EXPECT_EQ(raised(odd), "before all-before made gone after all-after ");
   for (const auto& [list, listener] : lists) list->removeListener(listener);
   targetsMade = 0;
+  Event growing(L"Growing");
+  Descriptor().interface_(L"GlobalEvent.Growing").registerIn(manager());
+  EXPECT_EQ(raised(growing), "target1Growing target2Growing ") << "itself once, and who came behind it";
+  targetsMade = 0;
   EXPECT_EQ(raised(ordered),
             "target1Ordered target2Ordered target3Ordered target4Ordered target5Ordered target6Ordered target7Ordered "
             "target8Ordered ");
@@ -494,6 +503,7 @@ TEST(CommandLine, OffersToTheFrameworksOwnProcessorsFirst) {
 
 CORVIX_PLUGIN({L"CommandLine.Processors", corvix::makeProcessor},
               {L"GlobalEvent.Ordered", corvix::create<corvix::Target>},
+              {L"GlobalEvent.Growing", corvix::create<corvix::Target>},
               {L"GlobalEvent.Odd", corvix::create<corvix::NoTarget>},
               {L"IPluginManagerBeforeDestroy", corvix::create<corvix::Goodbye>},
               {L"Dialog.Test", corvix::create<corvix::Dialog>}, {L"IActionManager.Instance", corvix::makeManager},
