@@ -104,11 +104,15 @@ void appendFormatted(const Char* form, va_list arguments) {
 
 // As asctime has it, which ends in a newline: the empty line that follows in the log is deliberate, readers of
 // logs tell runs apart by it.
-const char* localTime() {
+struct TimeText {
+  char units[32] = "an unknown time\n";
+};
+TimeText localTime() noexcept {
   const __time64_t now = _time64(nullptr);
-  const std::tm* const local = _localtime64(&now);
-  return local ? std::asctime(local)
-               : "an unknown time\n";  // NOLINT(concurrency-mt-unsafe): as the library comes and goes
+  std::tm local;
+  TimeText text;
+  if (_localtime64_s(&local, &now) != 0 || asctime_s(text.units, sizeof text.units, &local) != 0) return {};
+  return text;
 }
 
 RegistryKey openKeyOf(const std::wstring& executable) {
@@ -153,11 +157,11 @@ void openLog(const std::wstring& executable) {
   }
   // Deliberately not closed: the key is in use as long as the library is loaded.
   static_cast<void>(key.release());
-  sWriteLog("Start %s at %s\n", GetCommandLineA(), localTime());
+  sWriteLog("Start %s at %s\n", GetCommandLineA(), localTime().units);
 }
 
 void closeLog() {
-  sWriteLog("End %s at %s\n", GetCommandLineA(), localTime());
+  sWriteLog("End %s at %s\n", GetCommandLineA(), localTime().units);
   if (logFile != INVALID_HANDLE_VALUE && GetFileType(logFile) == FILE_TYPE_DISK) CloseHandle(logFile);
   logFile = INVALID_HANDLE_VALUE;
 }

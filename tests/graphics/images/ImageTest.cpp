@@ -36,6 +36,7 @@ TEST(Image, SizesAndDepths) {
     ASSERT_EQ(static_cast<bool>(image), row.stride > 0) << row.width << ' ' << row.height << ' ' << row.bits;
     if (!image) continue;
     EXPECT_EQ(image->strideBytes(), row.stride);
+    EXPECT_TRUE(row.bits == 0 || image->bitsPerPixel() == row.bits);
     EXPECT_TRUE(image->row(row.height - 1) && !image->row(row.height) && !image->row(-1));
   }
 }

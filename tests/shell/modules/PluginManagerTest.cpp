@@ -488,6 +488,8 @@ TEST(PluginManager, TheLibrarysOwnDescriptor) {
       manager.findModule(PlainIdentifier({0xD922852A, 0x279643B9, 0xBC23DC2F, 0x788DEB1D}));
   ASSERT_EQ(own, manager.moduleAt(0));
   EXPECT_EQ(own->settingCount(), 17);
+  EXPECT_STREQ(own->settingAttribute(0, L"ITEM"), L"AssociatePDFWithEditor");
+  EXPECT_EQ(own->settingAttribute(0, L"Items"), nullptr);
   i32 at = 0;
   for (const auto& row : rows) {
     const IPluginInterface* const entry = manager.interfaceAt(at++);
