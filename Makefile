@@ -16,7 +16,7 @@ ifneq ($(X64),)
 export CORVIX_BITS = 64
 endif
 
-.PHONY: help setup run stage package test native fuzz lint format coverage soak mutate bench clang clean
+.PHONY: help setup run stage package test native fuzz lint format reference coverage soak mutate bench clang clean
 x64_targets := x64-run x64-test x64-stage x64-bench x64-clang
 .PHONY: $(x64_targets) x64-sample
 
@@ -26,6 +26,7 @@ help:
 	@echo 'make native            build what does not need the system for this machine, 64 and 32 bits, with sanitizers; run its tests'
 	@echo 'make fuzz [SECONDS=60] look for inputs that break a reader, so many seconds a target; TARGETS="NAME..." for some'
 	@echo 'make lint              clang-format, clang-tidy, shellcheck and our own checks; "make format" rewrites what the first minds'
+	@echo 'make reference         pages of the public headers, into build/reference'
 	@echo 'make coverage          which lines and branches the tests run; pages in build/coverage/report'
 	@echo 'make soak              the long forms of sweeps, stress, fuzz and comparisons'
 	@echo 'make mutate            break the code in forty places, one after the other, and see whether the tests notice'
@@ -116,6 +117,12 @@ lint:
 format:
 	@scripts/setup test
 	@scripts/lint --rewrite
+
+reference:
+	@scripts/setup reference
+	@mkdir -p build
+	@doxygen docs/Doxyfile
+	@echo build/reference/index.html
 
 coverage:
 	@scripts/setup test coverage

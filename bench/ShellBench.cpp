@@ -150,13 +150,13 @@ class StartFolder {
 
   // As if nothing had been kept.
   double firstStartNs() const {
-    fs::remove_all(path_ / "Corvix");
+    fs::remove_all(path_ / "Marrowby");
     return startNs();
   }
 
   fs::path plugins() const { return path_ / "plugins"; }
   fs::path catalogue() const {
-    for (const auto& file : fs::recursive_directory_iterator(path_ / "Corvix")) {
+    for (const auto& file : fs::recursive_directory_iterator(path_ / "Marrowby" / "Corvix" / "Catalogues")) {
       if (file.is_regular_file()) return file.path();
     }
     throw std::runtime_error("the start left no catalogue");

@@ -6,7 +6,9 @@ set(CMAKE_C_COMPILER clang)
 set(CMAKE_CXX_COMPILER clang++)
 set(CMAKE_C_COMPILER_TARGET ${corvix_triple})
 set(CMAKE_CXX_COMPILER_TARGET ${corvix_triple})
-set(CMAKE_STRIP ${corvix_triple}-strip)  # LLVM's, if there is one, refuses GCC's run-time libraries
+# LLVM's, if there are any, refuse GCC's run-time libraries and what its linker has made.
+set(CMAKE_STRIP ${corvix_triple}-strip)
+set(CMAKE_OBJCOPY ${corvix_triple}-objcopy)
 
 # clang finds GCC's folder by its version number, but Debian names it "12-posix": give it a root of links where the name
 # is a number.

@@ -46,6 +46,20 @@ class IPluginModule : public BSmartObject {
   virtual const wchar_t* settingAttribute(i32 index, const wchar_t* attributeName) const noexcept = 0;
 };
 
+// Whether a module is left out because the program ended in it at an earlier start: while its code was loaded, its
+// factory was asked first, or one of its objects was told of the start. Every IPluginModule answers to it.
+class IStartRecord : public IBTransportable {
+  CORVIX_IDENTITY(IStartRecord, 0xD4C7B1A8, 0x0E25F963, 0x7B9A482D, 0xF36150CE, IBTransportable)
+
+ public:
+  // It is then `Failed`, and `reason` says when that was; its interfaces and settings are registered.
+  virtual bool isLeftOut() const noexcept = 0;
+
+  // From the next start on it is treated as any other, also when its file has not changed. False when it is not left
+  // out, or the system does not let the record be taken away.
+  virtual bool tryAgain() noexcept = 0;
+};
+
 // One interface that a module declares.
 class IPluginInterface : public BSmartObject {
   CORVIX_IDENTITY(IPluginInterface, 0x61BE39C4, 0x43FA80D7, 0xB1579E2C, 0xE8064FA3, BSmartObject)

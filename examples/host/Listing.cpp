@@ -39,6 +39,8 @@ void printModules(IPluginManager& manager) {
     const IPluginModule& module = *manager.moduleAt(i);
     if (*module.reason())
       std::printf("  %s: %s\n", fileName(module.path()).c_str(), shown(module.reason(), kSentence).c_str());
+    if (query<IStartRecord>(&module)->isLeftOut())
+      std::printf("  \"corvix-host retry %s\" tries it again.\n", fileName(module.path()).c_str());
   }
 }
 

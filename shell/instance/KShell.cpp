@@ -19,6 +19,9 @@ std::atomic<bool> isWithoutUser{false};
 std::atomic<bool> onlyDescribes{false};
 
 constexpr wchar_t kCaption[] = L"Teldane Quill";
+constexpr wchar_t kWithoutPlugins[] =
+    L"The last two starts of the program ended before their end, and nobody knows why; so this one goes without "
+    L"plug-ins, and keeps their settings. The next start tries them again.";
 
 constinit KShell* shellOfProcess = nullptr;
 
@@ -69,12 +72,42 @@ KShell::KShell()
 void KShell::start(void* module) {
   if (std::exchange(isStarted_, true)) return;
   useSafeModuleSearch();
-  if (onlyDescribes) pluginManager_->describeOnly();
+  readEarlierStarts();
   pluginManager_->registerOwnDescriptor(module);
   pluginManager_->scanFolder((folderOf(modulePath(nullptr)) + L"\\plugins").c_str());
   pluginManager_->registerInstance(L"IActionManager.Instance", actionManager_);
-  pluginManager_->tellAfterInit();
-  initialize();
+  {
+    const StartSentinel sentinel;
+    pluginManager_->tellAfterInit();
+    initialize();
+  }
+  if (onlyDescribes) return;
+  earlierStarts_.forgetUnknown();
+  tellOfEarlierStarts();
+}
+
+void KShell::readEarlierStarts() {
+  earlierStarts_.read();
+  pluginManager_->leaveOut(earlierStarts_);
+  if (onlyDescribes) {
+    pluginManager_->describeOnly(L"This program describes its plug-ins and runs none of their code.");
+  } else if (earlierStarts_.isUnsafe()) {
+    pluginManager_->goWithoutPlugins(kWithoutPlugins);
+  }
+}
+
+// When the start is over: what a user does at a message box is no fault of a start.
+void KShell::tellOfEarlierStarts() {
+  for (const EndedStart& ended : earlierStarts_.unknown())
+    sWriteLog(L"A start ended before its end, nobody knows why: %s\n", EarlierStarts::describe(ended).c_str());
+  if (earlierStarts_.isUnsafe()) show(kWithoutPlugins, kCaption);
+  for (i32 i = 0; i < pluginManager_->moduleCount(); ++i) {
+    const IPluginModule& module = *pluginManager_->moduleAt(i);
+    const EndedStart* const ended = earlierStarts_.endedIn(module.path());
+    if (!ended || ended->isTold || !corvix::query<KPluginModule>(&module)->isLeftOut()) continue;
+    EarlierStarts::setTold(*ended);
+    show(module.path() + std::wstring(L": ") + module.reason(), kCaption);
+  }
 }
 
 void KShell::shutDown() {
@@ -88,6 +121,7 @@ void KShell::shutDown() {
 // The order counts: objects that plug-ins gave, then the tables of names, then the managers, the one made last
 // first, and the senders at last.
 KShell::~KShell() {
+  StartSentinel::endInOrder();
   try {
     shutDown();
   } catch (const std::bad_alloc&) {

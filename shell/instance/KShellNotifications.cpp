@@ -8,17 +8,26 @@ namespace corvix {
 
 using Notification = ShellNotification;
 
-template <class Listener, class Result, class... Parameter, class... Argument>
-int KShell::raise(ShellNotification notification, Result (Listener::*handler)(Parameter...), Argument&&... arguments) {
-  if (!sender(notification).hasListeners() && !shellNotifications(notification).hasListeners()) return notify::kGoOn;
-  const auto tell = [&](Listener& listener) { return (listener.*handler)(arguments...); };
+template <class Listener, class Call>
+int KShell::deliver(ShellNotification notification, Call tell) {
   const int own = broadcastTo<Listener>(sender(notification), tell);
   const int everybody = broadcastTo<Listener>(shellNotifications(notification), tell);
   if (own == notify::kStop || everybody == notify::kStop) return notify::kStop;
   return own == notify::kTaken ? own : everybody;
 }
 
-int KShell::initialize() { return raise(Notification::Initialize, &IShellListener::onInitialize, *this); }
+template <class Listener, class Result, class... Parameter, class... Argument>
+int KShell::raise(ShellNotification notification, Result (Listener::*handler)(Parameter...), Argument&&... arguments) {
+  if (!sender(notification).hasListeners() && !shellNotifications(notification).hasListeners()) return notify::kGoOn;
+  return deliver<Listener>(notification, [&](Listener& listener) { return (listener.*handler)(arguments...); });
+}
+
+int KShell::initialize() {
+  return deliver<IShellListener>(Notification::Initialize, [&](IShellListener& listener) {
+    const StartMark mark = pluginManager_->startMarkOf(codeOf(&listener));
+    return listener.onInitialize(*this);
+  });
+}
 
 int KShell::unInitialize() { return raise(Notification::UnInitialize, &IShellListener::onUnInitialize, *this); }
 

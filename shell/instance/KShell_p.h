@@ -4,6 +4,7 @@
 #include "core/suppliers/InternetAgent_p.h"
 #include "shell/Shell.h"
 #include "shell/actions/KActionManager_p.h"
+#include "shell/guard/EarlierStarts_p.h"
 #include "shell/instance/TaskQueue_p.h"
 #include "shell/modules/KPluginManager_p.h"
 
@@ -68,6 +69,8 @@ class KShell final : public IShell, public IUserAlert, public IMemoryShell, publ
   // Managers that the shell found by name and keeps.
   enum Held { kActionManager, kGuiManager, kDocManager, kStateHistory, kHeldSlots = 8 };
 
+  void readEarlierStarts();
+  void tellOfEarlierStarts();
   void show(const std::wstring& text, const wchar_t* caption) override;
 
   // Null while it is being made, too.
@@ -75,12 +78,16 @@ class KShell final : public IShell, public IUserAlert, public IMemoryShell, publ
   Manager* resolve(Held slot, const wchar_t* interfaceName);
   int askDialogs(CustomDialogRequest& request);
 
+  template <class Listener, class Call>
+  int deliver(ShellNotification notification, Call tell);
+
   // Tells the own list and then the process-wide one; what a handler gets are `arguments`.
   template <class Listener, class Result, class... Parameter, class... Argument>
   int raise(ShellNotification notification, Result (Listener::*handler)(Parameter...), Argument&&... arguments);
 
   // Destroyed from the last to the first.
   BNotifySender senders_[kShellNotifications];
+  EarlierStarts earlierStarts_;
   Ref<IBSettings> settings_;
   Ref<KPluginManager> pluginManager_;
   Ref<KActionManager> actionManager_;

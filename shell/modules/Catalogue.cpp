@@ -3,6 +3,7 @@
 #include "core/baselib/system/ApplicationKey_p.h"
 #include "core/baselib/system/FileWindow_p.h"
 #include "core/baselib/system/RegistryKey_p.h"
+#include "core/baselib/system/UserData_p.h"
 #include "core/baselib/text/StringHash.h"
 #include "shell/ModuleCatalogue.h"
 #include "shell/modules/Contract_p.h"
@@ -31,7 +32,7 @@ struct Head {
   u32 count;
 };
 struct Record {
-  FileStamp stamp;
+  DirectoryStamp stamp;
   u32 nameUnits;
   u32 descriptorBytes;
 };
@@ -204,21 +205,18 @@ void Catalogue::write(u64 time) {
   }
   head.check = catalogueCheck(block.get() + kChecked, size - kChecked);
   std::memcpy(block.get(), &head, sizeof head);
-  const std::wstring folder = folderOf(path_);
-  CreateDirectoryW(folderOf(folder).c_str(), nullptr);
-  CreateDirectoryW(folder.c_str(), nullptr);
+  makeFolders(folderOf(path_));
   replaceFile(path_, block.get(), static_cast<u32>(size));
 }
 
 std::wstring cataloguePathOf(const std::wstring& folder) {
   if (!isCatalogueSwitchedOn()) return {};
-  std::wstring path(32768, 0);
-  path.resize(GetEnvironmentVariableW(L"LOCALAPPDATA", path.data(), static_cast<DWORD>(path.size())));
-  if (path.empty()) return {};
+  const std::wstring data = userDataFolder();
+  if (data.empty()) return data;
   wchar_t name[16];
   wsprintfW(name, L"%08X", text::stringHash(folder.data(), folder.size()));
   // Programs of the other word size may look into the same folder: what is a module to them is none to us.
-  return path + L"\\Corvix\\Catalogues\\" + name + (kOwnMachine == kMachineX86 ? L".modules" : L".x64.modules");
+  return data + L"\\Catalogues\\" + name + (kOwnMachine == kMachineX86 ? L".modules" : L".x64.modules");
 }
 
 bool isCatalogueSwitchedOn() {

@@ -29,7 +29,7 @@ class Catalogue {
 
  private:
   struct Entry {
-    FileStamp stamp;
+    DirectoryStamp stamp;
     std::wstring_view name;
     std::span<const unsigned char> descriptor;  // empty: a library without one
   };

@@ -2,6 +2,7 @@
 
 #include "core/baselib/objects/GlobalSender.h"
 #include "core/baselib/system/ForeignCall_p.h"
+#include "core/baselib/system/Log.h"
 #include "core/xml/XmlbinReader.h"
 #include "shell/DeclaredObjects_p.h"
 #include "shell/modules/Catalogue_p.h"
@@ -111,7 +112,11 @@ void KPluginManager::forEachObject(KInterfaceCollection* declared, Call call) {
     return true;
   };
   if (!entries) return;
-  forEachEntry(*entries, [&](IPluginInterface& entry) { return visitDeclared<Interface>(entry, entry.name(), visit); });
+  forEachEntry(*entries, [&](IPluginInterface& entry) {
+    const StartMark mark =
+        startUnderWay ? query<KPluginModule>(entry.module())->startMark(StartPhase::Told) : StartMark();
+    return visitDeclared<Interface>(entry, entry.name(), visit);
+  });
 }
 
 void KPluginManager::raiseEvent(IGlobalEvent& event) {
@@ -136,15 +141,20 @@ void KPluginManager::arrangeByNeeds(const wchar_t* interfaceName) {
   });
 }
 
+StartMark KPluginManager::startMarkOf(const void* code) {
+  KPluginModule* const module = startUnderWay ? findByPath(modulePathOf(code)) : nullptr;
+  return module ? module->startMark(StartPhase::Told) : StartMark();
+}
+
 void KPluginManager::tellAfterInit() {
-  if (onlyDescribes_) return;
+  if (whyOnlyDescribes_) return;
   arrangeByNeeds(L"IPluginManagerAfterInit");
   forEachObject<IPluginManagerAfterInit>(registry_.find(L"IPluginManagerAfterInit"),
                                          [this](IPluginManagerAfterInit& told) { told.afterInit(*this); });
 }
 
 void KPluginManager::tellBeforeDestroy() {
-  if (onlyDescribes_) return;
+  if (whyOnlyDescribes_) return;
   forEachObject<IPluginManagerBeforeDestroy>(registry_.find(L"IPluginManagerBeforeDestroy"),
                                              [this](IPluginManagerBeforeDestroy& told) { told.beforeDestroy(*this); });
 }
@@ -229,9 +239,12 @@ i32 KPluginManager::scanFolder(const wchar_t* folder) {
 template <class Read>
 KPluginModule* KPluginManager::addModule(std::wstring path, Read read) {
   const auto module = make<KPluginModule>(std::move(path), registry_, alert_);
-  if (onlyDescribes_) module->describeOnly();
+  if (whyOnlyDescribes_) module->describeOnly(whyOnlyDescribes_);
   addRecord(module);
   orFailed(*module, [&] { takeDescriptor(module, read()); });
+  const EndedStart* const ended = earlierStarts_ ? earlierStarts_->endedIn(module->path()) : nullptr;
+  if (ended && module->state() == ModuleState::Described) module->leaveOut(*earlierStarts_, *ended);
+  if (isWithoutPlugins_) module->load();  // which it will not, for a reason
   return module.get();
 }
 
@@ -260,7 +273,10 @@ IPluginModule* KPluginManager::loadModule(const wchar_t* path) {
       return DescriptorView{descriptor.bytes, descriptor.reason.c_str(), descriptor.isNoPlugin};
     });
   }
-  return module->load() ? module : nullptr;
+  if (module->load()) return module;
+  if (module->state() == ModuleState::Described)
+    sWriteLog(L"Module %s is not loaded: %s\n", absolute.c_str(), module->reason());
+  return nullptr;
 }
 
 IPluginModule* KPluginManager::moduleAt(i32 index) const noexcept {

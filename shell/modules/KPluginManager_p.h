@@ -73,8 +73,20 @@ class KPluginManager final : public IPluginManager, public IModuleCatalogue {
   void registerInstance(const wchar_t* interfaceName, Ref<IBSmartObject> instance);
   void forgetInstances() noexcept { registry_.forgetInstances(); }
 
-  // The code of modules that are found from now on is never loaded.
-  void describeOnly() noexcept { onlyDescribes_ = true; }
+  // The code of modules that are found from now on is never loaded, for that reason, which stands for good.
+  void describeOnly(const wchar_t* why) noexcept { whyOnlyDescribes_ = why; }
+
+  // Likewise, and each of them says so.
+  void goWithoutPlugins(const wchar_t* why) noexcept {
+    describeOnly(why);
+    isWithoutPlugins_ = true;
+  }
+
+  // Modules in which starts ended are left out from now on; `starts` outlives the manager.
+  void leaveOut(EarlierStarts& starts) noexcept { earlierStarts_ = &starts; }
+
+  // As long as it lives, the start under way is busy with the module that holds that code, if it is one.
+  StartMark startMarkOf(const void* code);
 
   // Tell the objects that declare to be told.
   void tellAfterInit();
@@ -105,7 +117,9 @@ class KPluginManager final : public IPluginManager, public IModuleCatalogue {
   bool hasUnlisted_ = false;  // a module failed before it came into the table of identifiers
   Ref<IBSettings> settings_;
   SettingsRegistry settingsRegistry_;
-  bool onlyDescribes_ = false;
+  const wchar_t* whyOnlyDescribes_ = nullptr;  // else null
+  bool isWithoutPlugins_ = false;
+  EarlierStarts* earlierStarts_ = nullptr;
   std::wstring cataloguePath_;
   i32 takenCount_ = 0;
   i32 readCount_ = 0;

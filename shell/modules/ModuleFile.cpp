@@ -1,6 +1,7 @@
 #include "shell/modules/ModuleFile_p.h"
 
 #include "shell/guard/GuardedModule_p.h"
+#include "shell/guard/StartSentinel_p.h"
 #include "shell/modules/Contract_p.h"
 #include "shell/modules/LoadedImage_p.h"
 #include "shell/modules/PeImage_p.h"
@@ -234,6 +235,7 @@ LoadedFactory loadFactory(const std::wstring& path) {
     if (!module) error = GetLastError();
   });
   if (fault) return {nullptr, true, L"Loading it ended in " + faultText(fault) + L"; the file may be corrupt."};
+  StartMark::change(StartPhase::Factory);
   return module ? findFactory(module) : LoadedFactory{nullptr, false, whyNotLoaded(path, error)};
 }
 

@@ -16,9 +16,9 @@ bool isModuleName(std::wstring_view name) noexcept {
   return name.size() >= kExtension.size() && equalInAnyCase(name.substr(name.size() - kExtension.size()), kExtension);
 }
 
-void take(std::vector<FolderFile>& files, std::wstring_view name, DWORD attributes, const FileStamp& stamp) {
+void take(std::vector<FolderFile>& files, std::wstring_view name, DWORD attributes, const DirectoryStamp& stamp) {
   if (attributes & FILE_ATTRIBUTE_DIRECTORY || !isModuleName(name)) return;
-  files.push_back({std::wstring(name), attributes & FILE_ATTRIBUTE_REPARSE_POINT ? FileStamp{} : stamp});
+  files.push_back({std::wstring(name), attributes & FILE_ATTRIBUTE_REPARSE_POINT ? DirectoryStamp{} : stamp});
 }
 
 u64 unsignedOf(const LARGE_INTEGER& value) noexcept { return static_cast<u64>(value.QuadPart); }

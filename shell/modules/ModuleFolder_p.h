@@ -10,17 +10,17 @@
 namespace corvix {
 
 // What a directory says of a file. As long as it says the same, the file holds the same.
-struct FileStamp {
+struct DirectoryStamp {
   u64 sizeBytes;
   u64 written;   // in units of 100 ns, as the system counts
   u64 changed;   // its content or anything else about it
   u64 identity;  // on its volume; 0 when the file system has none
-  friend bool operator==(const FileStamp&, const FileStamp&) = default;
+  friend bool operator==(const DirectoryStamp&, const DirectoryStamp&) = default;
 };
 
 struct FolderFile {
   std::wstring name;
-  FileStamp stamp{};  // of identity 0 when it is not known, or not the file's own but that of a link
+  DirectoryStamp stamp{};  // of identity 0 when it is not known, or not the file's own but that of a link
 };
 
 // All "*.dll", in the order in which a user would list them, whatever the file system's order is.

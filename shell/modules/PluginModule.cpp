@@ -16,6 +16,7 @@ namespace {
 // A factory that says something else each time does not fill the memory.
 constexpr std::ptrdiff_t kMostSaid = 32;
 constexpr std::size_t kLongestSentence = 1024;
+constexpr wchar_t kCaption[] = L"Teldane Quill";
 
 }  // namespace
 
@@ -69,19 +70,32 @@ bool KPluginModule::take(const LoadedFactory& loaded) {
     return true;
   }
   fail(loaded.reason);
-  if (loaded.crashed) alertOfCrash();
+  if (loaded.crashed) alert_.show(L"Can't load module" + path_ + L". Module may be corrupt!", kCaption);
   return false;
 }
 
-void KPluginModule::alertOfCrash() {
-  alert_.show(L"Can't load module" + path_ + L". Module may be corrupt!", L"Teldane Quill");
+void KPluginModule::attach(void* handle) {
+  isAttached_ = true;
+  take(findFactory(static_cast<HMODULE>(handle)));
 }
 
-void KPluginModule::attach(void* handle) { take(findFactory(static_cast<HMODULE>(handle))); }
+void KPluginModule::leaveOut(EarlierStarts& starts, const EndedStart& ended) {
+  fail(L"The program ended in it at its start of " + EarlierStarts::describe(ended) +
+       L", so it is left out. It is tried again once its file has changed, or this one is deleted: " + ended.file);
+  isLeftOut_ = true;
+  starts_ = &starts;
+}
+
+bool KPluginModule::tryAgain() noexcept { return isLeftOut_ && starts_->forget(path_); }
+
+StartMark KPluginModule::markedNow(StartPhase phase) noexcept {
+  if (stamp_ == FileStamp()) stamp_ = stampOf(path_);
+  return {path_, stamp_, phase};
+}
 
 bool KPluginModule::hasWhatItNeeds() {
-  if (isOnlyDescribed_) {
-    reason_ = keep(L"This program describes its plug-ins and runs none of their code.");
+  if (whyOnlyDescribed_) {
+    reason_ = keep(whyOnlyDescribed_);
     return false;
   }
   if (hadWhatItNeeds_) return true;
@@ -98,6 +112,7 @@ bool KPluginModule::load() {
   if (state_ == ModuleState::Loaded) return true;
   if (std::exchange(isLoading_, true)) return false;  // its own start asks for its objects
   sWriteLog(L"Load library %s\n", path_.c_str());
+  const StartMark mark = startMark(StartPhase::Loading);
   const LoadedFactory loaded = loadFactory(path_);
   isLoading_ = false;
   return take(loaded);
@@ -106,6 +121,7 @@ bool KPluginModule::load() {
 IBSmartObject* KPluginModule::createObject(const wchar_t* interfaceName, const stype_info& identifier) {
   if (!load()) return nullptr;
   IBSmartObject* object = nullptr;
+  const StartMark mark = startMark(StartPhase::Object);
   const GuardedOutcome outcome = guardedFromAll([&] {
     object = factory_->createObject(interfaceName, identifier);
     if (object) object->typeInfo();  // something that is no object may end here
@@ -124,7 +140,7 @@ IBSmartObject* KPluginModule::createObject(const wchar_t* interfaceName, const s
 
 void KPluginModule::crashed(const wchar_t* interfaceName, const wchar_t* what, u32 fault) {
   fail(L"Asked for \"" + std::wstring(interfaceName) + L"\", " + what + L": " + faultText(fault) + L".");
-  alertOfCrash();
+  alert_.show(path_ + L": " + reason_ + L"\n\nSave your work and start the program again.", kCaption);
 }
 
 IBSmartObject* KPluginModule::cannotCreate(const wchar_t* interfaceName, const std::wstring& why) {

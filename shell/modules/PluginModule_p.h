@@ -3,6 +3,8 @@
 
 #include "shell/ClassFactory.h"
 #include "shell/PluginManager.h"
+#include "shell/guard/EarlierStarts_p.h"
+#include "shell/guard/StartSentinel_p.h"
 #include "shell/modules/ModuleDescriptor_p.h"
 
 #include <forward_list>
@@ -15,13 +17,16 @@ class IUserAlert;
 class KClassFactoryLocal;
 struct LoadedFactory;
 
-class KPluginModule final : public IPluginModule {
-  CORVIX_IDENTITY(KPluginModule, 0x5C08E3B9, 0x4AD7912F, 0x9E64B1D0, 0x83F72C1A, IPluginModule)
+class KPluginModule final : public IPluginModule, public IStartRecord {
+  CORVIX_IDENTITY(KPluginModule, 0x5C08E3B9, 0x4AD7912F, 0x9E64B1D0, 0x83F72C1A, IPluginModule, IStartRecord)
 
  public:
   // `registry`, where what it needs is looked for, and `alert` outlive the module.
   KPluginModule(std::wstring path, const KClassFactoryLocal& registry, IUserAlert& alert)
       : path_(std::move(path)), registry_(registry), alert_(alert) {}
+
+  bool isLeftOut() const noexcept override { return isLeftOut_; }
+  bool tryAgain() noexcept override;
 
   ModuleState state() const noexcept override { return state_; }
   const wchar_t* reason() const noexcept override { return reason_; }
@@ -43,8 +48,16 @@ class KPluginModule final : public IPluginModule {
   ModuleDescriptor& descriptor() noexcept { return descriptor_; }
   const ModuleDescriptor& descriptor() const noexcept { return descriptor_; }
 
-  // Its code is never loaded.
-  void describeOnly() noexcept { isOnlyDescribed_ = true; }
+  // Its code is never loaded, for that reason, which stands for good.
+  void describeOnly(const wchar_t* why) noexcept { whyOnlyDescribed_ = why; }
+
+  // An earlier start ended in it.
+  void leaveOut(EarlierStarts& starts, const EndedStart& ended);
+
+  // As long as it lives, the module is what a start under way is busy with.
+  StartMark startMark(StartPhase phase) noexcept {
+    return startUnderWay && !isAttached_ ? markedNow(phase) : StartMark();
+  }
 
   // Nothing more comes from the module.
   void fail(const std::wstring& reason) noexcept;
@@ -73,18 +86,22 @@ class KPluginModule final : public IPluginModule {
 
  private:
   static const wchar_t* orEmpty(const wchar_t* text) noexcept { return text ? text : L""; }
+  StartMark markedNow(StartPhase phase) noexcept;
   bool take(const LoadedFactory& loaded);
   bool hasWhatItNeeds();
-  void alertOfCrash();
 
   std::wstring path_;
   const KClassFactoryLocal& registry_;
   IUserAlert& alert_;
   ModuleState state_ = ModuleState::Described;
   bool isLoading_ = false;
-  bool isOnlyDescribed_ = false;
-  bool hadWhatItNeeds_ = false;  // once, and so for good
-  const wchar_t* flaw_ = L"";    // what is wrong with the descriptor, though not fatal
+  bool isAttached_ = false;                    // its code was there before
+  const wchar_t* whyOnlyDescribed_ = nullptr;  // else null
+  bool isLeftOut_ = false;
+  EarlierStarts* starts_ = nullptr;  // in which it was busy
+  FileStamp stamp_;                  // of a module that a start was busy with
+  bool hadWhatItNeeds_ = false;      // once, and so for good
+  const wchar_t* flaw_ = L"";        // what is wrong with the descriptor, though not fatal
   const wchar_t* reason_ = L"";
   std::forward_list<std::wstring> said_;  // every reason so far
   ModuleDescriptor descriptor_;

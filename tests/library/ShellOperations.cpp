@@ -73,8 +73,8 @@ class ModuleFolder {
   ~ModuleFolder() {
     DeleteFileW(inside());
     DeleteFileW(file(L"\\library.dll"));
-    RemoveDirectoryW(file(L"\\Corvix\\Catalogues"));
-    RemoveDirectoryW(file(L"\\Corvix"));
+    for (const wchar_t* const made : {L"\\Marrowby\\Corvix\\Catalogues", L"\\Marrowby\\Corvix", L"\\Marrowby"})
+      RemoveDirectoryW(file(made));
     RemoveDirectoryW(path_);
   }
   ModuleFolder(const ModuleFolder&) = delete;
@@ -128,6 +128,8 @@ void useDescriptor() {
     }
     EXPECT_TRUE(module.state() != ModuleState::Failed || *module.reason());
     EXPECT_TRUE(module.path() && module.version());
+    IStartRecord& record = *query<IStartRecord>(&module);
+    EXPECT_TRUE(!record.isLeftOut() && !record.tryAgain());
     if (*module.name()) {
       EXPECT_STREQ(module.attribute(L"name"), L"Swept module");
     }

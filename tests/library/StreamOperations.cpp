@@ -83,7 +83,7 @@ void useFiles() {
     if (!output->open(file.path())) return;
     written = output->write(bytes.data(), 6000);
     output->seek(0);
-    output->writeByte(bytes[0]);
+    output->writeByte(static_cast<u8>(bytes[0]));
     output->setSize(written);
     if (output->setStart(output->start() + 1)) written += output->fileSize() > written;
     output->close();

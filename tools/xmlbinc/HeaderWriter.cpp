@@ -38,7 +38,29 @@ std::optional<Words> parseWords(std::string_view text) {
   return words;
 }
 
-/// "GlobalEvent.Morning" is GlobalEvent_Morning; what is there already gets a number.
+/// Words of C++, and what every type of the header has inside; sorted.
+constexpr std::string_view kReserved[] = {"alignas",   "alignof",       "and",          "and_eq",   "asm",
+                                          "auto",      "bitand",        "bitor",        "bool",     "break",
+                                          "case",      "catch",         "char",         "char16_t", "char32_t",
+                                          "char8_t",   "check",         "class",        "co_await", "co_return",
+                                          "co_yield",  "compl",         "concept",      "const",    "const_cast",
+                                          "consteval", "constexpr",     "constinit",    "continue", "decltype",
+                                          "default",   "delete",        "do",           "double",   "dynamic_cast",
+                                          "else",      "enum",          "explicit",     "export",   "extern",
+                                          "false",     "float",         "for",          "friend",   "goto",
+                                          "if",        "inline",        "int",          "long",     "mutable",
+                                          "name",      "namespace",     "new",          "noexcept", "not",
+                                          "not_eq",    "nullptr",       "operator",     "or",       "or_eq",
+                                          "private",   "protected",     "public",       "register", "reinterpret_cast",
+                                          "requires",  "return",        "short",        "signed",   "sizeof",
+                                          "static",    "static_assert", "static_cast",  "struct",   "switch",
+                                          "template",  "this",          "thread_local", "throw",    "true",
+                                          "try",       "typedef",       "typeid",       "typename", "union",
+                                          "unsigned",  "using",         "virtual",      "void",     "volatile",
+                                          "wchar_t",   "while",         "words",        "xor",      "xor_eq"};
+static_assert(std::is_sorted(std::begin(kReserved), std::end(kReserved)));
+
+/// "GlobalEvent.Morning" is GlobalEvent_Morning and "class" is class_; what is there already gets a number.
 std::string identifierFor(std::u16string_view name, std::set<std::string>& taken) {
   std::string identifier;
   for (const char16_t unit : name) {
@@ -46,6 +68,7 @@ std::string identifierFor(std::u16string_view name, std::set<std::string>& taken
     identifier += fits ? static_cast<char>(unit) : '_';
   }
   if (identifier.empty() || (identifier[0] >= '0' && identifier[0] <= '9')) identifier.insert(0, 1, 'I');
+  if (std::binary_search(std::begin(kReserved), std::end(kReserved), identifier)) identifier += '_';
   const std::string plain = identifier;
   for (int number = 2; !taken.insert(identifier).second; ++number) identifier = plain + '_' + std::to_string(number);
   return identifier;

@@ -41,6 +41,11 @@ std::wstring textOfThrown() {
   return text.empty() ? L"an exception that says nothing" : text;
 }
 
+std::wstring modulePathOf(const void* code) {
+  const HMODULE module = moduleOf(code);
+  return module ? modulePath(module) : std::wstring();
+}
+
 bool isCode(const void* address) noexcept {
   constexpr DWORD kExecutable = PAGE_EXECUTE | PAGE_EXECUTE_READ | PAGE_EXECUTE_READWRITE | PAGE_EXECUTE_WRITECOPY;
   MEMORY_BASIC_INFORMATION pages;
@@ -49,9 +54,9 @@ bool isCode(const void* address) noexcept {
 
 void logThrown(const void* code, const wchar_t* place) noexcept {
   try {
-    const HMODULE module = moduleOf(code);
-    const std::wstring path = module ? modulePath(module) : L"an unknown module";
-    sWriteLog(L"Called as %s, %s threw: %s\n", place, path.c_str(), textOfThrown().c_str());
+    const std::wstring path = modulePathOf(code);
+    sWriteLog(L"Called as %s, %s threw: %s\n", place, path.empty() ? L"an unknown module" : path.c_str(),
+              textOfThrown().c_str());
   } catch (...) {  // no memory for its text
     sWriteLog(L"Called as %s, a module threw.\n", place);
   }

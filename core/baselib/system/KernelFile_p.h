@@ -30,6 +30,12 @@ struct CloseModule : NullIsNone<HMODULE> {
 };
 using ModuleHandle = OwningHandle<CloseModule>;
 
+// Whatever else the kernel gives: processes, mappings, threads.
+struct CloseKernelObject : NullIsNone<HANDLE> {
+  static void close(HANDLE handle) noexcept { CloseHandle(handle); }
+};
+using KernelHandle = OwningHandle<CloseKernelObject>;
+
 // How the library opens its own files: words are combined of these.
 namespace file_mode {
 constexpr u32 kRead = 0x01;

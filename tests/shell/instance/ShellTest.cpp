@@ -5,6 +5,7 @@
 #include "graphics/fonts/FontMachine.h"
 #include "shell/CommandLine.h"
 #include "shell/GlobalEvent.h"
+#include "shell/Locations.h"
 #include "shell/Plugin.h"
 #include "shell/gui/Dialog.h"
 #include "tests/support/OwnPlugin.h"
@@ -314,6 +315,21 @@ TEST(Shell, TasksOfAnyThreadComeInOrderThroughTheMessageLoop) {
   for (int i = 0; i < 100; ++i) EXPECT_EQ(done[static_cast<std::size_t>(i)], i);
   EXPECT_EQ(done[100], 1000);
   EXPECT_EQ(doneOn, GetCurrentThreadId());
+  shell().runOnShellThread([](void*) { done.clear(); }, nullptr);
+  shell().runWaitingTasks();
+  EXPECT_TRUE(done.empty()) << "without a message loop";
+}
+
+TEST(Shell, HasNoManagersThatNobodyDeclares) {
+  EXPECT_TRUE(!shell().guiManager() && !shell().docManager() && !shell().stateHistory());
+}
+
+TEST(Locations, NameTheirSuppliers) {
+  const std::pair<const wchar_t*, const wchar_t*> rows[] = {{L"HtTp://h/x", L"Supplier.http"},
+                                                            {L"c:\\x", L"Supplier.file"},
+                                                            {L"a/b", L"Supplier.file"},
+                                                            {L"iStream:a", L"Supplier.istream"}};
+  for (const auto& [location, name] : rows) EXPECT_EQ(supplierNameOf(location).view(), name);
 }
 
 TEST(Shell, NumbersProgressesFromOneUp) {

@@ -432,6 +432,11 @@ TEST(PluginManager, TwoModulesMayDeclareOneName) {
     modules.insert(fs::path(entry->module()->path()).filename());
   }
   EXPECT_EQ(modules, (std::set<std::wstring>{L"greeter.dll", L"another.dll"}));
+  auto* const report = query<ICreationReport>(found->item(0));
+  report->reject(L"too polite");
+  EXPECT_STREQ(report->reason(), L"The object made for \"Example.Greeter\" is of no use: too polite.");
+  Ref<IBSmartObject>::adopt(query<IPluginInterface>(found->item(0))->createObject()).reset();
+  EXPECT_STREQ(report->reason(), L"");
   EXPECT_EQ(found->item(2), nullptr);
   EXPECT_EQ(found->item(-1), nullptr);
 }
@@ -496,8 +501,8 @@ TEST(PluginManager, TheLibrarysOwnDescriptor) {
   EXPECT_NE(manager.interfaceAt(at)->module(), own) << "and no more";
 }
 
-// The system's loader keeps its lock after this fault, so the case has a process of its own, ended hard.
-[[noreturn]] void loadModuleWithImportsOutside() {
+// The system's loader keeps its lock after the first fault, so the case has a process of its own, ended hard.
+[[noreturn]] void crashInLoaderAndFactory() {
   Folder folder;
   const std::string greeter = bytesOf(Folder::greeter());
   folder.damage("imports_outside.dll", headerOf(greeter) + kDirectories + 1 * 8, std::string("\0\0\xF0\0", 4));
@@ -511,13 +516,20 @@ TEST(PluginManager, TheLibrarysOwnDescriptor) {
                      box.text == L"Can't load module" + path.wstring() + L". Module may be corrupt!" &&
                      box.caption == L"Teldane Quill" && box.buttons == L"O";
   if (!right) fprintf(stderr, "box [%ls] [%ls] %ls\n", box.caption.c_str(), box.text.c_str(), box.buttons.c_str());
-  TerminateProcess(GetCurrentProcess(), right ? 42 : 43);
+  folder.copy(programFolder() / "faulty" / "crashes_when_asked.dll", "crashes_when_asked.dll");
+  instance.setUnattended(false);
+  instance.pluginManager()->scanFolder(folder.path().c_str());
+  instance.pluginManager()->createObject(L"Faulty.crashes_when_asked");
+  const bool advises = box.text.find(L"crashed: an access violation") != std::wstring::npos &&
+                       box.text.ends_with(L"Save your work and start the program again.");
+  if (!advises) fprintf(stderr, "box [%ls]\n", box.text.c_str());
+  TerminateProcess(GetCurrentProcess(), right && advises ? 42 : 43);
   for (;;) Sleep(1000);
 }
 
-TEST(PluginManagerDeathTest, ACrashInTheSystemsLoaderIsSurvivedAndShown) {
+TEST(PluginManagerDeathTest, CrashesInTheSystemsLoaderAndInAFactoryAreSurvivedAndShown) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
-  EXPECT_EXIT(loadModuleWithImportsOutside(), testing::ExitedWithCode(42), "");
+  EXPECT_EXIT(crashInLoaderAndFactory(), testing::ExitedWithCode(42), "");
 }
 
 }  // namespace

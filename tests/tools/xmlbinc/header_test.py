@@ -15,6 +15,8 @@ scratch.mkdir(parents=True, exist_ok=True)
     <Interface Name="My.Interface" GUID="1, 2, 3, 4"/>
     <Interface Name="1. &quot;\\?\u00e9\U0001f600" GUID="-1, 010, 0x10, 10"/>
     <Interface Name="Skipped" GUID="1, 2"/>
+    <Interface Name="class" GUID="1, 2, 3, 5"/>
+    <Interface Name="name" GUID="1, 2, 3, 6"/>
   </Plugin>
 </CorvixRC>
 """, encoding="utf-8")
@@ -35,7 +37,8 @@ CORVIX_PLUGIN(ROWS)
 """
 MINE = "corvix::rowFor<descriptor::My_Interface, Mine>()"
 OTHER = "corvix::rowFor<descriptor::My_Interface_2, Other>()"
-ODD = '{L"1. \\"\\\\?\\u00e9\\U0001f600", [] { return corvix::create<Other>(); }}'
+ODD = ",\n".join(f"{{{name}, [] {{ return corvix::create<Other>(); }}}}" for name in (
+    'L"1. \\"\\\\?\\u00e9\\U0001f600"', "descriptor::class_::name", "descriptor::name_::name"))
 ROWS = [
     ("all rows", [MINE, OTHER, ODD], ""),
     ("one missing", [MINE], "plugin.xml:5:"),

@@ -60,12 +60,16 @@ TEST(GetPool, Rows) {
 
 // A request for a fixed size may get a part of somebody's size-class pool.
 TEST(GetPool, FixedRequestFindsTheNewestSubPool) {
-  const auto classes = make<BSizeClassMemoryPool>();
+  auto classes = make<BSizeClassMemoryPool>();
+  PoolRef found;
   for (u32 size : {12u, 20u, 36u, 68u, 132u, 260u, 516u, 1028u}) {
-    const PoolRef found = pool(pool::kFixedSize, size + kMore);
+    found = pool(pool::kFixedSize, size + kMore);
     EXPECT_EQ(found->refCount(), 1u) << size;  // the size-class pool's and ours
     EXPECT_EQ(found->blockSize(nullptr), size + kMore);
   }
+  classes.reset();
+  EXPECT_EQ(found->refCount(), 0u);
+  found->free(std::memset(found->alloc(1028), 0x5A, 1028));
 }
 
 struct ClassRow {
@@ -172,7 +176,7 @@ class SlicePool : public BMemoryPool {
 // handed out next.
 TEST(FixedPool, CompactionReleasesFreeChunksAndOrdersTheRest) {
   const auto parent = make<SlicePool>(std::vector<int>{3, 0, 5, 1, 4});
-  const auto fixed = make<BFixedMemoryPool>(20u, parent.get());
+  auto fixed = make<BFixedMemoryPool>(20u, parent.get());
   std::vector<char*> blocks;
   for (int i = 0; i < 5 * 16; ++i) blocks.push_back(static_cast<char*>(fixed->alloc(20)));
   const auto at = [&](int slice, int block) {
@@ -197,6 +201,9 @@ TEST(FixedPool, CompactionReleasesFreeChunksAndOrdersTheRest) {
     EXPECT_EQ(fixed->alloc(20), at(4, i));
   }
   for (char* expected : {at(3, 1), at(3, 7), at(1, 2)}) EXPECT_EQ(fixed->alloc(20), expected);
+  fixed.reset();
+  std::sort(parent->freed.begin(), parent->freed.end());
+  EXPECT_EQ(parent->freed, (std::vector<int>{0, 1, 3, 4, 5})) << "the chunks of what is handed out too";
 }
 
 TEST(FixedPoolDeathTest, DebugBuildsRefuseMoreThanABlock) {
@@ -214,9 +221,17 @@ TEST(ReserveHibernateBuffer, EqualCapacityGrowsAgain) {
   EXPECT_NE(BMemoryManager::getHibernateBuffer(), nullptr);
 }
 
-TEST(RegisterPool, UnknownIsRefusedAndTheStaticNodeServesOnce) {
+TEST(RegisterPool, TheNewestFirstUnknownIsRefusedAndTheStaticNodeServesOnce) {
   const auto registered = make<SlicePool>(std::vector<int>{});
   BMemoryPool* const system = BMemoryManager::getSystemPool();
+  std::vector<BMemoryPool*> seen;
+  const auto note = [](BMemoryPool* one, void* to) {
+    EXPECT_EQ(allocCSProc().heldCount(), 1u);
+    static_cast<std::vector<BMemoryPool*>*>(to)->push_back(one);
+  };
+  BMemoryManager::visitPools(note, &seen);
+  EXPECT_EQ(seen.front(), registered.get()) << "the newest first";
+  EXPECT_EQ(seen.back(), system);
   EXPECT_TRUE(BMemoryManager::unregisterPool(registered.get()));
   EXPECT_FALSE(BMemoryManager::unregisterPool(registered.get()));
   const testing_support::HeapFaults heap;
@@ -243,8 +258,10 @@ TEST(SystemPool, OnlyTheNullOfAllocLeavesTheLockHeld) {
   EXPECT_EQ(allocCSProc().heldCount(), 1u);
   std::thread([] { EXPECT_FALSE(allocCSProc().tryEnter()); }).join();
   allocCSProc().leave();
-  EXPECT_EQ(classes->alloc(0xFFFFFFFF), nullptr);  // no wrap-around by the class word
-  EXPECT_EQ(allocCSProc().heldCount(), 1u);
+  EXPECT_EQ(classes->alloc(0xFFFFFFFF), nullptr);                      // no wrap-around by the class word
+  EXPECT_EQ(make<BFixedMemoryPool>(0x20000000u)->alloc(16), nullptr);  // nor by the sixteen blocks of a chunk
+  EXPECT_EQ(allocCSProc().heldCount(), 2u);
+  allocCSProc().leave();
   allocCSProc().leave();
 
   void* const block = system.alloc(10);

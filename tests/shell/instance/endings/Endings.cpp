@@ -17,10 +17,16 @@ namespace {
 
 void tell(const char* text) { std::fputs(text, stderr); }
 
+const char* atStart = "";
+
 class Listener final : public IShellListener {
   CORVIX_IDENTITY(Listener, 0x6A30C9F2, 0x81D5B74E, 0x2EF76093, 0xB94C18AD, IShellListener)
  public:
-  int onInitialize(IShell&) override { return notify::kGoOn; }
+  int onInitialize(IShell&) override {
+    if (atStart == std::string_view("dies")) TerminateProcess(GetCurrentProcess(), 9);
+    if (atStart == std::string_view("exits")) std::exit(0);
+    return notify::kGoOn;
+  }
   int onUnInitialize(IShell&) override {
     tell("shell\n");
     return notify::kGoOn;
@@ -56,10 +62,20 @@ HMODULE withModule() {
   return module;
 }
 
+void showModules() {
+  IPluginManager& manager = *IShell::getInstance()->pluginManager();
+  for (i32 i = 1; i < manager.moduleCount(); ++i) {
+    const IPluginModule& module = *manager.moduleAt(i);
+    std::fprintf(stderr, "%d %ls\n", static_cast<int>(module.state()), module.reason());
+  }
+}
+
 const struct {
   std::string_view name;
   void (*act)();
 } kWays[] = {
+    {"modules", showModules},
+    {"killed", [] { TerminateProcess(GetCurrentProcess(), 9); }},
     {"log", [] { switchLog(true); }},
     {"plain", [] { shellNotifications(ShellNotification::Initialize); }},
     {"task", [] { IShell::getInstance()->runOnShellThread([](void*) { tell("task\n"); }, nullptr); }},
@@ -107,6 +123,8 @@ const struct {
 int main(int, char** arguments) {
   if (arguments[1] == std::string_view("shell")) {
     IShell::startUnattended();
+    atStart = arguments[2];
+    shellNotifications(ShellNotification::Initialize).addListener(new Listener);
     IShell::getInstance()->sender(ShellNotification::UnInitialize).addListener(new Listener);
   }
   leave("of the program", onValue);
