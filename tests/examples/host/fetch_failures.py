@@ -15,7 +15,7 @@ ROWS = [
     (f"http://127.0.0.1:{scripted}/short", "out.bin", "only 60000 of 100000 bytes"),
     (f"http://127.0.0.1:{scripted}/chunked", "out.bin", "does not tell its length"),
     (f"http://127.0.0.1:{nobody}/", "out.bin", "no answer from its server"),
-    (f"http://127.0.0.1:{nginx}/known.bin", "nowhere/out.bin", "is its folder there"),
+    (f"http://127.0.0.1:{nginx}/once.bin", "nowhere/out.bin", "is its folder there"),
     ("nosuchscheme:x", "out.bin", 'no module declares "Supplier.nosuchscheme"'),
     ("file:///Z:/nothing/here", "out.bin", "there is no such thing"),
     ("file:///Z:/dev/null:stream", "out.bin", "there is no such thing"),

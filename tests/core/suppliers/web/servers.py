@@ -42,6 +42,7 @@ class Scripted(http.server.BaseHTTPRequestHandler):
 
     def reply(self, body, *, length=None, wait=0.0, split=None, headers=()):
         self.send_response(200)
+        self.send_header("Connection", "close")
         if length is not None:
             self.send_header("Content-Length", str(length))
         for name, value in headers:
@@ -127,6 +128,7 @@ http {
     listen 127.0.0.1:%(port)d;
     root www;
     location = /moved { return 302 /known.bin; }
+    location = /once.bin { rewrite ^ /known.bin break; keepalive_timeout 0; }
   }
 }
 """
