@@ -61,5 +61,13 @@ TEST(PathClip, RingsThatAreCutKeepTheirJoins) {
   }
 }
 
+// What lies on the border of the area is inside.
+TEST(PathClip, FillsAreCutAtTheBorderAndNoFurther) {
+  const auto filled = [](const std::vector<Point>& ring) { return textOf(clipFill(ringOf(ring), {}, kArea)); };
+  EXPECT_EQ(filled({{0, 0}, {100, 0}, {100, 100}, {0, 100}}), "M0,0 L100,0 L100,100 L0,100 Z");
+  EXPECT_EQ(filled({{-50, 0}, {50, 0}, {50, 100}, {-50, 100}}), "M0,0 L50,0 L50,100 L0,100 Z");
+  EXPECT_EQ(filled({{-50, 0}, {-1, 0}, {-1, 100}}), "");
+}
+
 }  // namespace
 }  // namespace corvix
