@@ -10,8 +10,15 @@ JOBS ?= $(shell nproc)
 ARGS ?=
 SECONDS ?= 60
 TARGETS ?=
+# What make x64-NAME sets for make NAME: the presets of 64 bits, and their Wine.
+X64 ?=
+ifneq ($(X64),)
+export CORVIX_BITS = 64
+endif
 
 .PHONY: help setup run stage package test native fuzz lint format reference coverage soak mutate bench clang clean
+x64_targets := x64-run x64-test x64-stage x64-bench x64-clang
+.PHONY: $(x64_targets) x64-sample
 
 help:
 	@echo 'make run [ARGS="..."]  build, stage and run the example host under Wine, with its log'
@@ -24,13 +31,17 @@ help:
 	@echo 'make soak              the long forms of sweeps, stress, fuzz and comparisons'
 	@echo 'make mutate            break the code in forty places, one after the other, and see whether the tests notice'
 	@echo 'make stage             build what a user gets, into build/stage'
-	@echo 'make package           ZIPs of that in build/packages: Runtime, SDK, Symbols'
+	@echo 'make package           ZIPs of both word sizes in build/packages: Runtime, SDK, Symbols'
 	@echo 'make bench             build and run the benchmarks; results also in build/bench.json'
 	@echo 'make clang             build everything with clang'
 	@echo 'make setup             install and make what run, test and clang need, nothing else'
 	@echo 'make clean             stop Wine and remove build/'
+	@echo 'make x64-run, x64-test, x64-stage, x64-bench, x64-clang: the same for 64-bit Windows; the stage of both is one folder'
 	@echo
 	@echo 'JOBS=N: build and test N things at a time (now $(JOBS)).  Wine: docs/wine.md  Tests: docs/testing.md'
+
+$(x64_targets): x64-%:
+	@$(MAKE) $* X64=x64-
 
 setup:
 	@scripts/setup test
@@ -47,30 +58,45 @@ define native
 @cmake --build build/native-$(1) --parallel $(JOBS)
 endef
 
+release := $(X64)release
+host := build/stage/$(if $(X64),x64/)corvix-host.exe
+packed := $(CURDIR)/build/release;Corvix;ALL;/;$(CURDIR)/build/x64-release;Corvix;ALL;/
+
 # Files that an earlier stage put there and this one may not are removed; what a user adds stays.
 stage:
 	@scripts/setup
-	$(call build,release)
-	@[[ ! -f build/release/install_manifest.txt ]] || tr '\n' '\0' <build/release/install_manifest.txt | xargs -0 rm -f --
-	@cmake --install build/release --prefix build/stage >build/release/install.log || { cat build/release/install.log; exit 1; }
+	$(call build,$(release))
+	@[[ ! -f build/$(release)/install_manifest.txt ]] || tr '\n' '\0' <build/$(release)/install_manifest.txt | xargs -0 rm -f --
+	@cmake --install build/$(release) --prefix build/stage >build/$(release)/install.log || { cat build/$(release)/install.log; exit 1; }
 
 package:
 	@scripts/setup
+	@CORVIX_BITS=64 scripts/setup
 	$(call build,release)
-	@cd build/release && cpack -C Release >package.log || { cat package.log; exit 1; }
+	$(call build,x64-release)
+	@cd build/release && cpack -D "CPACK_INSTALL_CMAKE_PROJECTS=$(packed)" >package.log || { cat package.log; exit 1; }
 	@ls -s --block-size=K build/packages/*.zip
+
+# What .ci/run tries of 64 bits: the library, the host and the guard. CTest's names are those of make test.
+x64-sample: export CORVIX_BITS = 64
+x64-sample:
+	@scripts/setup test
+	@[[ build/x64-debug/build.ninja -nt CMakePresets.json ]] || cmake --preset x64-debug
+	@cmake --build build/x64-debug --parallel $(JOBS) --target corvix-host-runs corvix-module-probe corvix-links-O0 corvix-links-Og
+	@scripts/run-tests build/x64-debug --parallel $(JOBS) -R '^(hostile\.|host\.starts|links\.)'
 
 # On a machine with a display the host's windows appear on it.
 run: stage
-	@CORVIX_DISPLAY=$${DISPLAY:+1} scripts/wine-run build/stage/corvix-host.exe log on >/dev/null
-	@CORVIX_DISPLAY=$${DISPLAY:+1} scripts/wine-run build/stage/corvix-host.exe --show-log $(ARGS)
-	$(if $(ARGS),,@CORVIX_DISPLAY=$${DISPLAY:+1} scripts/fetch-demo build/stage/corvix-host.exe build/fetch-demo)
-	$(if $(ARGS),,@CORVIX_DISPLAY=$${DISPLAY:+1} scripts/wine-run build/stage/corvix-host.exe draw build/page.png)
+	@CORVIX_DISPLAY=$${DISPLAY:+1} scripts/wine-run $(host) log on >/dev/null
+	@CORVIX_DISPLAY=$${DISPLAY:+1} scripts/wine-run $(host) --show-log $(ARGS)
+	$(if $(ARGS),,@CORVIX_DISPLAY=$${DISPLAY:+1} scripts/fetch-demo $(host) build/$(X64)fetch-demo)
+	$(if $(ARGS),,@CORVIX_DISPLAY=$${DISPLAY:+1} scripts/wine-run $(host) draw build/$(X64)page.png)
 
+# The native tests are the same for both word sizes of Windows.
 test: setup
-	$(call build,debug)
-	$(call native,64)
-	@scripts/run-tests build/debug build/native-64 --parallel $(JOBS) $(ARGS)
+	$(call build,$(X64)debug)
+	$(if $(X64),,$(call native,64))
+	@scripts/run-tests build/$(X64)debug $(if $(X64),,build/native-64) --parallel $(JOBS) $(ARGS)
 
 native:
 	@scripts/setup test native
@@ -115,15 +141,13 @@ mutate: setup
 
 bench:
 	@scripts/setup bench
-	$(call build,bench)
-	@scripts/wine-run build/bench/bin/corvix-bench.exe --json build/bench.json $(ARGS)
+	$(call build,$(X64)bench)
+	@scripts/wine-run build/$(X64)bench/bin/corvix-bench.exe --json build/$(X64)bench.json $(ARGS)
 
 clang: setup
-	$(call build,clang)
+	$(call build,$(X64)clang)
 
 clean:
-	@scripts/wine-server stop
-	@CORVIX_DISPLAY=1 scripts/wine-server stop
-	@scripts/wine-server forget build/wine/prefix
-	@scripts/wine-server forget build/wine/prefix-display
+	@for bits in 32 64; do for display in 0 1; do CORVIX_BITS=$$bits CORVIX_DISPLAY=$$display scripts/wine-server stop; done; done
+	@for name in prefix{,-display}{,-x64}; do scripts/wine-server forget build/wine/$$name; done
 	@rm -rf build

@@ -7,6 +7,7 @@
 #include <boost/signals2/signal.hpp>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <filesystem>
 #include <memory>
@@ -106,7 +107,8 @@ void measureEvents(Report& report, IPluginManager& manager) {
       });
 }
 
-// A program of its own in a folder with that many plug-ins, and what its shell's start costs.
+// A program of its own in a folder with that many plug-ins, which are one file under many names, and what its shell's
+// start costs. What it keeps of them lies in the folder too.
 class StartFolder {
  public:
   explicit StartFolder(int plugins)
@@ -120,8 +122,12 @@ class StartFolder {
       if (file.path().extension() == ".dll") fs::copy(file.path(), path_);
     }
     fs::copy(built / "corvix-start-probe.exe", path_);
-    for (int i = 0; i < plugins; ++i)
-      fs::copy(built / "plugins" / "textstats.dll", path_ / "plugins" / ("plugin" + std::to_string(i) + ".dll"));
+    fs::copy(built / "plugins" / "textstats.dll", path_ / "plugin.of.all");
+    for (int i = 0; i < plugins; ++i) {
+      const fs::path name = path_ / "plugins" / ("plugin" + std::to_string(i) + ".dll");
+      if (!CreateHardLinkW(name.c_str(), (path_ / "plugin.of.all").c_str(), nullptr))
+        fs::copy(path_ / "plugin.of.all", name);
+    }
   }
   ~StartFolder() {
     std::error_code ignored;
@@ -132,6 +138,7 @@ class StartFolder {
   }
 
   double startNs() const {
+    SetEnvironmentVariableW(L"LOCALAPPDATA", path_.c_str());
     const std::wstring command = L"\"" + (path_ / "corvix-start-probe.exe").wstring() + L"\"";
     FILE* const said = _wpopen(command.c_str(), L"r");
     double ns = 0;
@@ -141,24 +148,98 @@ class StartFolder {
     return ns;
   }
 
+  // As if nothing had been kept.
+  double firstStartNs() const {
+    fs::remove_all(path_ / "Marrowby");
+    return startNs();
+  }
+
+  fs::path plugins() const { return path_ / "plugins"; }
+  fs::path catalogue() const {
+    for (const auto& file : fs::recursive_directory_iterator(path_ / "Marrowby" / "Corvix" / "Catalogues")) {
+      if (file.is_regular_file()) return file.path();
+    }
+    throw std::runtime_error("the start left no catalogue");
+  }
+
  private:
   fs::path path_;
 };
 
-// What plug-ins add to a start is the difference of two starts in one round; the first start of each makes the keys.
+template <class Call>
+double nsOf(Call call) {
+  const auto start = std::chrono::steady_clock::now();
+  call();
+  return std::chrono::duration<double, std::nano>(std::chrono::steady_clock::now() - start).count();
+}
+
+class ReadFileOf {
+ public:
+  explicit ReadFileOf(const fs::path& path)
+      : file_(CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING, 0,
+                          nullptr)) {}
+  ~ReadFileOf() { CloseHandle(file_); }
+  ReadFileOf(const ReadFileOf&) = delete;
+  ReadFileOf& operator=(const ReadFileOf&) = delete;
+  void read(LONG offset, std::vector<char>& to) const {
+    DWORD got = 0;
+    SetFilePointer(file_, offset, nullptr, FILE_BEGIN);
+    if (!ReadFile(file_, to.data(), static_cast<DWORD>(to.size()), &got, nullptr)) throw std::runtime_error("read");
+    keep(got);
+  }
+
+ private:
+  HANDLE file_;
+};
+
+// The least that tells what the modules declare without knowing them: its headers and its descriptor.
+double openAndReadNs(const fs::path& folder, int plugins) {
+  std::vector<char> bytes(4096);
+  return nsOf([&] {
+    for (int i = 0; i < plugins; ++i) {
+      const ReadFileOf file(folder / ("plugin" + std::to_string(i) + ".dll"));
+      file.read(0, bytes);
+      file.read(8192, bytes);
+    }
+  });
+}
+
+// The least that tells what has changed, and what was kept.
+double listAndReadNs(const fs::path& folder, const fs::path& catalogue) {
+  return nsOf([&] {
+    WIN32_FIND_DATAW found;
+    const HANDLE search = FindFirstFileW((folder / "*").c_str(), &found);
+    do keep(found);
+    while (FindNextFileW(search, &found));
+    FindClose(search);
+    std::vector<char> bytes(static_cast<std::size_t>(fs::file_size(catalogue)));
+    ReadFileOf(catalogue).read(0, bytes);
+    keep(bytes);
+  });
+}
+
+// What plug-ins add to a start is the difference of two starts in one round; the first start of each makes the keys,
+// and what is kept of files counts when they are two seconds old.
 void measureStart(Report& report) {
   constexpr int kRounds = 15;
-  const StartFolder none(0), ten(10), hundred(100);
-  for (const StartFolder* folder : {&none, &ten, &hundred}) folder->startNs();
-  std::vector<double> bases, ofTen, ofHundred, tens;
+  constexpr int kSome = 100, kMany = 1000, kMost = 10000;
+  const StartFolder none(0), some(kSome), many(kMany), most(kMost);
+  Sleep(2500);
+  for (const StartFolder* folder : {&none, &some, &many, &most}) folder->startNs();
+  std::vector<double> ofSome, ofMany, ofMost, firstOfMany, opened, listed;
   for (int i = 0; i < kRounds; ++i) {
-    bases.push_back(none.startNs());
-    ofTen.push_back((ten.startNs() - bases.back()) / 10);
-    ofHundred.push_back((hundred.startNs() - bases.back()) / 100);
-    tens.push_back(10 * ofTen.back());
+    const double base = none.startNs();
+    ofSome.push_back((some.startNs() - base) / kSome);
+    ofMany.push_back((many.startNs() - base) / kMany);
+    ofMost.push_back((most.startNs() - base) / kMost);
+    listed.push_back(listAndReadNs(many.plugins(), many.catalogue()) / kMany);
+    firstOfMany.push_back((many.firstStartNs() - base) / kMany);
+    opened.push_back(openAndReadNs(many.plugins(), kMany) / kMany);
   }
-  report.add("start, cost of each of 100 plug-ins", "of each of 10", 1.2, ofHundred, ofTen);
-  report.add("start without plug-ins", "ten times one plug-in", 0, bases, tens);
+  report.add("first start, each of 1000 plug-ins", "open and two reads", 2.5, firstOfMany, opened);
+  report.add("later start, each of 1000 plug-ins", "listed, the catalogue read", 1.5, ofMany, listed);
+  report.add("later start, each of 1000 plug-ins", "of each of 100", 1.2, ofMany, ofSome);
+  report.add("later start, each of 10000 plug-ins", "of each of 1000", 1.2, ofMost, ofMany);
 }
 
 void measureShell(Report& report) {

@@ -23,7 +23,7 @@ function(corvix_add_program_resources target description)
     configure_file("${corvix_manifest}" "${folder}/program.manifest" COPYONLY)
     # In its own folder and with plain names: the resource compiler hands them to a shell.
     add_custom_command(OUTPUT "${folder}/program.o"
-        COMMAND "${CORVIX_WINDRES}" -F pe-i386 -c 65001 -J rc -O coff -i program.rc -o program.o
+        COMMAND "${CORVIX_WINDRES}" -F ${corvix_object_format} -c 65001 -J rc -O coff -i program.rc -o program.o
         DEPENDS "${folder}/program.rc" "${folder}/program.manifest" WORKING_DIRECTORY "${folder}"
         COMMENT "Compiling the resources of ${target}" VERBATIM)
     set_source_files_properties("${folder}/program.o" PROPERTIES EXTERNAL_OBJECT ON GENERATED ON)

@@ -1,5 +1,6 @@
 # What a user gets, in three components that unpack into one folder: Runtime, the programs with the library, the run-time
-# libraries and the plug-ins; SDK, what authors of plug-ins and hosts need, below sdk/; Symbols, for debuggers.
+# libraries and the plug-ins; SDK, what authors of plug-ins and hosts need, below sdk/; Symbols, for debuggers. What has a word
+# size is for 32 bits at the top and for 64 in x64/ and sdk/lib/x64; the rest is the same file for both.
 include(CMakePackageConfigHelpers)
 
 # corvix_ship(COMPONENT DESTINATION TARGET...): modules and programs without their symbols, which go into a file beside
@@ -29,17 +30,19 @@ endfunction()
 
 file(MAKE_DIRECTORY "${CMAKE_BINARY_DIR}/shipped")
 get_property(example_plugins GLOBAL PROPERTY corvix_example_plugins)
-corvix_ship(Runtime . corvix corvix-host)
-corvix_ship(Runtime plugins ${example_plugins})
-corvix_ship(SDK . xmlbinc corvix-tool)
-install(FILES ${CORVIX_RUNTIME_DLLS} LICENSE THIRD_PARTY.md CHANGELOG.md DESTINATION . COMPONENT Runtime)
+corvix_ship(Runtime ${corvix_folder} corvix corvix-host)
+corvix_ship(Runtime ${corvix_folder}/plugins ${example_plugins})
+corvix_ship(SDK ${corvix_folder} xmlbinc corvix-tool)
+install(FILES ${CORVIX_RUNTIME_DLLS} DESTINATION ${corvix_folder} COMPONENT Runtime)
+install(FILES LICENSE THIRD_PARTY.md CHANGELOG.md DESTINATION . COMPONENT Runtime)
 install(DIRECTORY licenses DESTINATION . COMPONENT Runtime)
 
-install(TARGETS corvix RUNTIME DESTINATION . COMPONENT NotInstalled EXCLUDE_FROM_ALL ARCHIVE DESTINATION sdk/lib COMPONENT SDK
+install(TARGETS corvix RUNTIME DESTINATION . COMPONENT NotInstalled EXCLUDE_FROM_ALL ARCHIVE DESTINATION sdk/lib/${corvix_folder} COMPONENT SDK
     FILE_SET HEADERS DESTINATION sdk/include/corvix COMPONENT SDK)
 write_basic_package_version_file("${CMAKE_BINARY_DIR}/CorvixConfigVersion.cmake" COMPATIBILITY SameMinorVersion ARCH_INDEPENDENT)
 install(FILES sdk/CorvixConfig.cmake "${CMAKE_BINARY_DIR}/CorvixConfigVersion.cmake" cmake/CorvixTarget.cmake cmake/CorvixPlugin.cmake
     cmake/CorvixHost.cmake cmake/program.manifest cmake/program.rc.in cmake/toolchain-windows.cmake cmake/toolchain-gcc.cmake
+    cmake/toolchain-gcc-x64.cmake
     DESTINATION sdk/cmake COMPONENT SDK)
 install(FILES sdk/PrefixConfig.cmake DESTINATION cmake COMPONENT SDK RENAME CorvixConfig.cmake)
 install(FILES "${CMAKE_BINARY_DIR}/CorvixConfigVersion.cmake" DESTINATION cmake COMPONENT SDK)

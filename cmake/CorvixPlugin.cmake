@@ -9,7 +9,7 @@
 # What turns resources into objects. Names and contents go to it as data: no shell and no preprocessor sees them.
 if(NOT CORVIX_WINDRES)
     get_filename_component(corvix_compiler_folder "${CMAKE_CXX_COMPILER}" DIRECTORY)
-    find_program(CORVIX_WINDRES NAMES "${CMAKE_RC_COMPILER}" i686-w64-mingw32-windres windres HINTS "${corvix_compiler_folder}"
+    find_program(CORVIX_WINDRES NAMES "${CMAKE_RC_COMPILER}" ${corvix_triple}-windres windres HINTS "${corvix_compiler_folder}"
         DOC "The resource compiler of MinGW-w64's binutils")
     if(NOT CORVIX_WINDRES)
         message(FATAL_ERROR "windres was not found: it comes with MinGW-w64's binutils; set CORVIX_WINDRES to it.")
@@ -35,14 +35,13 @@ function(corvix_add_descriptor target xml)
         set(run ${CMAKE_CROSSCOMPILING_EMULATOR} "$<TARGET_FILE:Corvix::xmlbinc>")
     endif()
     # Which contract the module is made for, so that another one's is refused before its code is loaded.
-    math(EXPR bits "8 * ${CMAKE_SIZEOF_VOID_P}")
-    set(stamp --set SdkVersion=${CORVIX_SDK_VERSION} --set SdkCompiler=gnu --set SdkBits=${bits})
+    set(stamp --set SdkVersion=${CORVIX_SDK_VERSION} --set SdkCompiler=gnu --set SdkBits=${CORVIX_BITS})
     if(descriptor_UNSTAMPED)
         set(stamp)
     endif()
     add_custom_command(OUTPUT "${folder}/descriptor.o" "${folder}/descriptor.h" BYPRODUCTS "${folder}/descriptor.res"
         COMMAND ${run} ${check} "${xml}" -o "${folder}/descriptor.res" --header "${folder}/descriptor.h" --resource-for "$<TARGET_FILE_NAME:${target}>" ${stamp}
-        COMMAND "${CORVIX_WINDRES}" -F pe-i386 -J res -O coff -i "${folder}/descriptor.res" -o "${folder}/descriptor.o"
+        COMMAND "${CORVIX_WINDRES}" -F ${corvix_object_format} -J res -O coff -i "${folder}/descriptor.res" -o "${folder}/descriptor.o"
         DEPENDS "${xml}" "$<TARGET_FILE:${compiler}>" COMMENT "Compiling descriptor ${xml}" VERBATIM)
     set_source_files_properties("${folder}/descriptor.o" PROPERTIES EXTERNAL_OBJECT ON GENERATED ON)
     target_sources(${target} PRIVATE "${folder}/descriptor.o" "${folder}/descriptor.h")

@@ -1,15 +1,17 @@
-# Cross build for 32-bit Windows with clang, on GCC's headers and run-time libraries.
+# Cross build for Windows with clang, on GCC's headers and run-time libraries, 32 bits unless toolchain-clang-x64.cmake
+# says otherwise.
 include("${CMAKE_CURRENT_LIST_DIR}/toolchain-windows.cmake")
 
 set(CMAKE_C_COMPILER clang)
 set(CMAKE_CXX_COMPILER clang++)
-set(CMAKE_C_COMPILER_TARGET i686-w64-mingw32)
-set(CMAKE_CXX_COMPILER_TARGET i686-w64-mingw32)
-set(CMAKE_STRIP i686-w64-mingw32-strip)  # LLVM's, if there is one, refuses GCC's run-time libraries
+set(CMAKE_C_COMPILER_TARGET ${corvix_triple})
+set(CMAKE_CXX_COMPILER_TARGET ${corvix_triple})
+# LLVM's, if there are any, refuse GCC's run-time libraries and what its linker has made.
+set(CMAKE_STRIP ${corvix_triple}-strip)
+set(CMAKE_OBJCOPY ${corvix_triple}-objcopy)
 
 # clang finds GCC's folder by its version number, but Debian names it "12-posix": give it a root of links where the name
 # is a number.
-set(corvix_triple i686-w64-mingw32)
 set(corvix_sysroot "${corvix_checkout}/build/clang-sysroot")
 file(GLOB corvix_gcc LIST_DIRECTORIES true "/usr/lib/gcc/${corvix_triple}/*-posix")
 list(LENGTH corvix_gcc corvix_gcc_count)

@@ -1,13 +1,17 @@
 # What both compilers share: the target, where its libraries are, and how its programs run here. Included by
-# toolchain-gcc.cmake and toolchain-clang.cmake.
+# toolchain-gcc.cmake and toolchain-clang.cmake. Those for 64 bits set corvix_triple first.
 set(CMAKE_SYSTEM_NAME Windows)
-set(CMAKE_SYSTEM_PROCESSOR x86)
+set(CMAKE_SYSTEM_PROCESSOR AMD64)
+if(NOT corvix_triple)
+    set(corvix_triple i686-w64-mingw32)
+    set(CMAKE_SYSTEM_PROCESSOR x86)
+endif()
 
-set(CMAKE_RC_COMPILER i686-w64-mingw32-windres)
-set(CMAKE_STRIP i686-w64-mingw32-strip)
+set(CMAKE_RC_COMPILER ${corvix_triple}-windres)
+set(CMAKE_STRIP ${corvix_triple}-strip)
 
 # Packages are found where the caller says that they are, although that is outside of the target's own folder.
-set(CMAKE_FIND_ROOT_PATH /usr/i686-w64-mingw32 ${CMAKE_PREFIX_PATH} ${Corvix_ROOT} $ENV{Corvix_ROOT})
+set(CMAKE_FIND_ROOT_PATH /usr/${corvix_triple} ${CMAKE_PREFIX_PATH} ${Corvix_ROOT} $ENV{Corvix_ROOT})
 if(DEFINED ENV{CMAKE_PREFIX_PATH})
     cmake_path(CONVERT "$ENV{CMAKE_PREFIX_PATH}" TO_CMAKE_PATH_LIST corvix_prefixes)
     list(APPEND CMAKE_FIND_ROOT_PATH ${corvix_prefixes})

@@ -38,7 +38,8 @@ class IAGDC : public BSmartObject {
   virtual BitmapHandle bitmap() const noexcept = 0;
 
   // The caller keeps the device context, and keeps it alive until `detach`. `detach` gives it back as it was, and drops
-  // the clip and the saved ones.
+  // the clip and the saved ones. False, with the former one still attached, when `device` is no device context or a
+  // size is negative or no number.
   virtual bool attach(DeviceHandle device, double width, double height) = 0;
   virtual bool detach() = 0;
 

@@ -25,13 +25,23 @@ bool visitDeclared(IPluginInterface& entry, const wchar_t* name, Visit& visit) {
   return goesOn;
 }
 
+// Each entry once, in their order, until a visit answers false. A visit may have more modules registered: what comes
+// in behind the place that is reached is visited as well, what comes in before it moves the others.
+template <class Visit>
+void forEachEntry(IBCollection& entries, Visit visit) {
+  for (i32 i = 0; i < entries.count(); ++i) {
+    IBTransportable* const item = entries.item(i);
+    const auto entry = Ref<IPluginInterface>::share(query<IPluginInterface>(item));
+    if (!visit(*entry)) return;
+    while (i < entries.count() && entries.item(i) != item) ++i;
+  }
+}
+
 template <class Interface, class Visit>
 void forEachDeclared(IPluginManager& manager, const wchar_t* name, Visit visit) {
   const auto entries = Ref<IBCollection>::adopt(manager.findByName(name));
-  // The count is read anew each time: an object may have more modules registered.
-  for (i32 i = 0; entries && i < entries->count(); ++i) {
-    if (!visitDeclared<Interface>(*query<IPluginInterface>(entries->item(i)), name, visit)) return;
-  }
+  if (!entries) return;
+  forEachEntry(*entries, [&](IPluginInterface& entry) { return visitDeclared<Interface>(entry, name, visit); });
 }
 
 }  // namespace corvix

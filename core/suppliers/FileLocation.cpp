@@ -81,6 +81,14 @@ bool isShare(std::wstring_view names) noexcept {
   return names.substr(0, slash).find_first_of(L"@:") == std::wstring_view::npos;
 }
 
+bool namesDevice(std::wstring_view path) noexcept {
+  for (std::size_t end = 0; end < path.size(); path.remove_prefix(std::min(end + 1, path.size()))) {
+    end = std::min(path.find(L'/'), path.size());
+    if (isDevice(path.substr(0, end))) return true;
+  }
+  return false;
+}
+
 }  // namespace
 
 WideString pathOfLocation(const UrlRecord& location) {
@@ -130,6 +138,7 @@ WideString locationOfPath(std::wstring_view path) {
     return {};
   }
   url::appendEscaped(location, text, UrlPart::Directory, url::Escapes::Escape);
+  if (namesDevice(text)) return {};
   // Behind the mark are names that have no location: the system would take them for others without it.
   if (isMarked && pathOfLocation(UrlRecord(location)).empty()) return {};
   return location;

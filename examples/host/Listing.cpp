@@ -1,6 +1,7 @@
 #include "examples/host/Command.h"
 #include "examples/host/Console.h"
 #include "examples/host/Objects.h"
+#include "shell/ModuleCatalogue.h"
 
 namespace host {
 
@@ -68,8 +69,36 @@ void printSettings(IPluginManager& manager) {
   table.print();
 }
 
+void printCatalogue(IPluginManager& manager) {
+  const IModuleCatalogue& catalogue = *query<IModuleCatalogue>(&manager);
+  if (*catalogue.path()) {
+    std::printf("\n%d of these descriptors from the catalogue %s, %d from the files.\n", catalogue.takenCount(),
+                shown(catalogue.path()).c_str(), catalogue.readCount());
+  } else {
+    std::printf("\nAll of these descriptors from the files: %s.\n",
+                isCatalogueSwitchedOn() ? "there is nowhere to keep a catalogue" : "the catalogue is switched off");
+  }
+}
+
+int switchCatalogueTo(bool on) {
+  if (!switchCatalogue(on)) {
+    std::fprintf(stderr, "corvix-host: the registry does not let us switch the catalogue %s.\n", on ? "on" : "off");
+    return 1;
+  }
+  std::printf("From its next start on, corvix-host %s.\n",
+              on ? "keeps what its plug-ins declare in a catalogue" : "reads every plug-in's file at each start");
+  return 0;
+}
+
+int tellCatalogue(IPluginManager& manager) {
+  std::printf("The catalogue of corvix-host is %s.\n", isCatalogueSwitchedOn() ? "on" : "off");
+  printCatalogue(manager);
+  return 0;
+}
+
 int listModules(IPluginManager& manager) {
   printModules(manager);
+  printCatalogue(manager);
   printInterfaces(manager);
   printSettings(manager);
   return 0;
@@ -79,5 +108,12 @@ int listModules(IPluginManager& manager) {
 
 const Command listCommand("list", "List modules, interfaces and settings", {},
                           [](Host& host, const Texts&) { return listModules(host.describedOnly()); });
+
+const Command catalogueCommand("catalogue", "Switch the catalogue of plug-ins on or off, or tell where it stands",
+                               {{"state", "on or off, from the next start", Argument::Optional, {"on", "off"}}},
+                               [](Host& host, const Texts& given) {
+                                 return given[0].empty() ? tellCatalogue(host.describedOnly())
+                                                         : switchCatalogueTo(given[0] == "on");
+                               });
 
 }  // namespace host

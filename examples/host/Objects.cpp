@@ -51,8 +51,8 @@ std::string declaredNames(IPluginManager& manager, IBSmartObject& object) {
 }
 
 void printMade(const Made& made) {
-  std::printf("%s, a %s, made by %s\n", shown(made.entry->name()).c_str(), made.object->typeInfo().className(),
-              fileName(made.entry->module()->path()).c_str());
+  std::printf("%s, a %s, made by %s\n", shown(made.entry->name()).c_str(),
+              shown(made.object->typeInfo().classNameW()).c_str(), fileName(made.entry->module()->path()).c_str());
 }
 
 int createNamed(IPluginManager& manager, const std::wstring& name) {

@@ -65,8 +65,8 @@ AGDC::AGDC(DeviceHandle device, double width, double height) : DrawingContext(de
 
 AGDC::~AGDC() = default;
 
-bool AGDC::attach(DeviceHandle device, double width, double height) {
-  return session_ && DrawingContext::attach(device, width, height);
+bool AGDC::take(DeviceHandle device, double width, double height) {
+  return session_ && DrawingContext::take(device, width, height);
 }
 
 bool AGDC::detach() {

@@ -24,7 +24,6 @@ class AGDC : public DrawingContext {
   // GDI+ could be started.
   bool isStarted() const noexcept { return static_cast<bool>(session_); }
 
-  bool attach(DeviceHandle device, double width, double height) override;
   bool detach() override;
   IAGDC* createDetached() override;
   bool canDraw() const noexcept override { return isAttached_ && session_; }
@@ -76,6 +75,7 @@ class AGDC : public DrawingContext {
   i32 interpolation() const noexcept override;
 
  protected:
+  bool take(DeviceHandle device, double width, double height) override;
   void beginGdi() noexcept override;
   void lineStateChanged() noexcept override { isPenStale_ = true; }
   void colorsChanged() noexcept override;

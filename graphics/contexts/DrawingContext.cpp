@@ -8,6 +8,13 @@ namespace {
 
 bool isNonDisplayDevice(HDC device) noexcept { return device && GetDeviceCaps(device, TECHNOLOGY) != DT_RASDISPLAY; }
 
+bool isDevice(HDC device) noexcept {
+  const DWORD type = GetObjectType(device);
+  return type == OBJ_DC || type == OBJ_MEMDC || type == OBJ_METADC || type == OBJ_ENHMETADC;
+}
+
+bool isSize(double length) noexcept { return length >= 0 && std::isfinite(length); }
+
 }  // namespace
 
 DrawingContext::DrawingContext(DeviceHandle device, double width, double height)
@@ -22,7 +29,10 @@ DrawingContext::DrawingContext(DeviceHandle device, double width, double height)
 DrawingContext::~DrawingContext() = default;
 
 bool DrawingContext::attach(DeviceHandle device, double width, double height) {
-  if (!device || !std::isfinite(width) || !std::isfinite(height)) return false;
+  return isDevice(device) && isSize(width) && isSize(height) && take(device, width, height);
+}
+
+bool DrawingContext::take(DeviceHandle device, double width, double height) {
   if (isAttached_) detach();
   device_ = device;
   width_ = width;

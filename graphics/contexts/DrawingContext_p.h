@@ -115,6 +115,9 @@ class DrawingContext : public IAGDC, public ITextTarget {
   DrawingContext(DeviceHandle device, double width, double height);
   void readBaseOrigin() noexcept;
 
+  // Of `attach`, when its arguments are good; a memory context's own bitmap may have a negative size.
+  virtual bool take(DeviceHandle device, double width, double height);
+
   // Before every GDI call on the device context: what holds it lets go.
   virtual void beginGdi() noexcept {}
   virtual void lineStateChanged() noexcept = 0;

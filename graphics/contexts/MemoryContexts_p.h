@@ -15,7 +15,7 @@ class MemoryContext : public Screen {
   // With a device context given, or a size of 0, there is no bitmap: that one is drawn on.
   MemoryContext(DeviceHandle device, double width, double height) : Screen(device, width, height) {
     if (device || !offscreen_.create(width, height)) return;
-    if (!Screen::attach(offscreen_.device(), width, height)) offscreen_.reset();
+    if (!Screen::take(offscreen_.device(), width, height)) offscreen_.reset();
   }
   ~MemoryContext() override { MemoryContext::detach(); }
 

@@ -33,8 +33,8 @@ void AGDCPlain::takeOver() noexcept {
   setOrigin(origin_.x, origin_.y);
 }
 
-bool AGDCPlain::attach(DeviceHandle device, double width, double height) {
-  if (!DrawingContext::attach(device, width, height)) return false;
+bool AGDCPlain::take(DeviceHandle device, double width, double height) {
+  if (!DrawingContext::take(device, width, height)) return false;
   takeOver();
   return true;
 }

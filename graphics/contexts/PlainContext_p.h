@@ -17,7 +17,6 @@ class AGDCPlain : public DrawingContext {
   AGDCPlain(DeviceHandle device, double width, double height);
   ~AGDCPlain() override;
 
-  bool attach(DeviceHandle device, double width, double height) override;
   bool detach() override;
   IAGDC* createDetached() override;
   u32 capabilities() const noexcept override { return kAccepted; }
@@ -67,6 +66,7 @@ class AGDCPlain : public DrawingContext {
   i32 interpolation() const noexcept override { return 0; }
 
  protected:
+  bool take(DeviceHandle device, double width, double height) override;
   void lineStateChanged() noexcept override { isPenStale_ = true; }
   void colorsChanged() noexcept override;
   HRGN deviceClip() noexcept override;

@@ -128,8 +128,8 @@ std::vector<u8> tableBeyond(HDC device) {
     const bool isFull = (platform == 3 && encoding == 10) || (platform == 0 && encoding >= 4);
     if (!isFull || offset > size || size - offset < 16 || bigEndian(&table[offset], 2) != 12) continue;
     const u32 groups = std::min(bigEndian(&table[offset + 12], 4), (size - offset - 16) / 12);
-    const auto first = table.begin() + offset + 16;
-    return {first, first + static_cast<std::ptrdiff_t>(groups) * 12};
+    const u8* const first = table.data() + offset + 16;
+    return {first, first + std::size_t{groups} * 12};
   }
   return {};
 }

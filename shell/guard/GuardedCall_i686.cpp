@@ -17,11 +17,26 @@ struct Frame {
 
 constexpr DWORD kUnwinding = 0x2 | 0x4;
 
-// Debug texts and thread names are no faults: their codes lack the highest bit. A debugger sees all of them before us.
-bool isFault(DWORD code) noexcept { return code >> 31 != 0; }
+// The mode of the floating-point unit. What a module leaves there would be the program's: other roundings, and
+// exceptions where it expects none.
+class FloatingPointMode {
+ public:
+  FloatingPointMode() noexcept : mode_(current()) {}
+  void restore() const noexcept {
+    if (current() != mode_) asm volatile("fnclex\n\tfldcw %0" : : "m"(mode_));
+  }
+
+ private:
+  static unsigned short current() noexcept {
+    unsigned short mode;
+    asm volatile("fnstcw %0" : "=m"(mode));
+    return mode;
+  }
+  unsigned short mode_;
+};
 
 EXCEPTION_DISPOSITION onException(EXCEPTION_RECORD* record, void* establisher, CONTEXT*, void*) {
-  if (record->ExceptionFlags & kUnwinding || !isFault(record->ExceptionCode)) return ExceptionContinueSearch;
+  if (record->ExceptionFlags & kUnwinding) return ExceptionContinueSearch;
   auto* const frame = static_cast<Frame*>(establisher);
   frame->code = record->ExceptionCode;
   RtlUnwind(frame, nullptr, record, nullptr);
@@ -42,9 +57,12 @@ void setTopFrame(Frame* frame) noexcept { asm volatile("movl %0, %%fs:0" : : "r"
 [[gnu::noinline]] u32 guardedCall(void (*function)(void*), void* argument) noexcept {
   Frame frame = {topFrame(), onException, {}, 0};
   Frame* volatile const self = &frame;
+  const FloatingPointMode mode;
   setTopFrame(&frame);
   if (__builtin_setjmp(frame.resume) == 0) function(argument);
   setTopFrame(self->previous);
+  if (self->code) asm volatile("fninit");  // registers that were in use would stay so
+  mode.restore();
   if (self->code == EXCEPTION_STACK_OVERFLOW) _resetstkoflw();  // the next one is an exception again
   return self->code;
 }

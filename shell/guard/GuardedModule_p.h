@@ -1,10 +1,21 @@
 // Runs a module's code, which may throw and may crash.
 #pragma once
 
+#include "core/baselib/system/ForeignCall_p.h"
 #include "shell/guard/GuardedCall_p.h"
-#include "shell/guard/Thrown_p.h"
+
+#include <optional>
 
 namespace corvix {
+
+// Inside a catch block: what the exception says, or nothing when there is no memory for it.
+inline std::wstring textOfThrownIfItCan() noexcept {
+  try {
+    return textOfThrown();
+  } catch (...) {
+    return {};
+  }
+}
 
 struct GuardedOutcome {
   u32 fault = 0;                       // the system's code of the exception that ended it
@@ -16,9 +27,9 @@ GuardedOutcome guardedFromAll(Call call) noexcept {
   GuardedOutcome outcome;
   outcome.fault = guarded([&]() noexcept {
     try {
-      outcome.thrown = thrownBy(call);
+      call();
     } catch (...) {
-      outcome.thrown.emplace();  // there is no memory for what it says
+      outcome.thrown.emplace(textOfThrownIfItCan());
     }
   });
   return outcome;

@@ -4,14 +4,20 @@
 
 #include "core/baselib/Api.h"
 
+#include <windows.h>
+
 namespace corvix {
 
 class LoaderLockDepth {
  public:
-  LoaderLockDepth() noexcept;
+  // Nearly always nobody has it.
+  LoaderLockDepth() noexcept : depth_(lock_ && lock_->OwningThread ? ofThisThread() : 0) {}
   void restore() const noexcept;  // on the same thread
 
  private:
+  static u32 ofThisThread() noexcept;
+
+  static CRITICAL_SECTION* const lock_;  // null until the library's statics are made
   u32 depth_;
 };
 

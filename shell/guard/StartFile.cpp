@@ -1,5 +1,7 @@
 #include "shell/guard/StartFile_p.h"
 
+#include "core/baselib/system/UserData_p.h"
+
 #include <windows.h>
 
 namespace corvix {
@@ -12,23 +14,11 @@ FileStamp stampOf(const std::wstring& path) noexcept {
           joined(data.nFileSizeHigh, data.nFileSizeLow)};
 }
 
-namespace {
-
-std::wstring environment(const wchar_t* name) {
-  std::wstring value(GetEnvironmentVariableW(name, nullptr, 0), 0);
-  const DWORD length =
-      value.empty() ? 0 : GetEnvironmentVariableW(name, value.data(), static_cast<DWORD>(value.size()));
-  value.resize(length < value.size() ? length : 0);
-  return value;
-}
-
-}  // namespace
-
 std::wstring start_file::folder() {
-  const std::wstring chosen = environment(L"CORVIX_STARTS");
+  const std::wstring chosen = environmentText(L"CORVIX_STARTS");
   if (!chosen.empty()) return chosen;
-  const std::wstring data = environment(L"LOCALAPPDATA");
-  return data.empty() ? data : data + L"\\Marrowby\\Corvix\\Starts";
+  const std::wstring data = userDataFolder();
+  return data.empty() ? data : data + L"\\Starts";
 }
 
 }  // namespace corvix

@@ -1,5 +1,7 @@
 #include "shell/guard/StartSentinel_p.h"
 
+#include "core/baselib/system/UserData_p.h"
+
 #include <cstring>
 #include <new>
 
@@ -13,14 +15,6 @@ u64 beginOfProcess() noexcept {
   FILETIME begun{}, unused;
   GetProcessTimes(GetCurrentProcess(), &begun, &unused, &unused, &unused);
   return u64{begun.dwHighDateTime} << 32 | begun.dwLowDateTime;
-}
-
-void makeFolders(const std::wstring& path) {
-  if (CreateDirectoryW(path.c_str(), nullptr) || GetLastError() != ERROR_PATH_NOT_FOUND) return;
-  const std::wstring above = folderOf(path);
-  if (above.size() >= path.size() || above.empty()) return;
-  makeFolders(above);
-  CreateDirectoryW(path.c_str(), nullptr);
 }
 
 }  // namespace

@@ -7,11 +7,26 @@ namespace corvix {
 namespace {
 
 constexpr std::wstring_view kOwnCompiler = L"gnu";  // GCC and clang share one contract
-constexpr std::wstring_view kOwnBits = sizeof(void*) == 4 ? L"32" : L"64";
+constexpr std::wstring_view kOwnBits = kOwnMachine == kMachineX86 ? L"32" : L"64";
 
 std::wstring ownVersion() {
   constexpr std::string_view kText = CORVIX_VERSION;
   return {kText.begin(), kText.end()};
+}
+
+std::wstring machineName(u16 machine) {
+  constexpr struct {
+    u16 machine;
+    const wchar_t* name;
+  } kMachines[] = {{kMachineX86, L"32-bit x86"}, {kMachineX64, L"64-bit x86"}, {0xAA64, L"64-bit ARM"}};
+  for (const auto& row : kMachines) {
+    if (row.machine == machine) return row.name;
+  }
+  constexpr std::wstring_view kDigits = L"0123456789ABCDEF";
+  std::wstring number = L"machine 0x0000";
+  for (std::size_t at = number.size(); machine; machine = static_cast<u16>(machine >> 4))
+    number[--at] = kDigits[machine & 15];
+  return number;
 }
 
 // The digits in front of the next dot, without zeros before them.
@@ -46,6 +61,11 @@ int compareVersions(std::wstring_view a, std::wstring_view b) noexcept {
   return order;
 }
 
+std::wstring whyOtherMachine(u16 machine) {
+  return L"The module is made for " + machineName(machine) + L", this program runs modules for " +
+         machineName(kOwnMachine) + L'.';
+}
+
 std::wstring whyOtherContract(const SdkStamp& stamp) {
   const auto differ = [](const std::wstring& what, std::wstring_view its, std::wstring_view ours) {
     return what + std::wstring(its) + L", this is " + std::wstring(ours) + L'.';
@@ -55,7 +75,7 @@ std::wstring whyOtherContract(const SdkStamp& stamp) {
   if (!stamp.compiler.empty() && stamp.compiler != kOwnCompiler)
     return differ(L"It is built by a compiler of the family ", stamp.compiler, kOwnCompiler);
   if (!stamp.bits.empty() && stamp.bits != kOwnBits)
-    return differ(L"It is built for a word of bits ", stamp.bits, kOwnBits);
+    return differ(L"It is built for ", std::wstring(stamp.bits) + L" bits", kOwnBits);
   return {};
 }
 

@@ -5,7 +5,7 @@
 #include "core/baselib/system/Log.h"
 #include "core/xml/XmlbinReader.h"
 #include "shell/DeclaredObjects_p.h"
-#include "shell/modules/ModuleFile_p.h"
+#include "shell/modules/Catalogue_p.h"
 #include "shell/modules/Requirements_p.h"
 
 #include <algorithm>
@@ -25,22 +25,6 @@ const XMLNodeNode* findElement(const XMLNode* root, std::wstring_view name) {
       return static_cast<const XMLNodeNode*>(child);
   }
   return nullptr;
-}
-
-// In the order in which a user would list them, whatever the file system's order is.
-std::vector<std::wstring> modulesOf(const std::wstring& folder) {
-  std::vector<std::wstring> names;
-  WIN32_FIND_DATAW found;
-  const SearchHandle search(
-      FindFirstFileExW((folder + L"\\*.dll").c_str(), FindExInfoBasic, &found, FindExSearchNameMatch, nullptr, 0));
-  if (!search) return names;
-  do {
-    if (!(found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)) names.emplace_back(found.cFileName);
-  } while (FindNextFileW(search.get(), &found));
-  std::sort(names.begin(), names.end(), [](const std::wstring& a, const std::wstring& b) {
-    return CompareStringOrdinal(a.c_str(), -1, b.c_str(), -1, TRUE) == CSTR_LESS_THAN;
-  });
-  return names;
 }
 
 // What `ask` writes for the path, of any length; empty when it cannot.
@@ -127,12 +111,12 @@ void KPluginManager::forEachObject(KInterfaceCollection* declared, Call call) {
     call(told);
     return true;
   };
-  for (i32 i = 0; entries && i < entries->count(); ++i) {
-    const Ref<IPluginInterface> entry = Ref<IPluginInterface>::share(entries->item(i));
+  if (!entries) return;
+  forEachEntry(*entries, [&](IPluginInterface& entry) {
     const StartMark mark =
-        startUnderWay ? query<KPluginModule>(entry->module())->startMark(StartPhase::Told) : StartMark();
-    visitDeclared<Interface>(*entry, entry->name(), visit);
-  }
+        startUnderWay ? query<KPluginModule>(entry.module())->startMark(StartPhase::Told) : StartMark();
+    return visitDeclared<Interface>(entry, entry.name(), visit);
+  });
 }
 
 void KPluginManager::raiseEvent(IGlobalEvent& event) {
@@ -236,30 +220,36 @@ void KPluginManager::registerAll(const Ref<KPluginModule>& module, const XMLNode
 i32 KPluginManager::scanFolder(const wchar_t* folder) {
   const std::wstring absolute = absolutePath(folder);
   if (absolute.empty()) return 0;
+  const std::vector<FolderFile> files = modulesOf(absolute);
+  cataloguePath_ = cataloguePathOf(absolute);
+  Catalogue catalogue(absolute, files, cataloguePath_);
   i32 added = 0;
-  for (const std::wstring& name : modulesOf(absolute)) {
-    const std::wstring path = absolute + L"\\" + name;
+  for (const FolderFile& file : files) {
+    std::wstring path = absolute + L"\\" + file.name;
     if (findByPath(path)) continue;
-    addModule(path);
+    addModule(std::move(path), [&] { return catalogue.descriptorOf(file); });
     ++added;
   }
+  catalogue.save();
+  takenCount_ += catalogue.takenCount();
+  readCount_ += catalogue.readCount();
   return added;
 }
 
-KPluginModule* KPluginManager::addModule(const std::wstring& path) {
-  const auto module = make<KPluginModule>(path, registry_, alert_);
+template <class Read>
+KPluginModule* KPluginManager::addModule(std::wstring path, Read read) {
+  const auto module = make<KPluginModule>(std::move(path), registry_, alert_);
   if (whyOnlyDescribes_) module->describeOnly(whyOnlyDescribes_);
   addRecord(module);
-  orFailed(*module, [&] { readDescriptorOf(module, path); });
-  const EndedStart* const ended = earlierStarts_ ? earlierStarts_->endedIn(path) : nullptr;
+  orFailed(*module, [&] { takeDescriptor(module, read()); });
+  const EndedStart* const ended = earlierStarts_ ? earlierStarts_->endedIn(module->path()) : nullptr;
   if (ended && module->state() == ModuleState::Described) module->leaveOut(*earlierStarts_, *ended);
   if (isWithoutPlugins_) module->load();  // which it will not, for a reason
   return module.get();
 }
 
-void KPluginManager::readDescriptorOf(const Ref<KPluginModule>& module, const std::wstring& path) {
+void KPluginManager::takeDescriptor(const Ref<KPluginModule>& module, const DescriptorView& descriptor) {
   constexpr std::size_t kMayLackMemory = 1024 * 1024;
-  const DescriptorBytes descriptor = readDescriptorResource(path);
   if (descriptor.isNoPlugin) return module->setNoPlugin(descriptor.reason);
   if (descriptor.bytes.empty()) return module->fail(descriptor.reason);
   const Ref<XMLNode> root =
@@ -276,7 +266,13 @@ IPluginModule* KPluginManager::loadModule(const wchar_t* path) {
   const std::wstring absolute = absolutePath(path);
   if (absolute.empty()) return nullptr;
   KPluginModule* module = findByPath(absolute);
-  if (!module) module = addModule(absolute);
+  if (!module) {
+    DescriptorBytes descriptor;
+    module = addModule(absolute, [&] {
+      descriptor = readDescriptorResource(absolute);
+      return DescriptorView{descriptor.bytes, descriptor.reason.c_str(), descriptor.isNoPlugin};
+    });
+  }
   if (module->load()) return module;
   if (module->state() == ModuleState::Described)
     sWriteLog(L"Module %s is not loaded: %s\n", absolute.c_str(), module->reason());

@@ -2,8 +2,10 @@
 
 #include "core/settings/SettingsRegistry_p.h"
 #include "shell/GlobalEvent.h"
+#include "shell/ModuleCatalogue.h"
 #include "shell/guard/UserAlert_p.h"
 #include "shell/modules/KClassFactoryLocal_p.h"
+#include "shell/modules/ModuleFile_p.h"
 #include "shell/modules/ObjectWatch_p.h"
 #include "shell/modules/PluginModule_p.h"
 
@@ -38,8 +40,9 @@ struct WordsHash {
   }
 };
 
-class KPluginManager final : public IPluginManager, public IObjectWatch {
-  CORVIX_IDENTITY(KPluginManager, 0x2BD7046F, 0x4E68A9C3, 0x8071F35D, 0xD9163EA2, IPluginManager, IObjectWatch)
+class KPluginManager final : public IPluginManager, public IModuleCatalogue, public IObjectWatch {
+  CORVIX_IDENTITY(KPluginManager, 0x2BD7046F, 0x4E68A9C3, 0x8071F35D, 0xD9163EA2, IPluginManager, IModuleCatalogue,
+                  IObjectWatch)
 
  public:
   // Registry and alert outlive the manager.
@@ -61,6 +64,10 @@ class KPluginManager final : public IPluginManager, public IObjectWatch {
   void raiseEvent(IGlobalEvent& event) override;
   BNotifySender& preEventSender() noexcept override { return preEventSender_; }
   BNotifySender& postEventSender() noexcept override { return postEventSender_; }
+
+  const wchar_t* path() const noexcept override { return cataloguePath_.c_str(); }
+  i32 takenCount() const noexcept override { return takenCount_; }
+  i32 readCount() const noexcept override { return readCount_; }
 
   bool isWatching() const noexcept override { return watch_ != nullptr; }
   i32 takeStock() override;
@@ -96,9 +103,10 @@ class KPluginManager final : public IPluginManager, public IObjectWatch {
   void tellBeforeDestroy();
 
  private:
-  // A record with what its file's descriptor declares registered, or failed.
-  KPluginModule* addModule(const std::wstring& path);
-  void readDescriptorOf(const Ref<KPluginModule>& module, const std::wstring& path);
+  // A record with what the descriptor that `read` gives declares registered, or failed.
+  template <class Read>
+  KPluginModule* addModule(std::wstring path, Read read);
+  void takeDescriptor(const Ref<KPluginModule>& module, const DescriptorView& descriptor);
   void registerAll(const Ref<KPluginModule>& module, const XMLNodeNode& plugin);
   // Runs what may throw; an exception makes the module a failed one, with nothing registered.
   template <class Call>
@@ -122,6 +130,9 @@ class KPluginManager final : public IPluginManager, public IObjectWatch {
   const wchar_t* whyOnlyDescribes_ = nullptr;  // else null
   bool isWithoutPlugins_ = false;
   EarlierStarts* earlierStarts_ = nullptr;
+  std::wstring cataloguePath_;
+  i32 takenCount_ = 0;
+  i32 readCount_ = 0;
   std::unique_ptr<ObjectWatch> watch_;  // null: nobody watches
   std::vector<ObjectsLeft> stock_;
   BNotifySender preEventSender_;

@@ -1,8 +1,8 @@
 #include "shell/modules/ModuleFile_p.h"
 
 #include "shell/guard/GuardedModule_p.h"
-#include "shell/guard/LoaderLock_p.h"
 #include "shell/guard/StartSentinel_p.h"
+#include "shell/modules/Contract_p.h"
 #include "shell/modules/LoadedImage_p.h"
 #include "shell/modules/PeImage_p.h"
 
@@ -36,25 +36,6 @@ std::wstring widen(const std::string& text) {
 std::wstring fileNameOf(const std::wstring& path) {
   const std::size_t separator = path.find_last_of(L"\\/");
   return separator == std::wstring::npos ? path : path.substr(separator + 1);
-}
-
-std::wstring hexadecimal(u32 value) {
-  wchar_t text[16];
-  wsprintfW(text, L"0x%08X", value);
-  return text;
-}
-
-std::wstring machineName(u16 machine) {
-  switch (machine) {
-    case IMAGE_FILE_MACHINE_I386:
-      return L"32-bit x86";
-    case IMAGE_FILE_MACHINE_AMD64:
-      return L"64-bit x86";
-    case IMAGE_FILE_MACHINE_ARM64:
-      return L"64-bit ARM";
-    default:
-      return L"machine " + hexadecimal(machine);
-  }
 }
 
 std::wstring systemMessage(DWORD error) {
@@ -98,6 +79,7 @@ constexpr ErrorRow kLoadErrors[] = {
     {ERROR_STACK_OVERFLOW, L"It ran out of stack while it was starting."},
     {ERROR_DLL_INIT_FAILED, L"It refused to start (its DllMain returned FALSE)."},
     {ERROR_MR_MID_NOT_FOUND, L"It raised an exception of its own while it was starting."},
+    {kThrownCode, L"It threw an exception while it was starting."},
     {ERROR_BAD_EXE_FORMAT, L"The system does not take the file for a module: its headers are damaged."},
     {ERROR_SHARING_VIOLATION, L"The file is used by another process."},
     {ERROR_NOT_ENOUGH_MEMORY, L"There is not enough memory to load it."},
@@ -113,8 +95,7 @@ std::wstring whyNoModule(const PeImage& image) {
     case PeImage::Kind::Truncated:
       return L"The file is cut short: its headers point past its end.";
     case PeImage::Kind::OtherMachine:
-      return L"The module is made for " + machineName(image.machine()) + L", this program runs modules for " +
-             machineName(sizeof(void*) == 4 ? IMAGE_FILE_MACHINE_I386 : IMAGE_FILE_MACHINE_AMD64) + L".";
+      return whyOtherMachine(image.machine());
     case PeImage::Kind::Damaged:
       return L"The file is damaged: its headers contradict themselves.";
     case PeImage::Kind::NotALibrary:
@@ -194,6 +175,8 @@ const wchar_t* whyNoDescriptor(PeImage::ResourceState state) {
 
 }  // namespace
 
+DescriptorView noDescriptor() noexcept { return {{}, kNoDescriptor, true}; }
+
 DescriptorBytes readDescriptorResource(HMODULE module) {
   const unsigned char* data = nullptr;
   DWORD size = 0;
@@ -247,12 +230,10 @@ LoadedFactory loadFactory(const std::wstring& path) {
   HMODULE module = nullptr;
   DWORD error = 0;
   const NoSystemDialogs quiet;
-  const LoaderLockDepth lock;
   const u32 fault = guarded([&] {
     module = LoadLibraryExW(path.c_str(), nullptr, LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_DEFAULT_DIRS);
     if (!module) error = GetLastError();
   });
-  lock.restore();
   if (fault) return {nullptr, true, L"Loading it ended in " + faultText(fault) + L"; the file may be corrupt."};
   StartMark::change(StartPhase::Factory);
   return module ? findFactory(module) : LoadedFactory{nullptr, false, whyNotLoaded(path, error)};

@@ -5,6 +5,7 @@
 #include "core/baselib/system/KernelFile_p.h"
 #include "shell/ClassFactory.h"
 
+#include <span>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,13 @@ struct DescriptorBytes {
   bool isNoPlugin = false;  // a library that has none
 };
 
+// The same for who only looks at it; who gave it says how long it stands.
+struct DescriptorView {
+  std::span<const unsigned char> bytes;
+  const wchar_t* reason = L"";
+  bool isNoPlugin = false;
+};
+
 struct LoadedFactory {
   BClassFactory* factory = nullptr;
   bool crashed = false;  // an exception of the system ended it
@@ -25,6 +33,9 @@ struct LoadedFactory {
 
 // From a file, without running its code.
 DescriptorBytes readDescriptorResource(const std::wstring& path);
+
+// Of a library that has none.
+DescriptorView noDescriptor() noexcept;
 
 // From a module that is loaded.
 DescriptorBytes readDescriptorResource(HMODULE module);

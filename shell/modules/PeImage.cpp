@@ -1,5 +1,7 @@
 #include "shell/modules/PeImage_p.h"
 
+#include "shell/modules/Contract_p.h"
+
 #include <algorithm>
 #include <cstddef>
 
@@ -12,12 +14,6 @@ namespace {
 constexpr std::size_t kMostImports = 1000;
 constexpr u32 kLongestName = 260;
 constexpr u32 kHighBit = 0x80000000;  // of a resource entry: a text, or a directory
-
-#if defined(_WIN64)
-constexpr u16 kOurMachine = IMAGE_FILE_MACHINE_AMD64;
-#else
-constexpr u16 kOurMachine = IMAGE_FILE_MACHINE_I386;
-#endif
 
 }  // namespace
 
@@ -41,7 +37,7 @@ PeImage::Kind PeImage::examine() {
   IMAGE_FILE_HEADER file;
   if (!readFile(header + sizeof signature, file)) return Kind::Truncated;
   machine_ = file.Machine;
-  if (machine_ != kOurMachine) return Kind::OtherMachine;
+  if (machine_ != kOwnMachine) return Kind::OtherMachine;
 
   IMAGE_OPTIONAL_HEADER optional{};
   constexpr u32 kFixed = offsetof(IMAGE_OPTIONAL_HEADER, DataDirectory);

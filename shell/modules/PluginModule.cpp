@@ -123,11 +123,14 @@ IBSmartObject* KPluginModule::createObject(const wchar_t* interfaceName, const s
   if (!load()) return nullptr;
   IBSmartObject* object = nullptr;
   const StartMark mark = startMark(StartPhase::Object);
-  const GuardedOutcome outcome = guardedFromAll([&] { object = factory_->createObject(interfaceName, identifier); });
+  const GuardedOutcome outcome = guardedFromAll([&] {
+    object = factory_->createObject(interfaceName, identifier);
+    if (object) object->typeInfo();  // something that is no object may end here
+  });
+  if (state_ == ModuleState::Failed && (outcome.fault || !object)) return nullptr;  // it asked itself, and that is why
   if (outcome.fault) {
-    fail(L"Asked for \"" + std::wstring(interfaceName) + L"\", its class factory crashed: " + faultText(outcome.fault) +
-         L".");
-    alert_.show(path_ + L": " + reason_ + L"\n\nSave your work and start the program again.", kCaption);
+    crashed(interfaceName, object ? L"its class factory made what is no object" : L"its class factory crashed",
+            outcome.fault);
     return nullptr;
   }
   if (outcome.thrown) return cannotCreate(interfaceName, L"threw: " + *outcome.thrown);
@@ -136,15 +139,20 @@ IBSmartObject* KPluginModule::createObject(const wchar_t* interfaceName, const s
   return object;
 }
 
+void KPluginModule::crashed(const wchar_t* interfaceName, const wchar_t* what, u32 fault) {
+  fail(L"Asked for \"" + std::wstring(interfaceName) + L"\", " + what + L": " + faultText(fault) + L".");
+  alert_.show(path_ + L": " + reason_ + L"\n\nSave your work and start the program again.", kCaption);
+}
+
 IBSmartObject* KPluginModule::cannotCreate(const wchar_t* interfaceName, const std::wstring& why) {
   reason_ = keep(L"Asked for \"" + std::wstring(interfaceName) + L"\", its class factory " + why + L".");
   return nullptr;
 }
 
 IBSmartObject* KPluginInterface::createObject() {
-  IBSmartObject* const object = module_->createObject(name_, identifier_);
+  IBSmartObject* object = module_->createObject(name_, identifier_);
+  if (object && !isLookedAt_ && !lookAt(*object)) object = nullptr;  // it cannot be released either
   if (object) {
-    if (!isLookedAt_) lookAt(*object);
     reason_ = L"";
   } else {
     setReason(*module_->reason() ? module_->reason() : L"Its module is just being loaded.");
@@ -164,30 +172,38 @@ void KPluginInterface::setReason(const wchar_t* reason) noexcept {
     sWriteLog(L"No object \"%s\" from %s: %s\n", name_, module_->path(), reason);
 }
 
-void KPluginInterface::lookAt(IBSmartObject& object) noexcept {
-  if (!std::exchange(isIdentityChecked_, true)) checkIdentity(object);
+// False when it is of no use.
+bool KPluginInterface::lookAt(IBSmartObject& object) {
+  if (!isIdentityChecked_) isIdentityChecked_ = isSound(object);
+  if (!isIdentityChecked_) return false;
   if (objectWatch) {
     guardedFromAll([&] { objectWatch->made(*this, object); });
   } else {
     isLookedAt_ = true;
   }
+  return true;
 }
 
-// The object stays as good as it was: those who ask for another of its interfaces get it.
-void KPluginInterface::checkIdentity(IBSmartObject& object) const noexcept {
-  const char* className = "";
+// One that answers to something else than what is declared stays as good as it was: those who ask for another of its
+// interfaces get it.
+bool KPluginInterface::isSound(IBSmartObject& object) {
+  constexpr std::size_t kLongestShown = 256;
+  std::string className;
   bool answers = false;
   const GuardedOutcome outcome = guardedFromAll([&] {
-    className = object.typeInfo().className();
+    const char* const text = object.typeInfo().className();
+    className.assign(text, std::find(text, text + kLongestShown, '\0'));
     answers = object.query(identifier_) != nullptr;
   });
-  if (outcome.fault || outcome.thrown) {
-    sWriteLog(L"Warning: the object \"%s\" from %s %s when it was asked for its identity\n", name_, module_->path(),
-              outcome.fault ? L"crashed" : L"threw");
-  } else if (!answers) {
+  if (outcome.fault)
+    module_->crashed(name_, L"it made an object that crashed when it was asked for its identity", outcome.fault);
+  if (outcome.thrown)
+    module_->cannotCreate(name_, L"made an object that threw when it was asked for its identity: " + *outcome.thrown);
+  if (outcome.fault || outcome.thrown) return false;
+  if (!answers)
     sWriteLog(L"Warning: the object \"%s\" from %s, a %hs, does not answer to the identifier declared for it, %hs\n",
-              name_, module_->path(), className, identifier_.text());
-  }
+              name_, module_->path(), className.c_str(), identifier_.text());
+  return true;
 }
 
 }  // namespace corvix

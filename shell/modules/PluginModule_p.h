@@ -80,12 +80,15 @@ class KPluginModule final : public IPluginModule, public IStartRecord {
   // The sentence, behind it what is wrong with the descriptor; stands as long as the module.
   const wchar_t* keep(const std::wstring& sentence) noexcept;
 
+  // What came of an attempt to make an object: a crash, of which the user is told, or anything else.
+  void crashed(const wchar_t* interfaceName, const wchar_t* what, u32 fault);
+  IBSmartObject* cannotCreate(const wchar_t* interfaceName, const std::wstring& why);
+
  private:
   static const wchar_t* orEmpty(const wchar_t* text) noexcept { return text ? text : L""; }
   StartMark markedNow(StartPhase phase) noexcept;
   bool take(const LoadedFactory& loaded);
   bool hasWhatItNeeds();
-  IBSmartObject* cannotCreate(const wchar_t* interfaceName, const std::wstring& why);
 
   std::wstring path_;
   const KClassFactoryLocal& registry_;
@@ -127,8 +130,8 @@ class KPluginInterface final : public IPluginInterface, public ICreationReport {
 
  private:
   void setReason(const wchar_t* reason) noexcept;
-  void lookAt(IBSmartObject& object) noexcept;
-  void checkIdentity(IBSmartObject& object) const noexcept;
+  bool lookAt(IBSmartObject& object);
+  bool isSound(IBSmartObject& object);
 
   Ref<KPluginModule> module_;
   Attributes attributes_;

@@ -4,6 +4,7 @@
 #include "shell/modules/KClassFactoryLocal_p.h"
 
 #include <algorithm>
+#include <set>
 
 namespace corvix {
 
@@ -36,14 +37,25 @@ std::size_t Requirements::add(const KPluginModule& module) {
 
 void Requirements::findNeeds(std::size_t index, const KClassFactoryLocal& registry) {
   for (const Attributes& required : nodes_[index].module->descriptor().requirements()) {
-    Need need{textOf(required, L"Interface"), textOf(required, L"MinVersion"), {}};
-    const KInterfaceCollection* const found = registry.find(need.interfaceName);
-    for (i32 i = 0; found && i < found->count(); ++i) {
-      const auto* const provider = corvix::query<KPluginModule>(found->item(i)->module());
-      if (provider) need.providers.push_back(add(*provider));
-    }
-    nodes_[index].needs.push_back(std::move(need));
+    const std::wstring_view name = textOf(required, L"Interface");
+    const Need need{name, textOf(required, L"MinVersion"), &providersOf(name, registry)};
+    nodes_[index].needs.push_back(need);
   }
+}
+
+const std::vector<std::size_t>& Requirements::providersOf(std::wstring_view interfaceName,
+                                                          const KClassFactoryLocal& registry) {
+  const auto [place, isNew] = providers_.try_emplace(interfaceName);
+  if (!isNew) return place->second;
+  const KInterfaceCollection* const found = registry.find(interfaceName);
+  std::set<std::size_t> seen;
+  for (i32 i = 0; found && i < found->count(); ++i) {
+    const auto* const provider = corvix::query<KPluginModule>(found->item(i)->module());
+    if (!provider) continue;
+    const std::size_t index = add(*provider);
+    if (seen.insert(index).second) place->second.push_back(index);
+  }
+  return place->second;
 }
 
 // Pass by pass those whose needs were met before: neither a circle nor a long chain takes stack.
@@ -67,7 +79,7 @@ bool Requirements::fits(const Need& need, const Node& provider) const noexcept {
 }
 
 bool Requirements::isMet(const Need& need, i32 step) const noexcept {
-  return std::any_of(need.providers.begin(), need.providers.end(),
+  return std::any_of(need.providers->begin(), need.providers->end(),
                      [&](std::size_t i) { return nodes_[i].step < step && fits(need, nodes_[i]); });
 }
 
@@ -87,11 +99,11 @@ std::wstring Requirements::whyUnmet(const KPluginModule& module) const {
     const Need& need = *std::find_if(needs.begin(), needs.end(), [&](const Need& one) { return !isMet(one, kUnmet); });
     why += L'"' + std::wstring(need.interfaceName) + L'"';
     if (!need.minVersion.empty()) why += L" of version " + std::wstring(need.minVersion) + L" or newer";
-    if (need.providers.empty()) return why + L", which no module declares.";
-    const auto next = std::find_if(need.providers.begin(), need.providers.end(),
+    if (need.providers->empty()) return why + L", which no module declares.";
+    const auto next = std::find_if(need.providers->begin(), need.providers->end(),
                                    [&](std::size_t i) { return fits(need, nodes_[i]); });
-    if (next == need.providers.end()) {
-      const KPluginModule& provider = *nodes_[need.providers.front()].module;
+    if (next == need.providers->end()) {
+      const KPluginModule& provider = *nodes_[need.providers->front()].module;
       why += L", and " + fileOf(provider) + L", which declares it, ";
       if (provider.state() == ModuleState::Failed) return why + L"failed.";
       return why + L"has " + (*provider.version() ? std::wstring(L"version ") + provider.version() : L"no version") +

@@ -26,7 +26,7 @@ class Requirements {
   struct Need {
     std::wstring_view interfaceName;
     std::wstring_view minVersion;
-    std::vector<std::size_t> providers;  // indices; whoever declares the interface
+    const std::vector<std::size_t>* providers;  // indices; whoever declares the interface
   };
   struct Node {
     const KPluginModule* module;
@@ -36,12 +36,14 @@ class Requirements {
 
   std::size_t add(const KPluginModule& module);
   void findNeeds(std::size_t index, const KClassFactoryLocal& registry);
+  const std::vector<std::size_t>& providersOf(std::wstring_view interfaceName, const KClassFactoryLocal& registry);
   void settle();
   bool fits(const Need& need, const Node& provider) const noexcept;
   bool isMet(const Need& need, i32 step) const noexcept;
 
   std::vector<Node> nodes_;
   std::map<const KPluginModule*, std::size_t> indices_;
+  std::map<std::wstring_view, std::vector<std::size_t>> providers_;  // by what they declare; each module once
 };
 
 }  // namespace corvix

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Compares the slot orders of the public interfaces, by the rules of the Microsoft compiler, with slots.txt.
+"""Compares the slot orders of the public interfaces, by the rules of the Microsoft compiler, with slots.txt, for both word sizes.
 
 check_slots.py CHECKOUT [--write]     (--write prints what slots.txt would have to say)
 
@@ -60,12 +60,12 @@ def probe(classes):
     return "\n".join(lines) + "\n"
 
 
-def tables(checkout, source):
+def tables(checkout, source, processor):
     with tempfile.TemporaryDirectory() as folder:
         file = pathlib.Path(folder) / "probe.cpp"
         file.write_text(source)
         run = subprocess.run(
-            windows_clang.command(checkout) +
+            windows_clang.command(checkout, processor) +
             ["-S", "-o", "/dev/null", "-Xclang", "-fdump-vtable-layouts", str(file)],
             capture_output=True, text=True)
     if run.returncode:
@@ -96,21 +96,24 @@ def main():
     missing = [(one.name, one.path, []) for one in public if one.name not in names and not one.is_final]
     if "--write" in sys.argv:
         classes += missing
-    dump = tables(checkout, probe(classes))
+    dumps = {processor: tables(checkout, probe(classes), processor) for processor in ("i686", "x86_64")}
     wrong, done = 0, []
     for name, header, _ in [] if "--write" in sys.argv else missing:
         wrong += 1
         print(f"{header}: {name} is not in slots.txt; add what --write prints")
     for name, header, expected in classes:
-        actual = primary_slots(dump, name)
         if "--write" in sys.argv:
+            actual = primary_slots(dumps["i686"], name)
             print(written(name, header, actual, [other for other in done if other[0] in above(name, bases)]))
             done.append((name, header, actual))
-        elif actual != expected:
-            wrong += 1
-            print(f"{name}: expected {expected}\n{' ' * len(name)}  actual   {actual}")
+            continue
+        for processor, dump in dumps.items():
+            actual = primary_slots(dump, name)
+            if actual != expected:
+                wrong += 1
+                print(f"{name}, {processor}: expected {expected}\n{' ' * len(name)}  actual   {actual}")
     if "--write" not in sys.argv:
-        print(f"{len(classes)} classes, {wrong} wrong")
+        print(f"{len(classes)} classes for {len(dumps)} processors, {wrong} wrong")
     return 1 if wrong else 0
 
 

@@ -3,6 +3,7 @@
 
 Includes point down the layers and, in the base library, down its floors; no folders include each other in a circle. A
 header is public, and installed, unless it is called X_p.h; an X_p.h is private to its folder unless it is listed here.
+No source asks for the compiler's type information, and one header alone has operators for `new`.
 """
 import collections
 import pathlib
@@ -27,7 +28,7 @@ FLOORS = ["core/baselib/" + room for room in
 SHARED = """
     core/baselib/memory/MemoryShell_p.h core/baselib/objects/GlobalData_p.h core/baselib/system/ApplicationKey_p.h
     core/baselib/system/FileWindow_p.h core/baselib/system/ForeignCall_p.h core/baselib/system/ProcessEnd_p.h
-    core/baselib/system/KernelFile_p.h core/baselib/system/NativeSection_p.h core/baselib/system/OwningHandle_p.h
+    core/baselib/system/KernelFile_p.h core/baselib/system/NativeSection_p.h core/baselib/system/OwningHandle_p.h core/baselib/system/UserData_p.h
     core/baselib/system/RegistryKey_p.h core/baselib/text/LatelyFound_p.h core/baselib/text/NameTable_p.h
     core/settings/BSettings_p.h core/settings/SettingsRegistry_p.h core/suppliers/InternetAgent_p.h core/suppliers/KFileSupplier_p.h
     core/suppliers/KHTTPSupplier_p.h core/suppliers/KIStreamSupplier_p.h core/xml/Attributes_p.h
@@ -37,11 +38,15 @@ SHARED = """
     graphics/images/ImageBits_p.h graphics/images/ImageFiles_p.h graphics/path/PathClip_p.h graphics/quality/Quality_p.h
     graphics/quality/QualityListener_p.h shell/DeclaredObjects_p.h shell/actions/KActionManager_p.h shell/guard/GuardedCall_p.h
     shell/guard/EarlierStarts_p.h shell/guard/GuardedModule_p.h shell/guard/LoaderLock_p.h shell/guard/StartSentinel_p.h
-    shell/guard/Thrown_p.h shell/guard/UserAlert_p.h shell/modules/KClassFactoryLocal_p.h
+    shell/guard/UserAlert_p.h shell/modules/KClassFactoryLocal_p.h
     shell/modules/KPluginManager_p.h shell/modules/ModuleFile_p.h""".split()
 # Code that is to run anywhere, and public headers, do not name the system.
 PORTABLE = ["core/baselib/identity", "core/baselib/text", "core/xml"]
 SYSTEM_HEADERS = re.compile(r'#include <(windows|winsock|wininet|shellapi|gdiplus|objidl|winreg|winuser|wingdi)')
+
+# Identity is ours, and so is the heap, without a word to other modules.
+NOT_OURS = re.compile(r"\b(dynamic_cast<|typeid\(|operator (new|delete)\b)")
+HAS_OPERATORS = "core/baselib/heap/HeapAllocated.h"
 
 INCLUDE = re.compile(r'#include "([^"]+)"')
 
@@ -116,6 +121,8 @@ def faults(checkout):
                     yield f"{here} names the system in code that is to run anywhere"
                 elif is_public(path):
                     yield f"{here} names the system in a public header"
+            if path != HAS_OPERATORS and (word := NOT_OURS.search(line.split("//")[0])):
+                yield f"{here} {word.group(1)}: identity and the heap are our own"
             found = INCLUDE.match(line)
             if not found:
                 continue

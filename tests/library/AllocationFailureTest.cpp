@@ -5,8 +5,8 @@
 #include "core/baselib/objects/Ref.h"
 #include "core/baselib/system/CriticalSection.h"
 #include "tests/library/PublicOperations.h"
-#include "tests/support/HeapFaults.h"
 #include "tests/support/OwnRegistry.h"
+#include "tests/support/RuntimeFaults.h"
 #include "tests/support/SweepSteps.h"
 
 #include <gtest/gtest.h>

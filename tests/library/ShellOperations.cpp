@@ -51,32 +51,43 @@ class Guest final : public BSmartObject,
   int told = 0;
 };
 
-// A folder with a file that is no module.
+// A folder with a file that is no module, in another that is the user's local data.
 class ModuleFolder {
  public:
   ModuleFolder() {
     if (GetTempPathW(MAX_PATH, path_) == 0) path_[0] = 0;
     std::wcscat(path_, L"corvix-swept");
     CreateDirectoryW(path_, nullptr);
-    const HANDLE file = CreateFileW(inside(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
+    SetEnvironmentVariableW(L"LOCALAPPDATA", path_);
+    wchar_t library[MAX_PATH];
+    if (GetModuleFileNameW(nullptr, library, MAX_PATH) != 0) {
+      std::wcscpy(std::wcsrchr(library, L'\\'), L"\\libwinpthread-1.dll");
+      CopyFileW(library, file(L"\\library.dll"), FALSE);
+    }
+    const HANDLE none = CreateFileW(inside(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
     DWORD written = 0;
-    if (file == INVALID_HANDLE_VALUE) return;
-    WriteFile(file, "MZ no module", 12, &written, nullptr);
-    CloseHandle(file);
+    if (none == INVALID_HANDLE_VALUE) return;
+    WriteFile(none, "MZ no module", 12, &written, nullptr);
+    CloseHandle(none);
   }
   ~ModuleFolder() {
     DeleteFileW(inside());
+    DeleteFileW(file(L"\\library.dll"));
+    for (const wchar_t* const made : {L"\\Marrowby\\Corvix\\Catalogues", L"\\Marrowby\\Corvix", L"\\Marrowby"})
+      RemoveDirectoryW(file(made));
     RemoveDirectoryW(path_);
   }
   ModuleFolder(const ModuleFolder&) = delete;
   ModuleFolder& operator=(const ModuleFolder&) = delete;
   const wchar_t* path() const { return path_; }
-  const wchar_t* inside() {
-    std::wcscpy(inside_, path_);
-    return std::wcscat(inside_, L"\\none.dll");
-  }
+  const wchar_t* inside() { return file(L"\\none.dll"); }
 
  private:
+  const wchar_t* file(const wchar_t* name) {
+    std::wcscpy(inside_, path_);
+    return std::wcscat(inside_, name);
+  }
+
   wchar_t path_[2 * MAX_PATH];
   wchar_t inside_[2 * MAX_PATH];
 };
@@ -135,9 +146,12 @@ void useDescriptor() {
 void useModuleFiles() {
   ModuleFolder folder;
   Manager its;
-  EXPECT_LE(its.manager.scanFolder(folder.path()), 1);
+  EXPECT_LE(its.manager.scanFolder(folder.path()), 2);
   EXPECT_FALSE(its.manager.loadModule(folder.inside()));
-  EXPECT_LE(its.manager.moduleCount(), 1);
+  EXPECT_LE(its.manager.moduleCount(), 2);
+  const IModuleCatalogue& catalogue = *query<IModuleCatalogue>(&its.manager);
+  EXPECT_LE(catalogue.takenCount() + catalogue.readCount(), 2);
+  DeleteFileW(catalogue.path());
 }
 
 void useEvents() {
@@ -238,7 +252,11 @@ void useShell() {
 
 const PublicOperation kOperations[] = {
     {"descriptor of a module", useDescriptor},
-    {"files that are no modules", useModuleFiles},
+    {"files that are no modules, and their catalogue",
+     [] {
+       useModuleFiles();
+       switchCatalogue(isCatalogueSwitchedOn());
+     }},
     {"global events", useEvents},
     {"opening a location", openLocations},
     {"actions", useActions},

@@ -83,8 +83,9 @@ void useFiles() {
     if (!output->open(file.path())) return;
     written = output->write(bytes.data(), 6000);
     output->seek(0);
-    output->writeByte(bytes[0]);
+    output->writeByte(static_cast<u8>(bytes[0]));
     output->setSize(written);
+    if (output->setStart(output->start() + 1)) written += output->fileSize() > written;
     output->close();
   }
   KFileSupplier supplier;
@@ -121,7 +122,7 @@ void unpackRows() {
 }
 
 void useWindows() {
-  const auto source = make<BMemoryInputStream>(kLongText, sizeof kLongText, BMemoryInputStream::Bytes::Copy);
+  const auto source = make<BMemoryInputStream>(kLongText, u32{sizeof kLongText}, BMemoryInputStream::Bytes::Copy);
   const auto window = make<BWindowInputStream>(source, 2u, 20u);
   const auto second = Ref<BWindowInputStream>::adopt(window->clone());
   u16 value = 0;
@@ -227,7 +228,7 @@ void useInternet() {
 }
 
 void useRegisteredStreams() {
-  const auto stream = make<BMemoryInputStream>(kLongText, sizeof kLongText, BMemoryInputStream::Bytes::Copy);
+  const auto stream = make<BMemoryInputStream>(kLongText, u32{sizeof kLongText}, BMemoryInputStream::Bytes::Copy);
   const struct Registered {
     ~Registered() { registerStream(L"a swept stream", nullptr); }
   } takesOut;

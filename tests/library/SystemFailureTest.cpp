@@ -6,6 +6,7 @@
 #include "tests/graphics/GdiObjects.h"
 #include "tests/library/PublicOperations.h"
 #include "tests/support/HeapFaults.h"
+#include "tests/support/ImportTable.h"
 #include "tests/support/OwnRegistry.h"
 #include "tests/support/SweepSteps.h"
 
@@ -156,7 +157,7 @@ struct GdiPlusSeams {
     static Result WINAPI call(Arguments... arguments) {
       if (!SystemFaults::isNext()) return (real->*member)(arguments...);
       if constexpr (std::is_same_v<Result, Gdiplus::GpStatus>) return Gdiplus::GenericError;
-      return Result{};
+      return Result();
     }
   };
 };

@@ -9,9 +9,9 @@
 #include "tests/support/ImportSlot.h"
 
 extern "C" {
-extern void* (*mallocSlot)(std::size_t) __asm__("__imp__malloc");
-extern void* (*reallocSlot)(void*, std::size_t) __asm__("__imp__realloc");
-extern void (*freeSlot)(void*) __asm__("__imp__free");
+extern void* (*mallocSlot)(std::size_t)CORVIX_IMPORTED(malloc, "");
+extern void* (*reallocSlot)(void*, std::size_t)CORVIX_IMPORTED(realloc, "");
+extern void (*freeSlot)(void*) CORVIX_IMPORTED(free, "");
 }
 
 namespace corvix::testing_support {
@@ -82,17 +82,6 @@ class HeapFaults {
   ImportSlot<void* (*)(std::size_t)> mallocs_{mallocSlot, countedMalloc};
   ImportSlot<void* (*)(void*, std::size_t)> reallocs_{reallocSlot, countedRealloc};
   ImportSlot<void (*)(void*)> frees_{freeSlot, countedFree};
-};
-
-// With a HeapFaults: the language's library allocates in a module of its own, and is counted and refused too.
-class RuntimeFaults {
- private:
-  template <class Function>
-  static Function& slotOf(const char* function) {
-    return *reinterpret_cast<Function*>(importSlotOf(GetModuleHandleW(L"libstdc++-6.dll"), function));
-  }
-  ImportSlot<void* (*)(std::size_t)> mallocs_{slotOf<void* (*)(std::size_t)>("malloc"), HeapFaults::countedMalloc};
-  ImportSlot<void (*)(void*)> frees_{slotOf<void (*)(void*)>("free"), HeapFaults::countedFree};
 };
 
 }  // namespace corvix::testing_support

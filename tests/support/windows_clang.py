@@ -4,6 +4,6 @@ import pathlib
 STUBS = pathlib.Path(__file__).resolve().parents[1] / "abi" / "stubs"
 
 
-def command(checkout):
-    return ["clang++", "--target=i686-pc-windows-msvc", "-std=c++17", "-ffreestanding", "-nostdinc++", "-fexceptions",
+def command(checkout, processor="i686"):
+    return ["clang++", f"--target={processor}-pc-windows-msvc", "-std=c++17", "-ffreestanding", "-nostdinc++", "-fexceptions",
             "-fcxx-exceptions", "-fno-rtti", "-w", "-isystem", str(STUBS), "-I", str(checkout), "-DCORVIX_BUILDING"]

@@ -1,5 +1,8 @@
 #include "tools/corvix/ModuleImage.h"
 
+#include "shell/modules/Contract_p.h"
+#include "tools/corvix/Text.h"
+
 #include <algorithm>
 #include <cstring>
 #include <filesystem>
@@ -16,6 +19,7 @@ constexpr std::uintmax_t kLargestModule = 512u << 20;
 constexpr std::size_t kMostEntries = 100'000;
 constexpr std::size_t kLongestName = 4096;  // of a C++ function
 constexpr std::uint32_t kHighBit = 0x80000000;
+constexpr std::uintptr_t kByNumber = ~(~std::uintptr_t{0} >> 1);  // of a function that is imported
 
 std::string hexadecimal(std::string_view bytes) {
   std::string text;
@@ -26,8 +30,8 @@ std::string hexadecimal(std::string_view bytes) {
   return text;
 }
 
-constexpr ModuleImage::Fault kNoModule{"not-a-module", "It does not begin as Windows modules do."};
-constexpr ModuleImage::Fault kCutShort{"not-a-module", "It is cut short: its headers point past its end."};
+const ModuleImage::Fault kNoModule{"not-a-module", "It does not begin as Windows modules do."};
+const ModuleImage::Fault kCutShort{"not-a-module", "It is cut short: its headers point past its end."};
 
 }  // namespace
 
@@ -77,13 +81,13 @@ std::optional<ModuleImage::Fault> ModuleImage::examine() {
   IMAGE_DOS_HEADER dos;
   DWORD signature = 0;
   IMAGE_FILE_HEADER file;
-  IMAGE_OPTIONAL_HEADER32 optional;
+  IMAGE_OPTIONAL_HEADER optional;
   if (!readFile(0, dos) || dos.e_magic != IMAGE_DOS_SIGNATURE) return kNoModule;
   const std::uint64_t header = static_cast<std::uint32_t>(dos.e_lfanew);
   if (!readFile(header, signature)) return kCutShort;
   if (signature != IMAGE_NT_SIGNATURE) return kNoModule;
   if (!readFile(header + sizeof signature, file)) return kCutShort;
-  if (file.Machine != IMAGE_FILE_MACHINE_I386) return Fault{"other-machine", "It is not made for 32-bit x86."};
+  if (file.Machine != kOwnMachine) return Fault{"other-machine", utf8(whyOtherMachine(file.Machine))};
   const std::uint64_t optionalAt = header + sizeof signature + sizeof file;
   if (!readFile(optionalAt, optional)) return kCutShort;
   hasSymbols_ = file.NumberOfSymbols != 0;
@@ -118,9 +122,9 @@ void ModuleImage::readImports(std::uint32_t table) {
        at += sizeof descriptor) {
     Import import{nameAt(descriptor.Name), {}};
     std::uint64_t entry = descriptor.OriginalFirstThunk ? descriptor.OriginalFirstThunk : descriptor.FirstThunk;
-    for (std::uint32_t target = 0; import.functions.size() < kMostEntries && readImage(entry, target) && target;
-         entry += 4) {
-      if (!(target & kHighBit)) import.functions.push_back(nameAt(target + 2));
+    for (std::uintptr_t target = 0; import.functions.size() < kMostEntries && readImage(entry, target) && target;
+         entry += sizeof target) {
+      if (!(target & kByNumber)) import.functions.push_back(nameAt(static_cast<std::uint32_t>(target) + 2));
     }
     imports_.push_back(std::move(import));
   }

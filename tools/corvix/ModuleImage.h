@@ -17,10 +17,10 @@ class ModuleImage {
     std::vector<std::string> functions;  // those by name
   };
 
-  // Why it is no module that a 32-bit program could load, as a rule's id and what was found; nothing when it is one.
+  // Why it is no module that this program could load, as a rule's id and what was found; nothing when it is one.
   struct Fault {
     const char* rule;
-    const char* detail;
+    std::string detail;
   };
 
   // False when the file cannot be read.

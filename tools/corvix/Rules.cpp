@@ -11,7 +11,7 @@ namespace {
 constexpr Rule kRules[] = {
     {"not-a-module", Weight::Fault, "The file is no Windows library.", "Name a DLL that was built as a plug-in."},
     {"other-machine", Weight::Fault, "The module is made for another processor.",
-     "Build it for 32-bit Windows, with i686-w64-mingw32."},
+     "Build it for the word size of its hosts, or check it with the corvix.exe of its own: that in x64 for 64 bits."},
     {"no-descriptor", Weight::Fault, "The module has no descriptor.",
      "Build it with corvix_add_plugin(), or give it the resource PLUGININFO of type PLUGININFO that xmlbinc makes."},
     {"descriptor-malformed", Weight::Fault, "The descriptor cannot be read.", "Compile it anew with xmlbinc."},
@@ -30,7 +30,7 @@ constexpr Rule kRules[] = {
     {"load-refused", Weight::Fault, "The system cannot load the module.", "See what its DllMain does."},
     {"crash-on-load", Weight::Fault, "The module crashes while it is loaded.",
      "Look at its DllMain and at the constructors of its static objects."},
-    {"static-constructor-throws", Weight::Fault, "The process ends while the module is loaded.",
+    {"static-constructor-throws", Weight::Fault, "An exception leaves the module while it is loaded.",
      "Most likely an exception leaves the constructor of a static object: catch it there, or make the object on first "
      "use."},
     {"factory-fails", Weight::Fault, "queryClassFactoryLocal gives no class factory.",

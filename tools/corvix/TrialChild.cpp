@@ -9,11 +9,13 @@
 #include "core/baselib/system/Exception.h"
 #include "shell/ClassFactory.h"
 #include "shell/Shell.h"
+#include "shell/modules/Contract_p.h"
 
 #include <algorithm>
 #include <cstdlib>
 #include <cxxabi.h>
 #include <exception>
+#include <iterator>
 #include <nlohmann/json.hpp>
 #include <set>
 
@@ -141,11 +143,22 @@ class ModuleTrial {
         LoadLibraryExW(path_.c_str(), nullptr, LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_DEFAULT_DIRS);
     if (module_) return true;
     const DWORD error = GetLastError();
-    if (error == ERROR_NOACCESS || error == ERROR_STACK_OVERFLOW) {
-      find("crash-on-load", error == ERROR_NOACCESS ? "An access violation." : "It ran out of stack.");
+    constexpr struct {
+      DWORD error;
+      const char* rule;
+      const char* detail;
+    } kErrors[] = {
+        {ERROR_NOACCESS, "crash-on-load", "An access violation."},
+        {ERROR_STACK_OVERFLOW, "crash-on-load", "It ran out of stack."},
+        {ERROR_DLL_INIT_FAILED, "load-refused", "Its DllMain returned FALSE."},
+        {kThrownCode, "static-constructor-throws", "The system's loader stopped it."},
+    };
+    const auto* const row =
+        std::find_if(std::begin(kErrors), std::end(kErrors), [error](const auto& one) { return one.error == error; });
+    if (row != std::end(kErrors)) {
+      find(row->rule, row->detail);
     } else {
-      find("load-refused", error == ERROR_DLL_INIT_FAILED ? "Its DllMain returned FALSE."
-                                                          : "The system's error is " + std::to_string(error) + ".");
+      find("load-refused", "The system's error is " + std::to_string(error) + ".");
     }
     return false;
   }
@@ -174,6 +187,10 @@ class ModuleTrial {
     IBSmartObject* object = nullptr;
     try {
       object = make(declared);
+      if (object && watch_->saw(object)) {  // or it lies where a helper was that is made once: that is not so twice
+        watch_->forget();
+        object = make(declared);
+      }
     } catch (...) {
       return find("exception-in-constructor", "Making " + declared.name + " threw: " + textOfCaught() + ".");
     }

@@ -1,5 +1,6 @@
 #include "core/baselib/heap/Heap.h"
 
+#include <algorithm>
 #include <cstdlib>
 
 #include <malloc.h>
@@ -12,7 +13,9 @@ void _sfree(void* block) noexcept { std::free(block); }
 
 void* _srealloc(void* block, std::size_t sizeBytes) noexcept { return std::realloc(block, sizeBytes); }
 
-u32 smsize(void* block) noexcept { return block ? static_cast<u32>(_msize(block)) : 0; }
+u32 smsize(void* block) noexcept {
+  return block ? static_cast<u32>(std::min<std::size_t>(_msize(block), 0xFFFFFFFF)) : 0;
+}
 
 u32 _smsize(void* block) noexcept { return smsize(block); }
 

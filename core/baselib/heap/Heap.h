@@ -17,7 +17,8 @@ CORVIX_API void _sfree(void* block) noexcept;
 // Resizes a block, moving it if need be; null when that cannot be done, the old block then stands.
 CORVIX_API void* _srealloc(void* block, std::size_t sizeBytes) noexcept;
 
-// The heap's size of a block in bytes, at least what was asked for; 0 for null. One function, three names.
+// The heap's size of a block in bytes, at least what was asked for; 0 for null. One function, three names. A block of 4
+// GiB and more has 0xFFFFFFFF.
 CORVIX_API u32 smsize(void* block) noexcept;
 CORVIX_API u32 _smsize(void* block) noexcept;
 CORVIX_API u32 __smsize(void* block) noexcept;

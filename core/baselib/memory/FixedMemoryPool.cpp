@@ -11,7 +11,6 @@ using memory::ManagerLock;
 
 constexpr u32 kBlocksPerChunk = 16;
 constexpr u32 kSmallestBlock = 4;
-constexpr u32 kRecordBytes = 16;
 
 }  // namespace
 
@@ -33,8 +32,8 @@ BFixedMemoryPool::BFixedMemoryPool(u32 blockBytes, BMemoryPool* parent, const Ma
       parent_(parent ? parent : BMemoryManager::getSystemPool()) {
   // Blocks of 4 to 7 bytes lie two words apart: that is what a free run needs for its entry. A chunk that does
   // not fit 32 bits gets the largest number as its size, which no heap has.
-  const u64 stride = std::max<u64>(blockBytes_, sizeof(FreeRun));
-  chunkBytes_ = static_cast<u32>(std::min<u64>(stride * kBlocksPerChunk + sizeof(Chunk), 0xFFFFFFFF));
+  chunkBytes_ =
+      static_cast<u32>(std::min<u64>(strideOf<u64>(blockBytes_) * kBlocksPerChunk + sizeof(Chunk), 0xFFFFFFFF));
 }
 
 BFixedMemoryPool::~BFixedMemoryPool() {
@@ -50,7 +49,7 @@ BFixedMemoryPool::~BFixedMemoryPool() {
 bool BFixedMemoryPool::grow() {
   static_assert(sizeof(void*) != 4 || (sizeof(Chunk) == 12 && sizeof(FreeRun) == 8 && sizeof(ChunkRecord) == 16));
   // So that a compaction needs no memory. Without it there is none until there is room again.
-  BMemoryManager::reserveHibernateBuffer((chunkCount_ + 1) * kRecordBytes);
+  BMemoryManager::reserveHibernateBuffer((chunkCount_ + 1) * static_cast<u32>(sizeof(ChunkRecord)));
   auto* const chunk = static_cast<Chunk*>(parent_->alloc(chunkBytes_));
   if (!chunk) return false;
   const u32 payload = chunkBytes_ - static_cast<u32>(sizeof(Chunk));

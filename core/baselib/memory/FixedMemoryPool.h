@@ -1,6 +1,6 @@
 // BFixedMemoryPool: blocks of one size, carved from chunks of sixteen that come from a parent pool. Blocks are
-// aligned to 4 bytes. A run of free memory is described inside itself: in every pool a block takes at least 8 bytes of
-// its chunk, whatever was asked for, and splitting a run never leaves less.
+// aligned to 4 bytes, in 64 bits to 8. A run of free memory is described inside itself: in every pool a block takes at
+// least 8 bytes of its chunk (16 in 64 bits), whatever was asked for, and splitting a run never leaves less.
 #pragma once
 
 #include "core/baselib/memory/MemoryPool.h"
@@ -60,6 +60,10 @@ class CORVIX_API BFixedMemoryPool final : public BMemoryPool {
   struct ChunkRecord;
 
   BFixedMemoryPool(u32 blockBytes, BMemoryPool* parent, const memory::ManagerLock&);
+
+  // Bytes from a block of this size to the next.
+  template <class Size>
+  static constexpr Size strideOf(Size sizeBytes) noexcept;
 
   // Under the lock.
   inline void* take(u32 sizeBytes);

@@ -12,7 +12,9 @@ namespace {
 
 using memory::ManagerLock;
 
-constexpr u32 kClassWordBytes = 4;
+// The class is the 32-bit number just before the block. In 64 bits as many unused bytes before it keep the block
+// aligned.
+constexpr u32 kClassWordBytes = sizeof(void*);
 constexpr u32 kSmallestExponent = 3;
 constexpr u32 kLargestInClass = 1024;
 constexpr u32 kParentClass = 11;
@@ -31,12 +33,13 @@ u32 withClassWord(u32 sizeBytes) noexcept {
 
 void* rawBlock(void* block) noexcept { return static_cast<char*>(block) - kClassWordBytes; }
 
-u32 classWord(void* block) noexcept { return *static_cast<u32*>(rawBlock(block)); }
+u32& classWord(void* block) noexcept { return static_cast<u32*>(block)[-1]; }
 
 void* userBlock(void* raw, u32 sizeClass) noexcept {
   if (!raw) return nullptr;
-  *static_cast<u32*>(raw) = sizeClass;
-  return static_cast<char*>(raw) + kClassWordBytes;
+  void* const block = static_cast<char*>(raw) + kClassWordBytes;
+  classWord(block) = sizeClass;
+  return block;
 }
 
 }  // namespace

@@ -2,6 +2,8 @@
 
 #include "core/baselib/memory/ManagerState_p.h"
 
+#include <limits>
+
 namespace corvix {
 
 namespace {
@@ -25,6 +27,11 @@ void watchPressure(memory::ManagerState& state, u32 sizeBytes) {
   } else {
     BMemoryManager::drainMemory(kProbeBytes);
   }
+}
+
+// The largest number is what sizes become that do not fit 32 bits: no heap has it, although one of 64 bits could.
+std::size_t heapSize(u32 sizeBytes) noexcept {
+  return sizeBytes == 0xFFFFFFFF ? std::numeric_limits<std::size_t>::max() : sizeBytes;
 }
 
 // Calls the heap until it answers or null may be returned.
@@ -54,7 +61,7 @@ void* BSystemMemoryPool::alloc(u32 sizeBytes) {
   ManagerLock lock;
   if (!lock) return nullptr;
   watchPressure(*lock, sizeBytes);
-  void* const block = insist(sizeBytes, [=] { return _smalloc(sizeBytes); });
+  void* const block = insist(sizeBytes, [=] { return _smalloc(heapSize(sizeBytes)); });
   // Deliberate, and callers that allow null returns rely on it: they leave the lock when they have dealt with it.
   if (!block) lock.keepHeld();
   return block;
@@ -74,7 +81,7 @@ void* BSystemMemoryPool::realloc(void* block, u32 sizeBytes) {
     return nullptr;
   }
   watchPressure(*lock, sizeBytes);
-  return insist(sizeBytes, [=] { return _srealloc(block, sizeBytes); });
+  return insist(sizeBytes, [=] { return _srealloc(block, heapSize(sizeBytes)); });
 }
 
 u32 BSystemMemoryPool::blockSize(void* block) { return smsize(block); }

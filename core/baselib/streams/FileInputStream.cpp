@@ -15,6 +15,12 @@ bool BFileInputStream::open(const wchar_t* path, u32 start, u32 length) {
   return file_->attach(openFile(path, file_mode::kRead | kShareAll), start, length);
 }
 
+u64 BFileInputStream::fileSize() const noexcept { return file_->fileSize(); }
+
+u64 BFileInputStream::start() const noexcept { return file_->base(); }
+
+bool BFileInputStream::setStart(u64 offset) noexcept { return file_->setBase(offset); }
+
 bool BFileInputStream::isOpen() const noexcept { return file_->isOpen(); }
 
 void BFileInputStream::close() { file_->close(); }

@@ -36,6 +36,12 @@ bool BFileOutputStream::open(const wchar_t* path, Existing existing) {
   return false;
 }
 
+u64 BFileOutputStream::fileSize() const noexcept { return file_->fileSize(); }
+
+u64 BFileOutputStream::start() const noexcept { return file_->base(); }
+
+bool BFileOutputStream::setStart(u64 offset) noexcept { return file_->setBase(offset); }
+
 bool BFileOutputStream::isOpen() const noexcept { return file_->isOpen(); }
 
 void BFileOutputStream::close() { file_->close(); }

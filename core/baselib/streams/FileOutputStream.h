@@ -30,6 +30,13 @@ class CORVIX_API BFileOutputStream final : public BOutputStream, public IBRAStre
   // or more; the stream is closed then, whatever it was before.
   bool open(const wchar_t* path, Existing existing = Existing::Replace);
 
+  // Positions have 32 bits, files do not. `setStart` has position 0 lie `offset` bytes into the file, also behind its
+  // end, and goes there; the 4 GiB - 1 from there on are in reach, and `size` counts them. False, and nothing changes,
+  // for a closed stream and above 2 to the 62.
+  u64 fileSize() const noexcept;  // all of it; 0 when closed
+  u64 start() const noexcept;
+  bool setStart(u64 offset) noexcept;
+
   bool isOpen() const noexcept override;
   void close() override;
   u32 getPosition() const noexcept override;

@@ -10,6 +10,8 @@ namespace {
 constexpr u32 kCounts = 1024;
 std::atomic<u32> writeCounts[kCounts];
 
+constexpr u64 kFarthest = u64{1} << 62;  // the system's offsets have a sign
+
 std::atomic<u32>& writeCountOf(HANDLE file) noexcept {
   BY_HANDLE_FILE_INFORMATION info{};
   GetFileInformationByHandle(file, &info);
@@ -26,7 +28,7 @@ OVERLAPPED at(u64 offset) noexcept {
 
 }  // namespace
 
-bool RangedFile::attach(FileHandle file, u32 base, u32 limit) noexcept {
+bool RangedFile::attach(FileHandle file, u64 base, u32 limit) noexcept {
   close();
   file_ = std::move(file);
   position_ = 0;
@@ -43,11 +45,22 @@ bool RangedFile::close() noexcept {
   return !isOpen() || CloseHandle(file_.release());
 }
 
-u32 RangedFile::size() const noexcept {
+u64 RangedFile::fileSize() const noexcept {
   LARGE_INTEGER size;
-  if (!isOpen() || !GetFileSizeEx(file_.get(), &size)) return 0;
-  const u64 bytes = static_cast<u64>(size.QuadPart);
+  return isOpen() && GetFileSizeEx(file_.get(), &size) ? static_cast<u64>(size.QuadPart) : 0;
+}
+
+u32 RangedFile::size() const noexcept {
+  const u64 bytes = fileSize();
   return bytes < base_ ? 0 : static_cast<u32>(std::min<u64>(bytes - base_, limit_));
+}
+
+bool RangedFile::setBase(u64 base) noexcept {
+  if (!isOpen() || limit_ != kNoLimit || base > kFarthest) return false;
+  base_ = base;
+  position_ = 0;
+  pageLength_ = 0;
+  return true;
 }
 
 FileHandle RangedFile::reopen() const noexcept {
@@ -110,7 +123,7 @@ u32 RangedFile::stepBack() noexcept {
 bool RangedFile::setSize(u32 size) noexcept {
   if (!isOpen() || size > limit_) return false;
   FILE_END_OF_FILE_INFO end;
-  end.EndOfFile.QuadPart = static_cast<LONGLONG>(u64{base_} + size);
+  end.EndOfFile.QuadPart = static_cast<LONGLONG>(base_ + size);
   if (!SetFileInformationByHandle(file_.get(), FileEndOfFileInfo, &end, sizeof end)) return false;
   writes_->fetch_add(1, std::memory_order_release);
   return true;
@@ -131,7 +144,7 @@ u32 RangedFile::readAt(u32 position, void* buffer, u32 count) noexcept {
 
 template <class Call>
 u32 RangedFile::transferAt(u32 position, Call call) noexcept {
-  const u64 offset = u64{base_} + position;
+  const u64 offset = base_ + position;
   DWORD done = 0;
   if (sharesPointer_) {
     OVERLAPPED where = at(offset);

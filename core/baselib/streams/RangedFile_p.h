@@ -23,17 +23,21 @@ class RangedFile : public HeapAllocated {
   RangedFile& operator=(const RangedFile&) = delete;
 
   // Takes a file over that was opened for this; false if there is none. What was open before is closed.
-  bool attach(FileHandle file, u32 base = 0, u32 limit = kNoLimit) noexcept;
+  bool attach(FileHandle file, u64 base = 0, u32 limit = kNoLimit) noexcept;
 
   // False if the system refused; the file counts as closed all the same.
   bool close() noexcept;
 
   bool isOpen() const noexcept { return static_cast<bool>(file_); }
   u32 position() const noexcept { return position_; }
-  u32 base() const noexcept { return base_; }
+  u64 base() const noexcept { return base_; }
   u32 limit() const noexcept { return limit_; }
   void setLimit(u32 limit) noexcept { limit_ = limit; }
   u32 size() const noexcept;
+  u64 fileSize() const noexcept;
+
+  // Has position 0 lie elsewhere in the file, and goes there. False if a limit makes this a part of the file.
+  bool setBase(u64 base) noexcept;
 
   // A second handle on the same file, opened anew for reading; none if the system refuses.
   FileHandle reopen() const noexcept;
@@ -76,7 +80,7 @@ class RangedFile : public HeapAllocated {
   u32 transferAt(u32 position, Call call) noexcept;
 
   u32 position_ = 0;
-  u32 base_ = 0;
+  u64 base_ = 0;
   u32 limit_ = kNoLimit;
   FileHandle file_;
   u64 pointer_ = kNowhere;      // the handle's own, not moved when it is right already

@@ -27,16 +27,18 @@ HMODULE moduleOf(const void* code) noexcept {
 }  // namespace
 
 std::wstring textOfThrown() {
+  std::wstring text;
   try {
     throw;
   } catch (const std::exception& exception) {
-    return widen(exception.what());
+    text = widen(exception.what());
   } catch (const SException* exception) {
-    const HeapBuffer<wchar_t> message(exception->getMessage());
-    return message ? message.get() : L"";
+    const HeapBuffer<wchar_t> message(exception ? exception->getMessage() : nullptr);
+    if (message) text = message.get();
   } catch (...) {
     return L"an exception of an unknown kind";
   }
+  return text.empty() ? L"an exception that says nothing" : text;
 }
 
 std::wstring modulePathOf(const void* code) {

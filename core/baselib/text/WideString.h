@@ -32,8 +32,9 @@ class WideString {
     return *this;
   }
 
-  // `text` may be part of this string.
+  // `text` may be part of this string. One whose length does not fit 32 bits is out of memory.
   void assign(std::wstring_view text) {
+    if (text.size() > kLongest) throw std::bad_alloc();
     const u32 wanted = capacityFor(static_cast<u32>(text.size()));
     if (text.empty()) {
       WideString().swap(*this);
@@ -78,6 +79,8 @@ class WideString {
   }
 
   wchar_t* text_;
+  static constexpr u32 kLongest = 0xFFFFFFFF - 32;
+
   u32 length_ = 0;
   u32 capacity_ = 0;
 };

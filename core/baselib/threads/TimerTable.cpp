@@ -34,7 +34,7 @@ struct TimerProcedure {
     {
       const SCriticalSection::Lock lock(timerData.section_);
       for (i32 i = 0; i < timerData.slotCount_ && !callback; ++i) {
-        const TimerData::Entry* const entry = timerData.entries_[i];
+        const TimerData::Entry* const entry = timerData.at(i);
         if (!entry || entry->timer != timer) continue;
         callback = entry->callback;
         argument = entry->argument;
@@ -50,7 +50,7 @@ TimerData timerData;
 
 TimerData::~TimerData() {
   static_assert(sizeof(void*) != 4 || sizeof(Entry) == 16);
-  for (i32 i = slotCount_; i-- > 0;) _sfree(entries_[i]);
+  for (i32 i = slotCount_; i-- > 0;) _sfree(at(i));
   if (this == &timerData) hasEnded = true;
 }
 
@@ -71,25 +71,24 @@ i32 TimerData::start(u32 intervalMs, Callback callback, u32 argument, i32 index)
 void TimerData::stop(i32 index) noexcept {
   if (hasEnded) return;
   const SCriticalSection::Lock lock(section_);
-  if (!isSlot(index) || !entries_[index]) return;
-  if (entries_[index]->timer) KillTimer(nullptr, entries_[index]->timer);
+  if (!isSlot(index) || !at(index)) return;
+  if (at(index)->timer) KillTimer(nullptr, at(index)->timer);
   remove(index);
 }
 
 TimerData::Entry* TimerData::findOrMake(i32 index) noexcept {
   if (index == kNewTimer) index = freeSlot();
   if (!isSlot(index)) return nullptr;
-  if (!entries_[index]) {
-    if (auto* const made = static_cast<Entry*>(_smalloc(sizeof(Entry))))
-      entries_[index] = &(*made = {nullptr, 0, index, 0});
+  if (!at(index)) {
+    if (auto* const made = static_cast<Entry*>(_smalloc(sizeof(Entry)))) at(index) = &(*made = {nullptr, 0, index, 0});
   }
-  return entries_[index];
+  return at(index);
 }
 
 // The highest that is free, or the first of sixteen new ones; kNoTimer when there is no memory for those.
 i32 TimerData::freeSlot() noexcept {
   for (i32 i = slotCount_; i-- > 0;) {
-    if (!entries_[i]) return i;
+    if (!at(i)) return i;
   }
   const i32 first = slotCount_;
   if (!entries_.tryResize(static_cast<std::size_t>(first + kSlotsAtATime))) return kNoTimer;
@@ -99,8 +98,8 @@ i32 TimerData::freeSlot() noexcept {
 }
 
 void TimerData::remove(i32 index) noexcept {
-  _sfree(entries_[index]);
-  entries_[index] = nullptr;
+  _sfree(at(index));
+  at(index) = nullptr;
 }
 
 }  // namespace corvix

@@ -45,6 +45,7 @@ class CORVIX_API TimerData {
   i32 freeSlot() noexcept;
   void remove(i32 index) noexcept;
   bool isSlot(i32 index) const noexcept { return index >= 0 && index < slotCount_; }
+  Entry*& at(i32 slot) noexcept { return entries_[static_cast<std::size_t>(slot)]; }
 
   HeapBuffer<Entry*> entries_;
   i32 slotCount_ = 0;

@@ -15,6 +15,9 @@ constexpr int hexValue(int c) noexcept {
   return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
 }
 
+// What is wrong with a byte, or with the end of the data, where something else must stand.
+constexpr PackFault faultAt(int c) noexcept { return c < 0 ? PackFault::Truncated : PackFault::Damaged; }
+
 }  // namespace
 
 u32 RunLengthInputStream::decode(u8* buffer, u32 count) {
@@ -101,16 +104,18 @@ void Ascii85InputStream::nextGroup() {
     const int c = nextInk();
     const bool isFirst = !std::exchange(hasStarted_, true);
     if (isFirst && c == '<') {
-      if (nextInk() != '~') finish(PackFault::Damaged);  // "<~" before the data is let pass
+      const int next = nextInk();  // "<~" before the data is let pass
+      if (next != '~') finish(faultAt(next));
     } else if (c >= '!' && c <= 'u') {
       value = value * 85 + static_cast<u32>(c - '!');
       ++digits;
     } else if (c == 'z' && digits == 0) {
       digits = 5;  // four zeros
     } else if (c == '~') {
-      finish(nextInk() == '>' ? PackFault::None : PackFault::Truncated);
+      const int next = nextInk();
+      finish(next == '>' ? PackFault::None : faultAt(next));
     } else {
-      finish(c < 0 ? PackFault::Truncated : PackFault::Damaged);
+      finish(faultAt(c));
     }
   }
   if (digits == 0) return;

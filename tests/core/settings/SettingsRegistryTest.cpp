@@ -13,8 +13,8 @@
 #include <list>
 
 extern "C" {
-extern decltype(&RegOpenKeyExW) openKeySlot __asm__("__imp__RegOpenKeyExW@20");
-extern decltype(&RegQueryValueExW) queryValueSlot __asm__("__imp__RegQueryValueExW@24");
+extern decltype(&RegOpenKeyExW) openKeySlot CORVIX_IMPORTED(RegOpenKeyExW, "@20");
+extern decltype(&RegQueryValueExW) queryValueSlot CORVIX_IMPORTED(RegQueryValueExW, "@24");
 }
 
 namespace corvix {

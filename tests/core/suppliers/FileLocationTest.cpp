@@ -2,6 +2,7 @@
 
 #include "core/baselib/objects/Ref.h"
 #include "core/baselib/streams/MemoryInputStream.h"
+#include "core/baselib/streams/MemoryOutputStream.h"
 #include "core/suppliers/KFileSupplier_p.h"
 #include "core/suppliers/KIStreamSupplier_p.h"
 #include "core/suppliers/RegisteredStreams.h"
@@ -78,7 +79,9 @@ TEST(FileLocation, MakesLocationsOfPaths) {
                               L"\\\\?\\C:\\a/b",
                               L"\\\\server@SSL\\share",
                               L"\\\\server:80\\share",
-                              L"\\\\C:\\a\\b"})
+                              L"\\\\C:\\a\\b",
+                              L"C:\\CON",
+                              L"C:\\dir\\nul.txt\\x"})
     EXPECT_TRUE(locationOfPath(path).empty()) << path;
   EXPECT_TRUE(isPath(L"C:\\x") && isPath(L"a/b:c") && isPath(L""));
   EXPECT_FALSE(isPath(L"ab:c"));
@@ -102,6 +105,7 @@ TEST(KFileSupplier, OpensFilesAndPartsOfThem) {
     return readAll(supplier->open(flags, relative, start, length));
   };
   constexpr auto kFile = L"../a%20b.txt";
+  EXPECT_FALSE(supplier->setLocation(nullptr)) << "the former one is kept";
   EXPECT_EQ(opened(L"..\\a%20b.txt"), "0123456789");
   EXPECT_EQ(opened(kFile, 3, 4), "3456");
   EXPECT_EQ(opened(kFile, -1, 2), "01");
@@ -117,6 +121,7 @@ TEST(KFileSupplier, OpensFilesAndPartsOfThem) {
 TEST(KIStreamSupplier, OpensWhatIsRegistered) {
   const auto stream = make<BMemoryInputStream>("abc", 3u, BMemoryInputStream::Bytes::Borrow);
   EXPECT_FALSE(registerStream(L"", stream.get()));
+  EXPECT_FALSE(registerStream(L"my stream", make<BMemoryOutputStream>().get())) << "nothing to read";
   ASSERT_TRUE(registerStream(L"my stream", stream.get()));
   const auto supplier = make<KIStreamSupplier>();
   const auto opened = [&](const wchar_t* location, i32 start = -1) {

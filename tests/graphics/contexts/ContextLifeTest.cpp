@@ -98,6 +98,26 @@ TEST(Contexts, NearestColorAndPixelsAsTheDeviceHasThem) {
   EXPECT_EQ(context->nearestColor(rgb(250, 250, 240)), kWhite);
 }
 
+TEST(Contexts, WhatIsNoDeviceOrNoSizeIsNotAttached) {
+  const gdi::Bitmap bitmap(CreateBitmap(8, 8, 1, 1, nullptr));
+  const double nan = std::numeric_limits<double>::quiet_NaN();
+  for (const Through through : kBoth) {
+    const Ref<IAGDC> page = makePage(through, 8, 8);
+    HDC const device = page->deviceContext();
+    const struct {
+      HDC device;
+      double width, height;
+    } rows[] = {{nullptr, 9, 9},
+                {reinterpret_cast<HDC>(bitmap.get()), 9, 9},
+                {reinterpret_cast<HDC>(0x1234), 9, 9},
+                {device, -1, 9},
+                {device, 9, -0.5},
+                {device, nan, 9}};
+    for (const auto& row : rows) EXPECT_FALSE(page->attach(row.device, row.width, row.height)) << &row - rows;
+    EXPECT_TRUE(page->canDraw() && page->deviceContext() == device && page->width() == 8) << "as before";
+  }
+}
+
 void useAll(Through through) {
   const Ref<IAGDC> page = makePage(through, 16, 16);
   const double dashes[] = {3, 2};

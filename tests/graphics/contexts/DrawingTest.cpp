@@ -79,42 +79,49 @@ Coverage either(Coverage first, Coverage second) {
   return [=](double x, double y) { return std::max(first(x, y), second(x, y)); };
 }
 
+Coverage inBox(const Box& box, double slack) {
+  return inside([box](double x, double y) { return boxDistance(x, y, box); }, slack);
+}
+Coverage inLine(Point from, Point to, double width, double slack) {
+  return inside([=](double x, double y) { return lineDistance(x, y, from, to, width); }, slack);
+}
+// Four wide, at y 24, between two ends: eight drawn and four not, from `first` on.
+Coverage dashed(double first, std::pair<double, double> ends) {
+  return [=](double x, double y) {
+    const double at = std::fmod(x - first, 12);
+    if (x < ends.first + 0.6 || x > ends.second - 0.6) return Covered::Edge;
+    if (std::abs(at - 8) < 0.8 || at < 0.8 || at > 11.2) return Covered::Edge;
+    if (std::abs(std::abs(y - 24) - 2) < 0.6) return Covered::Edge;
+    return std::abs(y - 24) < 2 && at < 8 ? Covered::Yes : Covered::No;
+  };
+}
+const Coverage kNothing = [](double, double) { return Covered::No; };
+
 bool drawWide(IAGDC& page, double width) { return page.setStrokeColor(kRed) && page.setLineWidth(width); }
 
 const Scene kScenes[] = {
     {"rectangle, filled", [](IAGDC& page) { return page.setFillColor(kRed) && page.fillRect(5, 7, 20, 11); },
-     inside(
-         [](double x, double y) {
-           return boxDistance(x, y, {5, 7, 25, 18});
-         },
-         0)},
+     inBox({5, 7, 25, 18}, 0)},
     {"line across, four wide", [](IAGDC& page) { return drawWide(page, 4) && page.line(10, 20, 50, 20); },
-     inside(
-         [](double x, double y) {
-           return boxDistance(x, y, {10, 18, 50, 22});
-         },
-         0.5)},
+     inBox({10, 18, 50, 22}, 0.5)},
+    {"line of the thinnest pen, and of the former one again",
+     [](IAGDC& page) {
+       return drawWide(page, 4) && page.selectHairlinePen() && page.linePixel(10, 19, 50, 19) && page.selectPen() &&
+              page.line(10, 24, 50, 24);
+     },
+     either(inBox({10, 19, 50, 20}, 0), inBox({10, 22, 50, 26}, 0.5))},
+    {"row and column of dots in one colour",
+     [](IAGDC& page) { return page.dottedRow(5, 40, 7, kRed, kRed) && page.dottedColumn(9, 20, 30, kRed, kRed); },
+     either(inBox({5, 7, 40, 8}, 0), inBox({9, 20, 10, 30}, 0))},
     {"line down, device pixels", [](IAGDC& page) { return drawWide(page, 6) && page.linePixel(30, 5, 30, 40); },
-     inside(
-         [](double x, double y) {
-           return boxDistance(x, y, {27, 5, 33, 40});
-         },
-         0.5)},
+     inBox({27, 5, 33, 40}, 0.5)},
     {"sloping line", [](IAGDC& page) { return drawWide(page, 8) && page.line(10, 10, 50, 40); },
-     inside(
-         [](double x, double y) {
-           return lineDistance(x, y, {10, 10}, {50, 40}, 8);
-         },
-         1.2)},
+     inLine({10, 10}, {50, 40}, 8, 1.2)},
     {"from minus to plus a thousand million",
      [](IAGDC& page) { return drawWide(page, 5) && page.line(-1e9, 24, 1e9, 24); },
      inside([](double, double y) { return std::abs(y - 24) - 2.5; }, 0.6)},
     {"the same, sloping", [](IAGDC& page) { return drawWide(page, 6) && page.line(-1e9, -1e9 + 4, 1e9, 1e9 + 4); },
-     inside(
-         [](double x, double y) {
-           return lineDistance(x, y, {-100, -96}, {100, 104}, 6);
-         },
-         1.2)},
+     inLine({-100, -96}, {100, 104}, 6, 1.2)},
     {"line to line to",
      [](IAGDC& page) {
        return drawWide(page, 4) && page.moveTo(10, 10) && page.lineTo(40, 10) && page.lineToPixel(40, 40);
@@ -145,55 +152,32 @@ const Scene kScenes[] = {
        return drawWide(page, 6) && page.setLineCap(kCapSquare) && page.selectGeometricPen() &&
               page.line(20, 24, 40, 24);
      },
-     inside(
-         [](double x, double y) {
-           return boxDistance(x, y, {17, 21, 43, 27});
-         },
-         0.6)},
+     inBox({17, 21, 43, 27}, 0.6)},
     {"dashes",
      [](IAGDC& page) {
        const double lengths[] = {8, 4};
        return drawWide(page, 4) && page.setDash(lengths, 2, 0) && page.line(4, 24, 60, 24);
      },
-     [](double x, double y) {
-       const double at = std::fmod(x - 4, 12);
-       if (x < 4.6 || x > 59.4 || std::abs(at - 8) < 0.8 || at < 0.8 || at > 11.2) return Covered::Edge;
-       if (std::abs(std::abs(y - 24) - 2) < 0.6) return Covered::Edge;
-       return std::abs(y - 24) < 2 && at < 8 ? Covered::Yes : Covered::No;
-     }},
+     dashed(4, {4, 60})},
     {"dashes begun in their middle",
      [](IAGDC& page) {
        const double lengths[] = {8, 4};
        return drawWide(page, 4) && page.setDash(lengths, 2, 6) && page.line(4, 24, 60, 24);
      },
-     [](double x, double y) {
-       const double at = std::fmod(x - 4 + 6, 12);
-       if (x < 4.6 || x > 59.4 || std::abs(at - 8) < 0.8 || at < 0.8 || at > 11.2) return Covered::Edge;
-       if (std::abs(std::abs(y - 24) - 2) < 0.6) return Covered::Edge;
-       return std::abs(y - 24) < 2 && at < 8 ? Covered::Yes : Covered::No;
-     }},
+     dashed(-2, {4, 60})},
     {"dashes of a line that begins far out",
      [](IAGDC& page) {
        const double lengths[] = {8, 4};
        return drawWide(page, 4) && page.setDash(lengths, 2, 0) && page.line(-1 - 12e6, 24, 12e6, 24);
      },
-     [](double x, double y) {
-       const double at = std::fmod(x + 1, 12);
-       if (std::abs(at - 8) < 0.8 || at < 0.8 || at > 11.2) return Covered::Edge;
-       if (std::abs(std::abs(y - 24) - 2) < 0.6) return Covered::Edge;
-       return std::abs(y - 24) < 2 && at < 8 ? Covered::Yes : Covered::No;
-     }},
+     dashed(-1, {-1, 65})},
     {"solid again after dashes",
      [](IAGDC& page) {
        const double lengths[] = {8, 4};
        return drawWide(page, 4) && page.setDash(lengths, 2, 0) && page.setDash(nullptr, 0, 0) &&
               page.line(4, 24, 60, 24);
      },
-     inside(
-         [](double x, double y) {
-           return boxDistance(x, y, {4, 22, 60, 26});
-         },
-         0.6)},
+     inBox({4, 22, 60, 26}, 0.6)},
     {"star by even and odd",
      [](IAGDC& page) { return addStar(page) && page.setFillColor(kRed) && page.drawPath(PathPaint::Fill); },
      star(FillRule::EvenOdd)},
@@ -214,11 +198,7 @@ const Scene kScenes[] = {
        return drawWide(page, 10) && page.beginPath() && page.moveTo(10, 24) && page.lineTo(50, 24) &&
               page.clipStroke() && page.endPath() && page.setFillColor(kRed) && page.fillRect(0, 0, 64, 48);
      },
-     inside(
-         [](double x, double y) {
-           return boxDistance(x, y, {10, 19, 50, 29});
-         },
-         0.6)},
+     inBox({10, 19, 50, 29}, 0.6)},
     {"polygon that leaves the page by far",
      [](IAGDC& page) {
        return page.beginPath() && page.moveTo(-2e9, 24) && page.lineTo(32, -2e9) && page.lineTo(2e9, 24) &&
@@ -286,21 +266,13 @@ const Scene kScenes[] = {
          0.6)},
     {"origin moves all",
      [](IAGDC& page) { return page.setOrigin(20, 10) && page.setFillColor(kRed) && page.fillRect(-10, -5, 20, 11); },
-     inside(
-         [](double x, double y) {
-           return boxDistance(x, y, {10, 5, 30, 16});
-         },
-         0)},
+     inBox({10, 5, 30, 16}, 0)},
     {"clip moves with the origin",
      [](IAGDC& page) {
        return page.clipRect(0, 0, 10, 10) && page.setOrigin(20, 10) && page.setFillColor(kRed) &&
               page.fillRect(-100, -100, 200, 200);
      },
-     inside(
-         [](double x, double y) {
-           return boxDistance(x, y, {20, 10, 30, 20});
-         },
-         0)},
+     inBox({20, 10, 30, 20}, 0)},
 };
 
 // What plain GDI alone offers.
@@ -308,6 +280,9 @@ double ellipseDistance(double x, double y, Point middle, double radiusX, double 
   const double dx = (x - middle.x) / radiusX;
   const double dy = (y - middle.y) / radiusY;
   return (std::hypot(dx, dy) - 1) * std::min(radiusX, radiusY);
+}
+Coverage inEllipse(Point middle, double radiusX, double radiusY) {
+  return inside([=](double x, double y) { return ellipseDistance(x, y, middle, radiusX, radiusY); }, 0.45);
 }
 constexpr u8 kSlope[8] = {0x80, 0x40, 0x20, 0x10, 0x08, 0x04, 0x02, 0x01};
 Coverage sloped(const Box& box) {
@@ -330,25 +305,12 @@ bool always(double) { return true; }
 
 const Scene kPlainScenes[] = {
     {"circle, filled", [](IAGDC& page) { return page.setFillColor(kRed) && page.fillEllipse(32, 24, 10, 10); },
-     inside(
-         [](double x, double y) {
-           return ellipseDistance(x, y, {32, 24}, 10, 10);
-         },
-         0.45)},
+     inEllipse({32, 24}, 10, 10)},
     {"ellipse, filled", [](IAGDC& page) { return page.setFillColor(kRed) && page.fillEllipse(32, 24, 25, 12); },
-     inside(
-         [](double x, double y) {
-           return ellipseDistance(x, y, {32, 24}, 25, 12);
-         },
-         0.45)},
+     inEllipse({32, 24}, 25, 12)},
     {"small circle, filled", [](IAGDC& page) { return page.setFillColor(kRed) && page.fillEllipse(8, 8, 2, 2); },
-     inside(
-         [](double x, double y) {
-           return ellipseDistance(x, y, {8, 8}, 2, 2);
-         },
-         0.45)},
-    {"nothing, filled", [](IAGDC& page) { return page.setFillColor(kRed) && page.fillEllipse(8, 8, 0, 5); },
-     inside([](double, double) { return 1.0; }, 0)},
+     inEllipse({8, 8}, 2, 2)},
+    {"nothing, filled", [](IAGDC& page) { return page.setFillColor(kRed) && page.fillEllipse(8, 8, 0, 5); }, kNothing},
     {"ellipse", [](IAGDC& page) { return drawWide(page, 4) && page.ellipse(32, 24, 20, 15); }, ring(20, 15, 4, always)},
     {"ellipse in pixels",
      [](IAGDC& page) {
@@ -363,8 +325,7 @@ const Scene kPlainScenes[] = {
      ring(24, 12, 4, [](double angle) { return angle > -90 && angle < 90; })},
     {"more than once around", [](IAGDC& page) { return drawWide(page, 4) && page.arc(32, 24, 16, 16, 45, 400); },
      ring(16, 16, 4, always)},
-    {"arc without sweep", [](IAGDC& page) { return drawWide(page, 4) && page.arc(32, 24, 16, 16, 45, 0); },
-     inside([](double, double) { return 1.0; }, 0)},
+    {"arc without sweep", [](IAGDC& page) { return drawWide(page, 4) && page.arc(32, 24, 16, 16, 45, 0); }, kNothing},
     {"arc between two points",
      [](IAGDC& page) {
        return drawWide(page, 4) && page.arcPixel({16, 8, 49, 41}, 60, 24, 32, 2);
@@ -392,6 +353,41 @@ TEST(Drawing, ScenesMatchGeometry) {
     for (const Scene& scene : kScenes) expectScene(scene, through);
   }
   for (const Scene& scene : kPlainScenes) expectScene(scene, Through::Gdi);
+}
+
+TEST(Drawing, StateIsAsItWasSet) {
+  for (const Through through : kBoth) {
+    SCOPED_TRACE(nameOf(through));
+    const bool isPlus = through == Through::GdiPlus;
+    const Ref<IAGDC> page = makePage(through);
+    EXPECT_TRUE(page->setStrokeColor(argb(1, 2, 3, 4)) && page->setFillColor(5) && page->setBackgroundColor(6));
+    EXPECT_TRUE(page->strokeColor() == argb(1, 2, 3, 4) && page->fillColor() == 5 && page->backgroundColor() == 6);
+    EXPECT_TRUE(page->clear() && page->backgroundColor() == kWhite && page->fillColor() == 5);
+    EXPECT_TRUE(page->setLineWidth(2.5) && !page->setLineWidth(-1) && page->lineWidth() == 2.5);
+
+    const std::vector<double> many(1025, 1.0);
+    const double dashes[] = {3, 1, 2}, negative[] = {3, -1};
+    double lengths[] = {0, 0, 0}, phase = 0;
+    EXPECT_TRUE(page->setDash(dashes, 3, 0.5) && !page->setDash(many.data(), 1025, 0) &&
+                !page->setDash(negative, 2, 0));
+    EXPECT_EQ(page->dash(lengths, 2, &phase), 3);
+    EXPECT_TRUE(lengths[0] == 3 && lengths[1] == 1 && lengths[2] == 0 && phase == 0.5) << "as many as have room";
+
+    EXPECT_EQ(page->setTransform(Matrix::translation(10, 0)), isPlus);
+    EXPECT_EQ(page->multiplyTransform(Matrix::scaling(2, 3)), isPlus) << "which comes first";
+    EXPECT_TRUE(page->setOrigin(100, 100));
+    Point point = {1, 1};
+    EXPECT_TRUE(page->userToDevice(&point, 1));
+    EXPECT_EQ(std::pair(point.x, point.y), isPlus ? std::pair(12.0, 3.0) : std::pair(1.0, 1.0)) << "without the origin";
+    EXPECT_TRUE(page->deviceToUser(&point, 1) && point.x == 1 && point.y == 1);
+    EXPECT_EQ(page->setTransform({0, 0, 0, 0, 5, 5}), isPlus);
+    EXPECT_EQ(page->deviceToUser(&point, 1), !isPlus) << "cannot be turned back";
+
+    EXPECT_EQ(page->setDeviceMiterLimit(5), !isPlus);
+    EXPECT_FALSE(page->unsupported() || page->isNonDisplay() || page->supportsText() || page->supportsBlending());
+    EXPECT_TRUE(page->isAttached() && page->deviceCapability(BITSPIXEL) > 0);
+    EXPECT_TRUE(page->detach() && !page->isAttached() && page->deviceCapability(BITSPIXEL) == 0);
+  }
 }
 
 // The other way says no, so that a caller takes another operation.

@@ -5,6 +5,7 @@
 #include "graphics/fonts/FontMachine.h"
 #include "shell/CommandLine.h"
 #include "shell/GlobalEvent.h"
+#include "shell/Locations.h"
 #include "shell/Plugin.h"
 #include "shell/gui/Dialog.h"
 #include "tests/support/OwnPlugin.h"
@@ -61,6 +62,11 @@ class Target final : public BSmartObject, public IGlobalEventTarget {
  public:
   int onGlobalEvent(IGlobalEvent& event) override {
     journal() += "target" + std::to_string(++targetsMade) + narrow(event.name()) + " ";
+    if (targetsMade == 1 && std::wstring_view(event.name()) == L"Growing")
+      Descriptor()
+          .interface_(L"GlobalEvent.Growing", L"Low")
+          .interface_(L"GlobalEvent.Growing", L"1")
+          .registerIn(manager());
     if (targetsMade == 3) throw std::runtime_error("no time for events");  // the others are told nevertheless
     return notify::kStop;                                                  // of no consequence
   }
@@ -309,6 +315,21 @@ TEST(Shell, TasksOfAnyThreadComeInOrderThroughTheMessageLoop) {
   for (int i = 0; i < 100; ++i) EXPECT_EQ(done[static_cast<std::size_t>(i)], i);
   EXPECT_EQ(done[100], 1000);
   EXPECT_EQ(doneOn, GetCurrentThreadId());
+  shell().runOnShellThread([](void*) { done.clear(); }, nullptr);
+  shell().runWaitingTasks();
+  EXPECT_TRUE(done.empty()) << "without a message loop";
+}
+
+TEST(Shell, HasNoManagersThatNobodyDeclares) {
+  EXPECT_TRUE(!shell().guiManager() && !shell().docManager() && !shell().stateHistory());
+}
+
+TEST(Locations, NameTheirSuppliers) {
+  const std::pair<const wchar_t*, const wchar_t*> rows[] = {{L"HtTp://h/x", L"Supplier.http"},
+                                                            {L"c:\\x", L"Supplier.file"},
+                                                            {L"a/b", L"Supplier.file"},
+                                                            {L"iStream:a", L"Supplier.istream"}};
+  for (const auto& [location, name] : rows) EXPECT_EQ(supplierNameOf(location).view(), name);
 }
 
 TEST(Shell, NumbersProgressesFromOneUp) {
@@ -379,6 +400,10 @@ TEST(Events, ReachListsAndTargetsInTheirOrder) {
   EXPECT_EQ(raised(nobodys), "before all-before after all-after ");
   EXPECT_EQ(raised(odd), "before all-before made gone after all-after ");
   for (const auto& [list, listener] : lists) list->removeListener(listener);
+  targetsMade = 0;
+  Event growing(L"Growing");
+  Descriptor().interface_(L"GlobalEvent.Growing").registerIn(manager());
+  EXPECT_EQ(raised(growing), "target1Growing target2Growing ") << "itself once, and who came behind it";
   targetsMade = 0;
   EXPECT_EQ(raised(ordered),
             "target1Ordered target2Ordered target3Ordered target4Ordered target5Ordered target6Ordered target7Ordered "
@@ -478,6 +503,7 @@ TEST(CommandLine, OffersToTheFrameworksOwnProcessorsFirst) {
 
 CORVIX_PLUGIN({L"CommandLine.Processors", corvix::makeProcessor},
               {L"GlobalEvent.Ordered", corvix::create<corvix::Target>},
+              {L"GlobalEvent.Growing", corvix::create<corvix::Target>},
               {L"GlobalEvent.Odd", corvix::create<corvix::NoTarget>},
               {L"IPluginManagerBeforeDestroy", corvix::create<corvix::Goodbye>},
               {L"Dialog.Test", corvix::create<corvix::Dialog>}, {L"IActionManager.Instance", corvix::makeManager},

@@ -90,6 +90,11 @@ std::size_t headerOf(const std::string& module) { return wordAt(module, 0x3C); }
 
 constexpr auto kFailed = ModuleState::Failed;
 
+// Where a module has what tells of its word size, and what another's says.
+constexpr bool kIs64 = sizeof(void*) == 8;
+constexpr std::size_t kDirectories = offsetof(IMAGE_NT_HEADERS, OptionalHeader.DataDirectory);
+const char* const kOtherMachine = kIs64 ? "\x4C\x01" : "\x64\x86";
+
 struct ModuleRow {
   const wchar_t* name;
   const wchar_t* reason;     // part of it
@@ -109,7 +114,8 @@ const ModuleRow kRows[] = {
     {L"header_only", L"cut short"},
     {L"no_descriptor", L"no descriptor", false, ModuleState::NoPlugin},
     {L"no_plugin", L"no Plugin element"},
-    {L"other_machine", L"64-bit x86"},
+    {L"other_machine", kIs64 ? L"is made for 32-bit x86, this program runs modules for 64-bit x86."
+                             : L"is made for 64-bit x86, this program runs modules for 32-bit x86."},
     {L"resources_outside", L"descriptor"},
     {L"truncated", L"cut short"},
     {L"another_sdk", L"It is built for SDK 0.2.0, this is 0.1.0."},
@@ -141,9 +147,9 @@ void fill(Folder& folder) {
     renamed[at] = 'p';
   }
   write(folder.path() / "no_plugin.dll", renamed);
-  folder.damage("other_machine.dll", headerOf(greeter) + 4, "\x64\x86");
+  folder.damage("other_machine.dll", headerOf(greeter) + 4, kOtherMachine);
   // The third data directory is that of the resources.
-  folder.damage("resources_outside.dll", headerOf(greeter) + 24 + 96 + 2 * 8, std::string("\0\0\xF0\0", 4));
+  folder.damage("resources_outside.dll", headerOf(greeter) + kDirectories + 2 * 8, std::string("\0\0\xF0\0", 4));
   for (const ModuleRow& row : kRows) {
     const fs::path built = programFolder() / "faulty" / row.file();
     if (fs::exists(built)) folder.copy(built, built.filename().string());
@@ -198,7 +204,7 @@ TEST(PluginManager, AStampDecidesByWhatTheContractIs) {
     testing_support::AttributeRows stamp;
     const wchar_t* reason;
   } rows[] = {{{}, L""},
-              {{{L"SdkVersion", L"0.1.0"}, {L"SdkCompiler", L"gnu"}, {L"SdkBits", L"32"}}, L""},
+              {{{L"SdkVersion", L"0.1.0"}, {L"SdkCompiler", L"gnu"}, {L"SdkBits", kIs64 ? L"64" : L"32"}}, L""},
               {{{L"SdkVersion", L"0.1"}}, L""},
               {{{L"SdkVersion", L"0.1.77"}}, L""},
               {{{L"SdkVersion", L"0.10.0"}}, L"It is built for SDK 0.10.0, this is 0.1.0."},
@@ -206,7 +212,8 @@ TEST(PluginManager, AStampDecidesByWhatTheContractIs) {
               {{{L"SdkVersion", L"soon"}}, L"It is built for SDK soon, this is 0.1.0."},
               {{{L"SdkCompiler", L"msvc"}}, L"It is built by a compiler of the family msvc, this is gnu."},
               {{{L"SdkBits", L""}}, L""},
-              {{{L"SdkBits", L"64"}}, L"It is built for a word of bits 64, this is 32."}};
+              {{{L"SdkBits", L"16"}},
+               kIs64 ? L"It is built for 16 bits, this is 64." : L"It is built for 16 bits, this is 32."}};
   for (const auto& row : rows) {
     testing_support::Descriptor().plugin(row.stamp).registerIn(manager);
     EXPECT_STREQ(manager.moduleAt(manager.moduleCount() - 1)->reason(), row.reason);
@@ -314,6 +321,48 @@ TEST(PluginManager, ReasonsComeAndGoAndStayReadable) {
   for (const auto& [pointer, text] : said) EXPECT_EQ(pointer, text);
 }
 
+// A copy for each, as most of them end their module. Behind each, the program counts as before and its threads start.
+TEST(PluginManager, NoFactoryHandsOutWhatIsNoObjectOrChangesTheProgram) {
+  IPluginManager& manager = *shell().pluginManager();
+  Folder folder;
+  const struct {
+    const wchar_t* what;
+    const wchar_t* reason;  // part of it; null: an object is made
+    ModuleState state = kFailed;
+  } rows[] = {{L"a number", L"made what is no object: an access violation"},
+              {L"a text", L"made what is no object: "},
+              {L"no info", L"crashed when it was asked for its identity: an access violation"},
+              {L"no name", L"crashed when it was asked for its identity: an access violation"},
+              {L"crashing query", L"crashed when it was asked for its identity: an access violation"},
+              {L"throwing query", L"threw when it was asked for its identity: no answer.", ModuleState::Loaded},
+              {L"raise", L"crashed: exception (0x00000001)"},
+              {L"silent", L"threw: an exception that says nothing.", ModuleState::Loaded},
+              {L"itself", L"crashed: a stack overflow"},
+              {L"full", L"crashed: an illegal instruction"},
+              {L"mode", nullptr, ModuleState::Loaded}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(fs::path(row.what).string());
+    const std::string name = fs::path(row.what).string() + ".dll";
+    folder.copy(programFolder() / "faulty" / "careless.dll", name);
+    const i32 before = manager.interfaceCount();
+    ASSERT_NE(manager.loadModule((folder.path() / name).c_str()), nullptr);
+    SetEnvironmentVariableW(L"CORVIX_CARELESS", row.what);
+    IPluginInterface& entry = *manager.interfaceAt(before);
+    ASSERT_STREQ(entry.name(), L"Faulty.careless");
+    const auto made = Ref<IBSmartObject>::adopt(entry.createObject());
+    EXPECT_EQ(made.get() != nullptr, row.reason == nullptr);
+    EXPECT_EQ(entry.module()->state(), row.state);
+    const std::wstring_view said = query<ICreationReport>(&entry)->reason();
+    EXPECT_TRUE(row.reason ? said.find(row.reason) != said.npos : said.empty()) << fs::path(said).string();
+    volatile double three = 3, seven = 7;
+    EXPECT_EQ(three / seven * seven, 3);
+    unsigned short mode = 0;
+    asm volatile("fnstcw %0" : "=m"(mode));
+    EXPECT_EQ(mode & 0x3F, 0x3F) << "no exceptions from numbers";
+  }
+  SetEnvironmentVariableW(L"CORVIX_CARELESS", nullptr);
+}
+
 TEST(PluginManager, AModuleMayAskForItselfWhileItIsLoaded) {
   IPluginManager& manager = *shell().pluginManager();
   ASSERT_NE(manager.loadModule((programFolder() / "faulty" / "asks_for_itself.dll").c_str()), nullptr);
@@ -362,6 +411,8 @@ TEST(PluginManager, OneFileInManySpellingsIsOneModule) {
   const IPluginModule* const module = manager.loadModule(spellings[0].c_str());
   for (const std::wstring& spelling : spellings)
     EXPECT_EQ(manager.loadModule(spelling.c_str()), module) << fs::path(spelling).string();
+  folder.copy(programFolder() / "faulty" / "makes_nothing.dll",
+              "switched off.dll_old");  // whose short name ends in .DLL
   for (const wchar_t* const ending : {L"", L"\\", L"\\\\", L"/", L"\\."})
     EXPECT_EQ(manager.scanFolder((path + ending).c_str()), 0) << fs::path(ending).string();
   EXPECT_EQ(manager.moduleCount(), before + 1);
@@ -381,6 +432,11 @@ TEST(PluginManager, TwoModulesMayDeclareOneName) {
     modules.insert(fs::path(entry->module()->path()).filename());
   }
   EXPECT_EQ(modules, (std::set<std::wstring>{L"greeter.dll", L"another.dll"}));
+  auto* const report = query<ICreationReport>(found->item(0));
+  report->reject(L"too polite");
+  EXPECT_STREQ(report->reason(), L"The object made for \"Example.Greeter\" is of no use: too polite.");
+  Ref<IBSmartObject>::adopt(query<IPluginInterface>(found->item(0))->createObject()).reset();
+  EXPECT_STREQ(report->reason(), L"");
   EXPECT_EQ(found->item(2), nullptr);
   EXPECT_EQ(found->item(-1), nullptr);
 }
@@ -449,7 +505,7 @@ TEST(PluginManager, TheLibrarysOwnDescriptor) {
 [[noreturn]] void crashInLoaderAndFactory() {
   Folder folder;
   const std::string greeter = bytesOf(Folder::greeter());
-  folder.damage("imports_outside.dll", headerOf(greeter) + 24 + 96 + 1 * 8, std::string("\0\0\xF0\0", 4));
+  folder.damage("imports_outside.dll", headerOf(greeter) + kDirectories + 1 * 8, std::string("\0\0\xF0\0", 4));
   IShell& instance = *IShell::getInstance();
   const testing_support::BoxAnswer box(IDOK);
   const fs::path path = folder.path() / "imports_outside.dll";

@@ -31,7 +31,8 @@ scratch = bin_folder / "checked"
 good = (scratch / "good.dll").read_bytes()
 (scratch / "cut.dll").write_bytes(good[:len(good) // 2])
 header = good.index(b"PE\0\0")
-(scratch / "other.dll").write_bytes(good[:header + 4] + b"\x64\x86" + good[header + 6:])
+IS_64 = good[header + 4:header + 6] == b"\x64\x86"
+(scratch / "other.dll").write_bytes(good[:header + 4] + (b"\x4c\x01" if IS_64 else b"\x64\x86") + good[header + 6:])
 (scratch / "unreadable.dll").write_bytes(good.replace(b"xmlbin\0\1", b"xmlbin\0\2"))
 
 # module: its rules, the interfaces of it that are made

@@ -58,6 +58,8 @@ TEST(IdentityWalk, TheFunctionHasOneSpellingEverywhere) {
   EXPECT_EQ(query<ILeft>(&constant), &object);
   EXPECT_EQ(query<const ILeft>(&object), &object);
   static_assert(std::is_same_v<decltype(query<ILeft>(&constant)), const ILeft*>);
+  EXPECT_STREQ(Asker::classInfo().className(), "Asker");
+  EXPECT_EQ(Asker::classInfo().classNameW(), std::wstring(L"Asker"));
 }
 
 TEST(IdentityWalk, MissEntersAndLeavesEveryClass) {

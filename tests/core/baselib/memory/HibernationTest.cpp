@@ -43,12 +43,17 @@ TEST(Hibernation, AsksTheNewestFirstAndEveryOne) {
   const auto t = make<Member>(told, 'T');
   const auto b = make<Member>(told, 'b', [](Member&) { return memory::liveState->reserve != nullptr; });
   EXPECT_TRUE(BMemoryManager::drainMemory(0));
-  EXPECT_EQ(told, "bTa");
+  const auto ask = [](BHibernatable* one, void* to) {
+    static_cast<std::string*>(to)->push_back(allocCSProc().heldCount() == 1 ? '|' : '?');
+    one->hibernate(true);
+  };
+  BMemoryManager::visitHibernatables(ask, &told);
+  EXPECT_EQ(told, "bTa|b|T|a");
   EXPECT_NE(memory::liveState->reserve, nullptr);
   EXPECT_TRUE(BMemoryManager::unregisterHibernatable(t.get()));
   EXPECT_FALSE(BMemoryManager::unregisterHibernatable(t.get()));
   EXPECT_FALSE(BMemoryManager::hibernateHibers(true));
-  EXPECT_EQ(told, "bTaba");
+  EXPECT_EQ(told, "bTa|b|T|aba");
 }
 
 TEST(Hibernation, WhoIsGoneIsAskedNoMore) {
@@ -69,6 +74,9 @@ TEST(Hibernation, OnlyWhatIsScheduledIsPerformedAndOnce) {
   BMemoryManager::performScheduled();
   BMemoryManager::performScheduled();
   EXPECT_EQ(told, "a");
+  _sfree(std::exchange(memory::liveState->reserve, nullptr));
+  BMemoryManager::performScheduled();
+  EXPECT_NE(memory::liveState->reserve, nullptr) << "set aside anew";
 }
 
 // Asks for memory when it hears of an end.

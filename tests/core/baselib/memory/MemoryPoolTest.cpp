@@ -16,6 +16,12 @@ namespace {
 
 using PoolRef = Ref<BMemoryPool>;
 
+// The figures below are those of 32 bits: of 64 a block has a word of twice the size in front, and lies aligned to it.
+constexpr u32 kWordBytes = sizeof(void*);
+constexpr u32 kMore = kWordBytes - 4;
+constexpr u32 aligned(u32 size) { return kMore ? (size + 7) / 8 * 8 : size; }
+constexpr u32 kChunkHeader = kWordBytes + 8;
+
 PoolRef pool(u32 flags, u32 size) { return PoolRef::adopt(BMemoryManager::getPool(flags, size)); }
 
 struct ChoiceRow {
@@ -54,12 +60,16 @@ TEST(GetPool, Rows) {
 
 // A request for a fixed size may get a part of somebody's size-class pool.
 TEST(GetPool, FixedRequestFindsTheNewestSubPool) {
-  const auto classes = make<BSizeClassMemoryPool>();
+  auto classes = make<BSizeClassMemoryPool>();
+  PoolRef found;
   for (u32 size : {12u, 20u, 36u, 68u, 132u, 260u, 516u, 1028u}) {
-    const PoolRef found = pool(pool::kFixedSize, size);
+    found = pool(pool::kFixedSize, size + kMore);
     EXPECT_EQ(found->refCount(), 1u) << size;  // the size-class pool's and ours
-    EXPECT_EQ(found->blockSize(nullptr), size);
+    EXPECT_EQ(found->blockSize(nullptr), size + kMore);
   }
+  classes.reset();
+  EXPECT_EQ(found->refCount(), 0u);
+  found->free(std::memset(found->alloc(1028), 0x5A, 1028));
 }
 
 struct ClassRow {
@@ -79,7 +89,8 @@ TEST(SizeClassPool, Rows) {
   for (const ClassRow& row : kClassRows) {
     void* const block = classes->alloc(row.size);
     EXPECT_EQ(static_cast<u32*>(block)[-1], row.classWord) << row.size;
-    EXPECT_EQ(classes->blockSize(block), row.rawBytes) << row.size;
+    EXPECT_EQ(classes->blockSize(block), row.rawBytes + kMore) << row.size;
+    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(block) % kWordBytes, 0u) << row.size;
     std::memset(block, 0x5A, row.size);
     classes->free(block);
   }
@@ -93,7 +104,8 @@ TEST(SizeClassPool, ReallocKeepsContentOverEveryClass) {
   std::memcpy(block, "content", 8);
   for (u32 size : {4u, 8u, 9u, 300u, 1024u, 1025u, 100000u, 5u}) {
     char* const before = block;
-    const bool fits = static_cast<u32*>(static_cast<void*>(block))[-1] < 8 && size + 4 <= classes->blockSize(block);
+    const bool fits =
+        static_cast<u32*>(static_cast<void*>(block))[-1] < 8 && size + kWordBytes <= classes->blockSize(block);
     block = static_cast<char*>(classes->realloc(block, size));
     EXPECT_STREQ(std::string(block, 5).c_str(), "conte") << size;
     EXPECT_TRUE(!fits || block == before) << size;
@@ -115,9 +127,9 @@ TEST(FixedPool, NumbersOfChunks) {
   for (u32 size : {1u, 4u, 5u, 7u, 8u, 9u, 20u, 1028u}) {
     SCOPED_TRACE(size);
     const auto fixed = make<BFixedMemoryPool>(size);
-    const u32 stride = std::max(size, 8u);
+    const u32 stride = std::max(aligned(size), 2 * kWordBytes);
     EXPECT_EQ(fixed->blockSize(nullptr), std::max(size, 4u));
-    EXPECT_EQ(fixed->chunkBytes(), stride * 16 + 12);
+    EXPECT_EQ(fixed->chunkBytes(), stride * 16 + kChunkHeader);
     std::vector<char*> blocks;
     for (u32 i = 0; i < 33; ++i) blocks.push_back(static_cast<char*>(fixed->alloc(size)));
     EXPECT_EQ(fixed->chunkCount(), 3u);
@@ -164,10 +176,12 @@ class SlicePool : public BMemoryPool {
 // handed out next.
 TEST(FixedPool, CompactionReleasesFreeChunksAndOrdersTheRest) {
   const auto parent = make<SlicePool>(std::vector<int>{3, 0, 5, 1, 4});
-  const auto fixed = make<BFixedMemoryPool>(20u, parent.get());
+  auto fixed = make<BFixedMemoryPool>(20u, parent.get());
   std::vector<char*> blocks;
   for (int i = 0; i < 5 * 16; ++i) blocks.push_back(static_cast<char*>(fixed->alloc(20)));
-  const auto at = [&](int slice, int block) { return parent->slice(slice) + 12 + 20 * block; };
+  const auto at = [&](int slice, int block) {
+    return parent->slice(slice) + kChunkHeader + static_cast<int>(aligned(20)) * block;
+  };
   const auto freeAll = [&](int slice, int but = -1) {
     for (int i = 0; i < 16; ++i) {
       if (i != but) fixed->free(at(slice, i));
@@ -187,6 +201,9 @@ TEST(FixedPool, CompactionReleasesFreeChunksAndOrdersTheRest) {
     EXPECT_EQ(fixed->alloc(20), at(4, i));
   }
   for (char* expected : {at(3, 1), at(3, 7), at(1, 2)}) EXPECT_EQ(fixed->alloc(20), expected);
+  fixed.reset();
+  std::sort(parent->freed.begin(), parent->freed.end());
+  EXPECT_EQ(parent->freed, (std::vector<int>{0, 1, 3, 4, 5})) << "the chunks of what is handed out too";
 }
 
 TEST(FixedPoolDeathTest, DebugBuildsRefuseMoreThanABlock) {
@@ -204,9 +221,17 @@ TEST(ReserveHibernateBuffer, EqualCapacityGrowsAgain) {
   EXPECT_NE(BMemoryManager::getHibernateBuffer(), nullptr);
 }
 
-TEST(RegisterPool, UnknownIsRefusedAndTheStaticNodeServesOnce) {
+TEST(RegisterPool, TheNewestFirstUnknownIsRefusedAndTheStaticNodeServesOnce) {
   const auto registered = make<SlicePool>(std::vector<int>{});
   BMemoryPool* const system = BMemoryManager::getSystemPool();
+  std::vector<BMemoryPool*> seen;
+  const auto note = [](BMemoryPool* one, void* to) {
+    EXPECT_EQ(allocCSProc().heldCount(), 1u);
+    static_cast<std::vector<BMemoryPool*>*>(to)->push_back(one);
+  };
+  BMemoryManager::visitPools(note, &seen);
+  EXPECT_EQ(seen.front(), registered.get()) << "the newest first";
+  EXPECT_EQ(seen.back(), system);
   EXPECT_TRUE(BMemoryManager::unregisterPool(registered.get()));
   EXPECT_FALSE(BMemoryManager::unregisterPool(registered.get()));
   const testing_support::HeapFaults heap;
@@ -229,16 +254,18 @@ TEST(SystemPool, OnlyTheNullOfAllocLeavesTheLockHeld) {
   BMemoryPool& system = *BMemoryManager::getSystemPool();
   const auto classes = make<BSizeClassMemoryPool>();
   BMemoryManager::allowNULLreturn(true);
-  EXPECT_EQ(system.alloc(0xF0000000), nullptr);
+  EXPECT_EQ(system.alloc(0xFFFFFFFF), nullptr);
   EXPECT_EQ(allocCSProc().heldCount(), 1u);
   std::thread([] { EXPECT_FALSE(allocCSProc().tryEnter()); }).join();
   allocCSProc().leave();
-  EXPECT_EQ(classes->alloc(0xFFFFFFFF), nullptr);  // no wrap-around by the class word
-  EXPECT_EQ(allocCSProc().heldCount(), 1u);
+  EXPECT_EQ(classes->alloc(0xFFFFFFFF), nullptr);                      // no wrap-around by the class word
+  EXPECT_EQ(make<BFixedMemoryPool>(0x20000000u)->alloc(16), nullptr);  // nor by the sixteen blocks of a chunk
+  EXPECT_EQ(allocCSProc().heldCount(), 2u);
+  allocCSProc().leave();
   allocCSProc().leave();
 
   void* const block = system.alloc(10);
-  EXPECT_EQ(system.realloc(block, 0xF0000000), nullptr);
+  EXPECT_EQ(system.realloc(block, 0xFFFFFFFF), nullptr);
   const testing_support::HeapFaults heap;
   EXPECT_EQ(system.realloc(block, 0), nullptr);  // freed, no failure
   EXPECT_EQ(heap.liveBlocks(), -1);

@@ -4,12 +4,16 @@
 #include "core/baselib/memory/MemoryShell_p.h"
 #include "core/baselib/memory/SizeClassMemoryPool.h"
 #include "core/baselib/objects/Ref.h"
+#include "tests/support/HeapFaults.h"
 
 #include <gtest/gtest.h>
 
 #include <cstring>
 #include <new>
+#include <type_traits>
 #include <utility>
+
+#include <malloc.h>
 
 namespace corvix {
 namespace {
@@ -17,14 +21,14 @@ namespace {
 constexpr u32 kMegabyte = 1u << 20;
 
 // Reserves what is left of the address space, the large pieces first.
-class FullAddressSpace {
+class ReservedSpace {
  public:
-  FullAddressSpace() {
+  ReservedSpace() {
     for (std::size_t size = 256 * kMegabyte; size >= 64 * 1024; size /= 2) {
       while (count_ < kMost && (pieces_[count_] = VirtualAlloc(nullptr, size, MEM_RESERVE, PAGE_NOACCESS))) ++count_;
     }
   }
-  ~FullAddressSpace() { giveBack(count_); }
+  ~ReservedSpace() { giveBack(count_); }
 
   void giveBack(int pieces) {
     for (; pieces > 0 && count_ > 0; --pieces) VirtualFree(pieces_[--count_], 0, MEM_RELEASE);
@@ -36,6 +40,34 @@ class FullAddressSpace {
   static inline void* pieces_[kMost];
   int count_ = 0;
 };
+
+// One of 64 bits cannot be filled: the heap has no large block but what was given back meanwhile.
+class RefusedSpace {
+ public:
+  RefusedSpace() { left_ = 0; }
+  void giveBackLargest() { left_ += 256 * kMegabyte; }
+
+ private:
+  static constexpr std::size_t kLarge = 64 * 1024;
+  static void* limited(std::size_t size) {
+    if (size >= kLarge && size > left_) return nullptr;
+    void* const block = realMalloc_(size);
+    if (size >= kLarge && block) left_ -= size;
+    return block;
+  }
+  static void counted(void* block) {
+    if (const std::size_t size = block ? _msize(block) : 0; size >= kLarge) left_ += size;
+    realFree_(block);
+  }
+
+  static inline std::size_t left_ = 0;
+  static inline const auto realMalloc_ = mallocSlot;
+  static inline const auto realFree_ = freeSlot;
+  testing_support::ImportSlot<void* (*)(std::size_t)> mallocs_{mallocSlot, limited};
+  testing_support::ImportSlot<void (*)(void*)> frees_{freeSlot, counted};
+};
+
+using FullAddressSpace = std::conditional_t<sizeof(void*) == 4, ReservedSpace, RefusedSpace>;
 
 class Holder : public BHibernatable {
   CORVIX_IDENTITY(Holder, 0x83B5D1F0, 0x4C6A27E9, 0x95D0F84B, 0x1E72C36A, BHibernatable)
@@ -167,7 +199,7 @@ void refusedRetry() {
   systemPool().alloc(4 * kMegabyte);
 }
 
-void nobodyToAsk() { systemPool().alloc(0xF0000000); }
+void nobodyToAsk() { systemPool().alloc(0xFFFFFFFF); }
 
 TEST(MemoryPressureDeathTest, Scenarios) {
   EXPECT_EXIT(hibernatablesGiveBack(), kGood, "");

@@ -2,8 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <atomic>
+#include <chrono>
 #include <stdexcept>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "core/baselib/objects/GlobalData_p.h"
@@ -112,6 +116,25 @@ TEST_F(GlobalDataTest, WhatADestructorThrowsKeepsNothingFromBeingDestroyed) {
     EXPECT_EQ(destroyed.size(), 4u) << "call " << time;
     EXPECT_EQ(BGlobalData::getItem(kOwner, "b"), nullptr);
   }
+}
+
+std::thread guest;
+std::atomic<bool> hasVisited;
+
+void invite(void*) {
+  guest = std::thread([] {
+    BGlobalData::getItem(kOwner, "a");
+    hasVisited = true;
+  });
+  std::this_thread::sleep_for(std::chrono::milliseconds(30));
+  EXPECT_FALSE(hasVisited) << "destructors run inside the lock";
+}
+
+TEST_F(GlobalDataTest, NobodyLooksWhileADestructorRuns) {
+  BGlobalData::setItem(kOwner, "a", &one, invite);
+  BGlobalData::setItem(kOwner, "a", &two, nullptr);
+  guest.join();
+  EXPECT_TRUE(hasVisited);
 }
 
 // An identifier whose object is made anew keeps its first text.

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "core/baselib/objects/SmartObject.h"
+#include "core/baselib/system/CriticalSection.h"
 #include "tests/support/HeapFaults.h"
 
 namespace corvix {
@@ -45,6 +46,7 @@ class NotifySenderTest : public testing::Test {
     log_.clear();
     answer = sender->broadcast(&log_, nullptr, [](void* to, void*, IBTransportable* listener) {
       auto& one = *static_cast<Listener*>(listener);
+      EXPECT_EQ(dataCSProc().heldCount(), 0u) << "handlers run outside the lock";
       *static_cast<std::string*>(to) += one.mark;
       if (one.act) one.act();
       return one.answer;

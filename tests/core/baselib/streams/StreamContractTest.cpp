@@ -207,6 +207,21 @@ TEST(BInputStream, TellsTheEndThatNobodyKnows) {
   }
 }
 
+class Unending : public BForwardInputStream {
+  CORVIX_IDENTITY(Unending, 0x30000005, 2, 3, 4, BForwardInputStream)
+  u32 fetch(void*, u32 count) override { return count; }
+};
+
+TEST(BForwardInputStream, EndsWherePositionsDo) {
+  Unending stream;
+  std::string piece(64 << 20, 0);
+  while (stream.read(piece.data(), static_cast<u32>(piece.size())) > 0) {
+  }
+  EXPECT_EQ(stream.getPosition(), 0xFFFFFFFFu);
+  EXPECT_EQ(stream.readByte(), -1);
+  EXPECT_TRUE(stream.atEnd());
+}
+
 TEST(BTempStorage, GoesNowhereWithALimitBehindIt) {
   BTempStorage storage;
   ASSERT_TRUE(storage.open());
@@ -257,6 +272,8 @@ TEST(BWindowInputStream, TakesWhatThereIs) {
     EXPECT_EQ(first.readByte(), static_cast<u8>(bytes[10 + i])) << "one source, two windows";
     EXPECT_EQ(second.readByte(), static_cast<u8>(bytes[50 + i]));
   }
+  first.close();
+  EXPECT_TRUE(memory->isOpen());
   EXPECT_FALSE(BWindowInputStream(make<Forward>(bytes, 7u), 0).isOpen()) << "cannot be sought";
   EXPECT_FALSE(BWindowInputStream(nullptr, 0).isOpen());
 }

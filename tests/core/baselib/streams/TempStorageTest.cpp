@@ -12,7 +12,7 @@
 #include "tests/support/OwnFolder.h"
 #include "tests/support/StreamTesting.h"
 
-extern "C" decltype(&CreateFileW) createFileSlot __asm__("__imp__CreateFileW@28");
+extern "C" decltype(&CreateFileW) createFileSlot CORVIX_IMPORTED(CreateFileW, "@28");
 
 namespace corvix {
 namespace {
@@ -203,6 +203,31 @@ TEST_F(TempStorageTest, GoesUpToFourGibibytes) {
   EXPECT_EQ(stream.size(), 5'000'000'000 - 0xFFFFFFFF);
   BFileOutputStream output;
   EXPECT_FALSE(output.open(path.c_str(), BFileOutputStream::Existing::Append));
+
+  // And farther from where the stream is told to start.
+  ASSERT_TRUE(output.open(path.c_str(), BFileOutputStream::Existing::Modify));
+  ASSERT_TRUE(output.setStart(5'000'000'000));
+  EXPECT_EQ(output.size(), 0u);
+  EXPECT_EQ(output.write("xy", 2), 2u);
+  ASSERT_TRUE(stream.open(path.c_str()));
+  EXPECT_EQ(stream.readByte(), 0);
+  ASSERT_TRUE(stream.setStart(4'999'999'999));
+  const auto second = Ref<BFileInputStream>::adopt(stream.clone());
+  for (BFileInputStream* const one : {&stream, second.get()}) {
+    EXPECT_EQ(one->start(), 4'999'999'999u);
+    EXPECT_EQ(one->fileSize(), 5'000'000'002u);
+    EXPECT_EQ(one->size(), 3u);
+    EXPECT_EQ(one->readByte(), 0) << "nothing that was read ahead elsewhere";
+    EXPECT_EQ(one->readByte(), 'x');
+  }
+  EXPECT_FALSE(stream.setStart(1ull << 63));
+  EXPECT_EQ(stream.readByte(), 'y');
+  ASSERT_TRUE(output.setSize(1));
+  EXPECT_EQ(stream.size(), 2u);
+  ASSERT_TRUE(stream.open(path.c_str(), 0, 100));
+  EXPECT_FALSE(stream.setStart(1)) << "a part of a file stays one";
+  stream.close();
+  EXPECT_FALSE(stream.setStart(1));
 }
 
 TEST_F(TempStorageTest, LeavesNothingWhenTheFolderIsMissing) {

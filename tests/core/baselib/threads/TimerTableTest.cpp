@@ -9,8 +9,8 @@
 #include <stdexcept>
 #include <vector>
 
-extern "C" decltype(&SetTimer) setTimerSlot __asm__("__imp__SetTimer@16");
-extern "C" decltype(&KillTimer) killTimerSlot __asm__("__imp__KillTimer@8");
+extern "C" decltype(&SetTimer) setTimerSlot CORVIX_IMPORTED(SetTimer, "@16");
+extern "C" decltype(&KillTimer) killTimerSlot CORVIX_IMPORTED(KillTimer, "@8");
 
 namespace corvix {
 namespace {

@@ -56,7 +56,7 @@ void listAll(IPluginManager& manager, const std::wstring& folder) {
   for (i32 i = before; i < manager.moduleCount(); ++i) tell(*manager.moduleAt(i));
   PROCESS_MEMORY_COUNTERS memory{};
   GetProcessMemoryInfo(GetCurrentProcess(), &memory, sizeof memory);
-  std::printf("memory\t%lu\n", memory.PeakWorkingSetSize >> 20);
+  std::printf("memory\t%u\n", static_cast<unsigned>(memory.PeakWorkingSetSize >> 20));
 }
 
 // Names of files come from the standard input.

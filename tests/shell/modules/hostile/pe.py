@@ -6,6 +6,27 @@ HEADERS = 0x400
 IMPORTS = 0x200  # where in .rdata; the exports are before
 NULL_FACTORY = b"\x31\xC0\xC3"
 LATIN = "PLUGININFO"
+IS_64 = False  # what is made, for the word size of the programs that are to meet it
+
+
+def take_word_size(program):
+    """From the headers of a program."""
+    global IS_64
+    image = program.read_bytes()
+    IS_64 = image[image.index(b"PE\0\0") + 4:][:2] == b"\x64\x86"
+
+
+def own_machine():
+    return 0x8664 if IS_64 else 0x14C
+
+
+def other_machine():
+    return 0x14C if IS_64 else 0x8664
+
+
+def other_magic():
+    return 0x10B if IS_64 else 0x20B
+
 
 
 def block(root):
@@ -73,11 +94,15 @@ class Module:
 
     def _headers(self, sections):
         self.at.update(dos=0, new=0x3C, signature=0x80, machine=0x84, sectionCount=0x86, optionalSize=0x94, flags=0x96,
-                       magic=0x98, entry=0xA8, base=0xB4, alignment=0xB8, fileAlignment=0xBC, imageSize=0xD0, headersSize=0xD4,
-                       directoryCount=0xF4, exportDirectory=0xF8, importDirectory=0x100, resourceDirectory=0x108,
-                       relocations=0x120, tls=0xF8 + 9 * 8)
+                       magic=0x98, entry=0xA8, base=0xB0 if IS_64 else 0xB4, alignment=0xB8, fileAlignment=0xBC, imageSize=0xD0,
+                       headersSize=0xD4)
+        first = 0x108 if IS_64 else 0xF8
+        self.at["directoryCount"] = first - 4
+        for key, index in (("export", 0), ("import", 1), ("resource", 2)):
+            self.at[key + "Directory"] = first + index * 8
+        self.at.update(relocations=first + 5 * 8, tls=first + 9 * 8)
         for i, key in enumerate(("text", "data", "resources")):
-            self.at[key + "Section"] = 0x178 + i * 40
+            self.at[key + "Section"] = first + 16 * 8 + i * 40
         self.offsets, offset, end = [], HEADERS, 0
         table = b""
         for name, address, content, flags in sections:
@@ -96,10 +121,12 @@ class Module:
         if self.importCount:
             directories[2:4] = [DATA + IMPORTS, 20 * (self.importCount + 1)]
         directories[4:6] = [RESOURCES, len(sections[2][2])]
-        optional = struct.pack("<HBBIIIIIIIIIHHHHHHIIIIHHIIIIII", 0x10B, 2, 0, 0x200, 0x200, 0, 0, TEXT, DATA, 0x10000000,
-                               0x1000, 0x200, 4, 0, 0, 0, 4, 0, 0, end, HEADERS, 0, 2, 0x100, 0x100000, 0x1000, 0x100000,
-                               0x1000, 0, 16) + struct.pack("<32I", *directories)
-        file = struct.pack("<HHIIIHH", 0x14C, len(sections), 0, 0, 0, len(optional), 0x2102)
+        word = "Q" if IS_64 else "I"
+        base = struct.pack("<Q", 0x10000000) if IS_64 else struct.pack("<II", DATA, 0x10000000)
+        optional = (struct.pack("<HBBIIIII", 0x20B if IS_64 else 0x10B, 2, 0, 0x200, 0x200, 0, 0, TEXT) + base +
+                    struct.pack("<IIHHHHHHIIIIHH4" + word + "II", 0x1000, 0x200, 4, 0, 0, 0, 4, 0, 0, end, HEADERS, 0, 2,
+                                0x100, 0x100000, 0x1000, 0x100000, 0x1000, 0, 16) + struct.pack("<32I", *directories))
+        file = struct.pack("<HHIIIHH", own_machine(), len(sections), 0, 0, 0, len(optional), 0x2022 if IS_64 else 0x2102)
         dos = b"MZ" + bytes(0x3A) + struct.pack("<I", 0x80)
         headers = dos + bytes(0x80 - len(dos)) + b"PE\0\0" + file + optional + table
         return headers + bytes(HEADERS - len(headers))
@@ -118,13 +145,14 @@ class Module:
         self.importCount = len(names)
         begin = DATA + IMPORTS
         thunks = begin + 20 * (len(names) + 1)
-        texts = thunks + 8 * len(names)
+        pair = struct.Struct("<QQ" if IS_64 else "<II")
+        texts = thunks + pair.size * len(names)
         table, slots, strings = b"", b"", b""
         for i, name in enumerate(names):
             hint = texts + len(strings)
             strings += b"\0\0function\0\0" + name + b"\0"
-            table += struct.pack("<IIIII", 0, 0, 0, hint + 12, thunks + 8 * i)
-            slots += struct.pack("<II", hint, 0)
+            table += struct.pack("<IIIII", 0, 0, 0, hint + 12, thunks + pair.size * i)
+            slots += pair.pack(hint, 0)
         return table + bytes(20) + slots + strings
 
     def _resources(self, content):

@@ -43,6 +43,15 @@ def many(count, name, value):
             [("attribute", f"{name}{count - i}", value) for i in range(count)])
 
 
+def many_needs():
+    return Module(plugin=descriptor(interface("IPluginManagerAfterInit"),
+                                    *[element("Requires", Interface="Needed", MinVersion="9")] * 64))
+
+
+def many_declared():
+    return Module(plugin=descriptor(*[interface("Needed")] * 100_000))
+
+
 def deep(count):
     tree = ("text", "bottom")
     for _ in range(count):
@@ -63,9 +72,9 @@ HEADERS = [
     ("new_header_at_the_end_of_the_world", put("new", 0xFFFFFFFF), CUT),
     ("new_header_at_zero", put("new", 0), NONE),
     ("a_16_bit_module", put("signature", 0x454E), NONE),
-    ("for_64_bits", put("machine", 0x8664, 2), FOREIGN),
+    ("of_the_other_word_size", lambda: Module().put("machine", pe.other_machine(), 2), FOREIGN),
     ("for_no_machine", put("machine", 0, 2), FOREIGN),
-    ("optional_header_of_another_kind", put("magic", 0x20B, 2), "contradict"),
+    ("optional_header_of_another_kind", lambda: Module().put("magic", pe.other_magic(), 2), "contradict"),
     ("no_optional_header", put("optionalSize", 0, 2), "contradict"),
     ("optional_header_without_end", put("optionalSize", 0xFFFF, 2), CUT),
     ("no_sections", put("sectionCount", 0, 2), RESOURCE_OUTSIDE),
@@ -86,6 +95,16 @@ HEADERS = [
     ("sections_at_one_place", put(("textSection", 12), DATA), "", ""),
 ]
 
+def forwarding_among_names_outside():
+    """The system looks it up among names of which only ours is inside."""
+    count, begin = 21, 0x100
+    module = Module(export="ntdll.RtlGetLastWin32Error")
+    for i in range(1, count):
+        module.put(("exports", begin + 4 * i), 0x7FFF0000)
+    module.put(("exports", begin), DATA + 52).put(("exports", 24), count)
+    return module.put(("exports", 32), DATA + begin).put(("exports", 36), DATA + begin + 4 * count)
+
+
 DIRECTORIES = [
     ("exports_outside", put("exportDirectory", OUTSIDE), "", EXPORTS),
     ("no_exports", put("exportDirectory", 0), "", "does not export"),
@@ -101,9 +120,12 @@ DIRECTORIES = [
     ("export_is_data", lambda: Module(export=DATA + 0x1000), "", "is data"),
     ("export_is_a_header", lambda: Module(export=0), "", "is data"),
     ("export_in_a_missing_module", lambda: Module(export="absent.function"), "", "does not export"),
+    ("forwards_to_itself", lambda: Module(export="forwards_to_itself.queryClassFactoryLocal"), "", "a stack overflow"),
+    ("forwards_among_names_outside", forwarding_among_names_outside, "", "an access violation"),
     ("export_of_another_module", lambda: Module(export="ntdll.RtlGetLastWin32Error"), "", ""),
     ("factory_writes_to_zero", coded("31C08900C3"), "", "an access violation"),
     ("factory_is_no_code", coded("0F0B"), "", "an illegal instruction"),
+    ("factory_takes_all_registers", coded("31DB31F631FF31ED0F0B"), "", "an illegal instruction"),
     ("factory_stops_the_machine", coded("F4"), "", "a privileged instruction"),
     ("factory_breaks", coded("CCC3"), "", "0x80000003"),
     ("factory_divides_by_zero", coded("31C9F7F1C3"), "", "a division by zero"),
