@@ -82,7 +82,7 @@ STORIES = {
                             ("", ["corvix-host", "retry"], 0, "No plug-in")],
     "tried again when it is another": [*crash, rebuilt, ("", LIST, 0, FINE), ("", USE, 0, "saved"), nothing_left],
     "an end in good order counts too": [("exit", USE, 0, "!saved"), ("", LIST, 0, OUT)],
-    "two at once": [meanwhile],
+    "two at once, and the user ends the one that hangs": [meanwhile, ("", LIST, 0, OUT)],
     "killed in the message loop": [("", ["corvix-endings", "shell", "killed"], 9, ""), nothing_left, ("", MODULES, 0, "^1 \n")],
     "nobody knows why, twice": [("", DIES, 9, ""), ("", DIES, 9, ""),
                                 ("", MODULES, 0, "^box: The last two starts .*\n0 The last two starts .* nobody knows"),
