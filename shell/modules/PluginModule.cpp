@@ -173,6 +173,7 @@ void KPluginInterface::setReason(const wchar_t* reason) noexcept {
     sWriteLog(L"No object \"%s\" from %s: %s\n", name_, module_->path(), reason);
 }
 
+// False when it is of no use.
 bool KPluginInterface::lookAt(IBSmartObject& object) {
   if (!isIdentityChecked_) isIdentityChecked_ = isSound(object);
   if (!isIdentityChecked_) return false;

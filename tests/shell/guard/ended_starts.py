@@ -56,6 +56,11 @@ def damaged(folder, starts):
         record.unlink()
 
 
+def logged(folder, starts):
+    text = (folder / "corvix-endings.exe.log").read_text(errors="replace")
+    return None if re.search(r"\nA start ended before its end, nobody knows why: 20\d\d-\d\d-\d\d \d\d:\d\d\s", text) else text
+
+
 def nothing_left(folder, starts):
     left = [path.name for path in (folder / "starts").glob("*")]
     return f"left: {left}" if left else None
@@ -77,11 +82,16 @@ STORIES = {
                             ("", ["corvix-host", "retry"], 0, "No plug-in")],
     "tried again when it is another": [*crash, rebuilt, ("", LIST, 0, FINE), ("", USE, 0, "saved"), nothing_left],
     "an end in good order counts too": [("exit", USE, 0, "!saved"), ("", LIST, 0, OUT)],
-    "two at once": [meanwhile],
+    "two at once, and the user ends the one that hangs": [meanwhile, ("", LIST, 0, OUT)],
     "killed in the message loop": [("", ["corvix-endings", "shell", "killed"], 9, ""), nothing_left, ("", MODULES, 0, "^1 \n")],
-    "nobody knows why, twice": [("", DIES, 9, ""), ("", DIES, 9, ""), ("", MODULES, 0, "^0 The last two starts .* nobody knows"),
+    "nobody knows why, twice": [("", DIES, 9, ""), ("", DIES, 9, ""),
+                                ("", MODULES, 0, "^box: The last two starts .*\n0 The last two starts .* nobody knows"),
                                 nothing_left, ("", MODULES, 0, "^1 \n")],
-    "nobody knows why, once": [*[("", DIES, 9, ""), ("", MODULES, 0, "^1 \n")] * 2, nothing_left],
+    "its user is told once": [("told", MODULES, 9, ""), ("", MODULES, 0, r"^box: \S.*ends_at_start.dll: The program ended in it.*\n2 "),
+                              ("", MODULES, 0, "^2 The program ended in it")],
+    "in the user's own folder": [*crash, ("", LIST, 0, r"deleted: C:.*\\Marrowby\\Corvix\\Starts\\corvix-host.exe\.\d+\.\w+\.start"),
+                                 ("", ["corvix-host", "retry"], 0, "tried again")],
+    "nobody knows why, once": [("", ["corvix-endings", "none", "log"], 0, ""), *[("", DIES, 9, ""), ("", MODULES, 0, "^1 \n")] * 2, nothing_left, logged],
     "the program itself ends": [*[("", ["corvix-endings", "shell", "exits"], 0, "")] * 3, nothing_left, ("", MODULES, 0, "^1 \n")],
     "a damaged record": [*crash, damaged, ("", USE, 0, "saved"), ("", LIST, 0, FINE)],
     "a read-only folder": [*[("crash", USE, 5, "!saved")] * 2, ("", USE, 0, "saved"), nothing_left],
@@ -98,7 +108,8 @@ for name, steps in STORIES.items():
     for file in [*library.glob("*.dll"), library / "corvix-host.exe", endings]:
         shutil.copy(file, story)
     shutil.copy(faulty / "ends_at_start.dll", story / "plugins")
-    records = "Z:\\sys" if name == "a read-only folder" else "Z:" + str(story / "starts").replace("/", "\\")
+    own = "Z:" + str(story / "starts").replace("/", "\\")
+    records = {"a read-only folder": "Z:\\sys", "in the user's own folder": ""}.get(name, own)
     for number, step in enumerate(steps):
         if callable(step):
             fault = step(story, records)

@@ -33,6 +33,17 @@ class Listener final : public IShellListener {
   }
 };
 
+class Boxes final : public IDialogListener {
+  CORVIX_IDENTITY(Boxes, 0x84D17C5B, 0x39E0F26A, 0xD2A5B819, 0x6F43C07E, IDialogListener)
+ public:
+  int onSysMsgBox(MessageBoxRequest& request) override {
+    std::fprintf(stderr, "box: %ls\n", request.text);
+    return notify::kGoOn;
+  }
+  int onShowCustomDialog(CustomDialogRequest&) override { return notify::kGoOn; }
+  int onShowConfirmation(ConfirmationRequest&) override { return notify::kGoOn; }
+};
+
 int value;
 
 void leave(const char* name, BGlobalData::Destructor destructor) {
@@ -125,6 +136,7 @@ int main(int, char** arguments) {
     IShell::startUnattended();
     atStart = arguments[2];
     shellNotifications(ShellNotification::Initialize).addListener(new Listener);
+    shellNotifications(ShellNotification::SysMsgBox).addListener(new Boxes);
     IShell::getInstance()->sender(ShellNotification::UnInitialize).addListener(new Listener);
   }
   leave("of the program", onValue);
