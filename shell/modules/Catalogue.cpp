@@ -20,7 +20,7 @@ constexpr wchar_t kSwitch[] = L"ModuleCatalogue";
 
 // A file may change once more without another time, as long as its clock has not gone on: what was that young when the
 // catalogue was written is read again.
-constexpr u64 kYoung = 2 * 10'000'000;  // in units of 100 ns
+constexpr u64 kYoung = u64{2} * 10'000'000;  // in units of 100 ns
 
 // A catalogue is a Head, the folder's path, and for each module a Record, its name and its descriptor; each of
 // these begins at a multiple of eight bytes.
