@@ -61,6 +61,7 @@ const wchar_t* KPluginModule::keep(const std::wstring& sentence) noexcept {
 void KPluginModule::fail(const std::wstring& reason) noexcept {
   state_ = ModuleState::Failed;
   factory_ = nullptr;
+  isReady_ = false;
   reason_ = keep(reason);
   sWriteLog(L"Module %s failed: %s\n", path_.c_str(), reason_);
 }
@@ -120,10 +121,15 @@ bool KPluginModule::load() {
   return take(loaded);
 }
 
-IBSmartObject* KPluginModule::createObject(const wchar_t* interfaceName, const stype_info& identifier) {
+IBSmartObject* KPluginModule::loadAndMake(const wchar_t* interfaceName, const stype_info& identifier) {
   if (!load()) return nullptr;
-  IBSmartObject* object = nullptr;
+  isReady_ = !startUnderWay;
   const StartMark mark = startMark(StartPhase::Object);
+  return makeObject(interfaceName, identifier);
+}
+
+IBSmartObject* KPluginModule::makeObject(const wchar_t* interfaceName, const stype_info& identifier) {
+  IBSmartObject* object = nullptr;
   const GuardedOutcome outcome = guardedFromAll([&] {
     object = factory_->createObject(interfaceName, identifier);
     if (object) object->typeInfo();  // something that is no object may end here

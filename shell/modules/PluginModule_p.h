@@ -75,7 +75,9 @@ class KPluginModule final : public IPluginModule, public IStartRecord {
   bool load();
 
   // Null when it cannot be had; `reason` then says why.
-  IBSmartObject* createObject(const wchar_t* interfaceName, const stype_info& identifier);
+  IBSmartObject* createObject(const wchar_t* interfaceName, const stype_info& identifier) {
+    return isReady_ ? makeObject(interfaceName, identifier) : loadAndMake(interfaceName, identifier);
+  }
 
   // The sentence, behind it what is wrong with the descriptor; stands as long as the module.
   const wchar_t* keep(const std::wstring& sentence) noexcept;
@@ -87,6 +89,8 @@ class KPluginModule final : public IPluginModule, public IStartRecord {
  private:
   static const wchar_t* orEmpty(const wchar_t* text) noexcept { return text ? text : L""; }
   StartMark markedNow(StartPhase phase) noexcept;
+  IBSmartObject* loadAndMake(const wchar_t* interfaceName, const stype_info& identifier);
+  IBSmartObject* makeObject(const wchar_t* interfaceName, const stype_info& identifier);
   bool take(const LoadedFactory& loaded);
   bool hasWhatItNeeds();
 
@@ -95,7 +99,8 @@ class KPluginModule final : public IPluginModule, public IStartRecord {
   IUserAlert& alert_;
   ModuleState state_ = ModuleState::Described;
   bool isLoading_ = false;
-  bool isAttached_ = false;                    // its code was there before
+  bool isReady_ = false;     // loaded, and no start is under way that would have to know of its objects
+  bool isAttached_ = false;  // its code was there before
   const wchar_t* whyOnlyDescribed_ = nullptr;  // else null
   bool isLeftOut_ = false;
   EarlierStarts* starts_ = nullptr;  // in which it was busy
