@@ -321,7 +321,18 @@ TEST(Shell, TasksOfAnyThreadComeInOrderThroughTheMessageLoop) {
 }
 
 TEST(Shell, HasNoManagersThatNobodyDeclares) {
-  EXPECT_TRUE(!shell().guiManager() && !shell().docManager() && !shell().stateHistory());
+  EXPECT_TRUE(!shell().guiManager() && !shell().docManager() && shell().stateHistory());
+}
+
+TEST(Shell, APluginsManagerTakesThePlaceOfTheLibrarys) {
+  for (const wchar_t* const name : {L"IMenuManager.Instance", L"IStateHistory.GetInstance"}) {
+    const auto isLibrarys = [&] {
+      return Ref<IBSmartObject>::adopt(manager().createObject(name))->typeInfo().className()[0] == 'K';
+    };
+    EXPECT_TRUE(isLibrarys());
+    Descriptor().interface_(name, L"Low").registerIn(manager());
+    EXPECT_FALSE(isLibrarys());
+  }
 }
 
 TEST(Locations, NameTheirSuppliers) {
@@ -507,4 +518,6 @@ CORVIX_PLUGIN({L"CommandLine.Processors", corvix::makeProcessor},
               {L"GlobalEvent.Odd", corvix::create<corvix::NoTarget>},
               {L"IPluginManagerBeforeDestroy", corvix::create<corvix::Goodbye>},
               {L"Dialog.Test", corvix::create<corvix::Dialog>}, {L"IActionManager.Instance", corvix::makeManager},
+              {L"IMenuManager.Instance", corvix::create<corvix::Dialog>},
+              {L"IStateHistory.GetInstance", corvix::create<corvix::Dialog>},
               {L"Actions.Test.Declared", corvix::create<corvix::Declared>})
