@@ -7,7 +7,7 @@
 #include "shell/DeclaredObjects_p.h"
 #include "shell/documents/DocManager.h"
 #include "shell/gui/GUIManager.h"
-#include "shell/history/StateHistory.h"
+#include "shell/history/KStateHistory_p.h"
 #include "shell/instance/LibraryModule_p.h"
 #include "shell/menus/KMenuManager_p.h"
 #include "shell/modules/ModuleFile_p.h"
@@ -82,6 +82,7 @@ void KShell::start(void* module) {
   pluginManager_->scanFolder((folderOf(modulePath(nullptr)) + L"\\plugins").c_str());
   pluginManager_->registerInstance(L"IActionManager.Instance", actionManager_);
   pluginManager_->registerInstance(L"IMenuManager.Instance", make<KMenuManager>(*pluginManager_));
+  pluginManager_->registerInstance(L"IStateHistory.GetInstance", make<KStateHistory>());
   {
     const StartSentinel sentinel;
     pluginManager_->tellAfterInit();

@@ -1,6 +1,8 @@
 // Modules, the shell, actions and events.
 #include "tests/library/PublicOperations.h"
 
+#include "core/baselib/streams/InputStream.h"
+#include "core/baselib/streams/OutputStream.h"
 #include "core/settings/BSettings_p.h"
 #include "core/suppliers/KFileSupplier_p.h"
 #include "shell/Actions.h"
@@ -8,6 +10,7 @@
 #include "shell/Locations.h"
 #include "shell/ModuleResources.h"
 #include "shell/Progress.h"
+#include "shell/history/KStateHistory_p.h"
 #include "shell/instance/KShell_p.h"
 #include "shell/menus/KMenuManager_p.h"
 #include "shell/modules/KClassFactoryLocal_p.h"
@@ -162,6 +165,59 @@ void useMenus() {
   }
 }
 
+class Document final : public BSmartObject, public IDocument {
+  CORVIX_IDENTITY(Document, 0x2F81C6D0, 0x4B7E93A5, 0x91D40E68, 0xA35C7F12, BSmartObject, IDocument)
+
+ public:
+  const wchar_t* location() const noexcept override { return L""; }
+  const wchar_t* title() const noexcept override { return L""; }
+  bool isModified() const noexcept override { return false; }
+};
+
+class Step final : public BSmartObject, public IState {
+  CORVIX_IDENTITY(Step, 0x9B03E57A, 0x46F1D82C, 0xAC7290E4, 0x6D1845BF, BSmartObject, IState)
+
+ public:
+  explicit Step(int& done) : done_(done) { ++done_; }
+  const wchar_t* text() const noexcept override { return L"step"; }
+  bool goBack() override { return --done_, true; }
+  bool goForward() override { return ++done_, true; }
+  bool mergeWith(IState*) override { return false; }
+  u32 sizeBytes() const noexcept override { return 4; }
+  bool freeze(IBStream* to) override { return query<BOutputStream>(to)->write(&done_, sizeof done_) == sizeof done_; }
+  bool thaw(IBStream* from) override {
+    int was = 0;
+    return readFully(*query<BInputStream>(from), &was, sizeof was) == sizeof was;
+  }
+
+ private:
+  int& done_;
+};
+
+void useHistory() {
+  int done = 0;
+  const auto history = make<KStateHistory>();
+  IStateHistory& its = *history;
+  const auto document = make<Document>();
+  its.setActive(document.get());
+  IStateList* const list = its.listOf(document.get());
+  list->sender().addListener(nullptr);
+  list->begin(L"text");
+  list->end();
+  for (int i = 0; i < 20; ++i) {
+    const auto step = make<Step>(done);
+    tryOrLook([&] { list->add(step.get()); }, [&] { return !list->canGoForward() && list->canGoBack() == (i > 0); });
+  }
+  list->markSaved();
+  IBHibernatable& sleeper = *query<IBHibernatable>(list);
+  sleeper.hibernate(true);
+  while (list->canGoBack() && *list->backText() && list->goBack()) {
+  }
+  EXPECT_TRUE(done < 20 && !its.canGoBack() == !list->canGoBack() && *list->forwardText() && !list->isAtSaved());
+  EXPECT_TRUE(its.goForward() && list->goBack() && list->goForward() && its.goBack() && its.canGoForward());
+  its.forget(document.get());
+}
+
 void useModuleFiles() {
   ModuleFolder folder;
   Manager its;
@@ -277,6 +333,7 @@ const PublicOperation kOperations[] = {
        switchCatalogue(isCatalogueSwitchedOn());
      }},
     {"menus", useMenus},
+    {"steps of a document", useHistory},
     {"global events", useEvents},
     {"opening a location", openLocations},
     {"actions", useActions},

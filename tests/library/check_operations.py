@@ -24,7 +24,6 @@ NEEDS_NONE = {
     "BFileInputStream": "opened by the file supplier, in the row of files by location",
     "BFixedMemoryPool": "made by BMemoryManager::getPool, as callers have it",
     "BForwardInputStream": BASE,
-    "BOutputStream": BASE,
     "BRAInputStream": BASE,
     "BSizeClassMemoryPool": "made by BMemoryManager::getPool, as callers have it",
     "BStream": BASE,

@@ -249,7 +249,18 @@ TEST(Shell, TasksOfAnyThreadComeInOrderThroughTheMessageLoop) {
 }
 
 TEST(Shell, HasNoManagersThatNobodyDeclares) {
-  EXPECT_TRUE(!shell().guiManager() && !shell().docManager() && !shell().stateHistory());
+  EXPECT_TRUE(!shell().guiManager() && !shell().docManager() && shell().stateHistory());
+}
+
+TEST(Shell, APluginsManagerTakesThePlaceOfTheLibrarys) {
+  for (const wchar_t* const name : {L"IMenuManager.Instance", L"IStateHistory.GetInstance"}) {
+    const auto isLibrarys = [&] {
+      return Ref<IBSmartObject>::adopt(manager().createObject(name))->typeInfo().className()[0] == 'K';
+    };
+    EXPECT_TRUE(isLibrarys());
+    Descriptor().interface_(name, L"Low").registerIn(manager());
+    EXPECT_FALSE(isLibrarys());
+  }
 }
 
 TEST(Locations, NameTheirSuppliers) {
@@ -320,7 +331,9 @@ TEST(CommandLine, OffersToTheFrameworksOwnProcessorsFirst) {
 const OwnObject ownObjects[] = {{L"CommandLine.Processors", makeProcessor},
                                 {L"IPluginManagerBeforeDestroy", create<Goodbye>},
                                 {L"Dialog.Test", create<Dialog>},
-                                {L"IActionManager.Instance", makeManager}};
+                                {L"IActionManager.Instance", makeManager},
+                                {L"IMenuManager.Instance", create<Dialog>},
+                                {L"IStateHistory.GetInstance", create<Dialog>}};
 
 }  // namespace
 
