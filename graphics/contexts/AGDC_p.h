@@ -83,6 +83,7 @@ class AGDC : public DrawingContext {
   void lineStateChanged() noexcept override { isPenStale_ = true; }
   void colorsChanged() noexcept override;
   HRGN deviceClip() noexcept override;
+  bool drawsEachPixel() const noexcept override { return attributes_ != nullptr; }
   HRGN clipBesideDevice() noexcept override { return deviceClip(); }
   double greatestCoordinate() const noexcept override;
   bool cutsDashes() const noexcept override;
