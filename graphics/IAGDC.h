@@ -56,7 +56,10 @@ class IAGDC : public BSmartObject {
 
   virtual double width() const noexcept = 0;
   virtual double height() const noexcept = 0;
-  virtual DeviceHandle deviceContext() = 0;  // everything drawn so far is on it; draw with GDI right after the call
+
+  // For GDI calls of your own, right after this one: everything drawn so far is on it, and the context's clip and
+  // origin (rounded to whole pixels) apply to it, the user transform does not. Null when nothing is attached.
+  virtual DeviceHandle deviceContext() = 0;
   virtual bool isAttached() const noexcept = 0;
   virtual bool isNonDisplay() const noexcept = 0;  // a printer, plotter or metafile
   virtual u32 capabilities() const noexcept = 0;   // all bits that this kind of context accepts

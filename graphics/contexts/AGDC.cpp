@@ -63,7 +63,7 @@ AGDC::AGDC(DeviceHandle device, double width, double height) : DrawingContext(de
       [](Gdiplus::GpSolidFill** made) { return flat().GdipCreateSolidFill(kWhite, made); }));
 }
 
-AGDC::~AGDC() = default;
+AGDC::~AGDC() { takeBack(); }
 
 bool AGDC::take(DeviceHandle device, double width, double height) {
   return session_ && DrawingContext::take(device, width, height);
@@ -82,13 +82,31 @@ IAGDC* AGDC::createDetached() {
   return context->isStarted() ? context.detach() : nullptr;
 }
 
+DeviceHandle AGDC::deviceContext() {
+  beginGdi();
+  int left;
+  int top;
+  if (!isAttached_ || !gdi::roundPixel(origin_.x, left) || !gdi::roundPixel(origin_.y, top)) return device_;
+  lent_.emplace(device_, deviceClip(), baseOrigin_);
+  SetViewportOrgEx(device_, baseOrigin_.x + left, baseOrigin_.y + top, nullptr);
+  return device_;
+}
+
+void AGDC::takeBack() noexcept {
+  if (!lent_) return;
+  lent_.reset();
+  SetViewportOrgEx(device_, baseOrigin_.x, baseOrigin_.y, nullptr);
+}
+
 void AGDC::beginGdi() noexcept {
+  takeBack();
   graphics_.reset();
   isPrepared_ = false;
 }
 
 bool AGDC::setOrigin(double x, double y) {
   if (!DrawingContext::setOrigin(x, y)) return false;
+  takeBack();
   isPrepared_ = false;
   onDevice_.reset();
   return true;
@@ -106,6 +124,7 @@ bool AGDC::prepare() noexcept {
   if (graphics_ && isPrepared_) return useWorld(World::Plain);
   const bool isNew = !graphics_;
   if (isNew) {
+    takeBack();
     graphics_ = gdiplus::makeWhole<gdiplus::OwnedGraphics>(
         [this](Gdiplus::GpGraphics** made) { return flat().GdipCreateFromHDC(device_, made); });
     if (!graphics_) return false;

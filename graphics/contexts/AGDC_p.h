@@ -9,6 +9,8 @@
 #include "graphics/gdiplus/ClipStack_p.h"
 #include "graphics/gdiplus/Wrappers_p.h"
 
+#include <optional>
+
 namespace corvix {
 
 class AGDC : public DrawingContext {
@@ -25,6 +27,7 @@ class AGDC : public DrawingContext {
   bool isStarted() const noexcept { return static_cast<bool>(session_); }
 
   bool detach() override;
+  DeviceHandle deviceContext() override;
   IAGDC* createDetached() override;
   bool canDraw() const noexcept override { return isAttached_ && session_; }
   u32 capabilities() const noexcept override { return kAccepted; }
@@ -80,6 +83,7 @@ class AGDC : public DrawingContext {
   void lineStateChanged() noexcept override { isPenStale_ = true; }
   void colorsChanged() noexcept override;
   HRGN deviceClip() noexcept override;
+  bool drawsEachPixel() const noexcept override { return attributes_ != nullptr; }
   HRGN clipBesideDevice() noexcept override { return deviceClip(); }
   double greatestCoordinate() const noexcept override;
   bool cutsDashes() const noexcept override;
@@ -106,6 +110,7 @@ class AGDC : public DrawingContext {
   static_assert(sizeof(WorkBuffer) == 1032);
 
   bool prepare() noexcept;
+  void takeBack() noexcept;
   void applyWorld() noexcept;
   bool useWorld(World world) noexcept;
   bool preparePen(bool isSolid) noexcept;
@@ -126,7 +131,8 @@ class AGDC : public DrawingContext {
   gdiplus::OwnedBrush brush_;
   gdiplus::OwnedPath native_;  // for what is drawn or clipped by at the moment
   gdiplus::ClipStack clips_;
-  gdi::Region onDevice_;  // the clip in device pixels; made when asked for
+  gdi::Region onDevice_;                // the clip in device pixels; made when asked for
+  std::optional<gdi::ClipScope> lent_;  // while the caller draws on the device context, its clip and origin are ours
   gdiplus::OwnedGraphics graphics_;
   Gdiplus::SmoothingMode smoothing_ = Gdiplus::SmoothingModeHighSpeed;
   Gdiplus::InterpolationMode interpolation_ = Gdiplus::InterpolationModeNearestNeighbor;

@@ -145,6 +145,8 @@ class DrawingContext : public IAGDC, public ITextTarget {
   virtual bool turnedOut(const ImageBits& bits, ImageTurn turn, const Matrix& unitToDevice, bool smooth) = 0;
 
   // The clip as far as the device context does not know it.
+  // Whether something is done with an image's pixels yet before they may be averaged.
+  virtual bool drawsEachPixel() const noexcept { return false; }
   virtual HRGN clipBesideDevice() noexcept { return nullptr; }
   // From (0, 0) of another device context to a place without the origin.
   bool blitOut(HDC source, i32 x, i32 y, i32 width, i32 height);

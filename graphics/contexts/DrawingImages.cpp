@@ -101,12 +101,30 @@ bool DrawingContext::placeImage(const ImageView& view, const Matrix& unitToDevic
     if (mode == RotationMode::Normal) smooth = false;
   }
   return withinMemory([&] {
+    const Matrix whole = turnMatrix(turn).then(placed);
     PixelBox seen;
-    if (!seenPart(view, turnMatrix(turn).then(placed), seen)) return true;
-    ImageBits bits = makeBits(view, quality().largestImage(), seen);
+    if (!seenPart(view, whole, seen)) return true;
+    i32 width;
+    i32 height;
+    reducedSize(view, whole, width, height);
+    const bool isAlong = isAlongAxes(whole);
+    const bool isReduced = smooth && !drawsEachPixel() && (width < view.width || height < view.height) &&
+                           (!isAlong || onWholePixels(whole).canTurnBack());
+    const i64 limit = quality().largestImage();
+    const bool isLimited = i64{seen.right - seen.left} * (seen.bottom - seen.top) > limit;
+    ImageBits bits;
+    if (!isReduced || isLimited || recolor) {
+      bits = makeBits(view, limit, seen, std::min(view.width / width, view.height / height));
+    }
     if (recolor) {
       bits = toArgb(bits);
       bits.recolor(recolor);
+    }
+    if (isReduced) {
+      bits = bits.pixels ? reduced(viewOf(bits), bits.seen, width, height, bits.hasAlpha)
+                         : reduced(view, seen, width, height, hasAlpha(view));
+      if (!bits.pixels) return true;
+      if (isAlong) return imageOut(bits, onWholePixels(whole), smooth);
     }
     return turn == ImageTurn::None ? imageOut(bits, placed, smooth) : turnedOut(bits, turn, placed, smooth);
   });

@@ -16,21 +16,10 @@ u32 indexAt(const u8* row, i32 x, i32 bitsPerPixel) noexcept {
   return static_cast<u32>(row[bit / 8] >> (8 - bitsPerPixel - bit % 8)) & ((1U << bitsPerPixel) - 1);
 }
 
-void allocate(ImageBits& bits, i32 width, i32 height, i32 bitsPerPixel) {
-  bits.width = width;
-  bits.height = height;
-  bits.bitsPerPixel = bitsPerPixel;
-  bits.strideBytes = static_cast<i32>((i64{width} * bitsPerPixel + 31) / 32 * 4);
-  bits.seen = {0, 0, width, height};
-  bits.converted.allocate(static_cast<std::size_t>(bits.strideBytes) * static_cast<std::size_t>(height));
-  bits.pixels = bits.converted.data();
-}
-
 // GDI and GDI+ take it as it is.
 bool isUsable(const ImageView& view) noexcept {
   if (view.model == ColorModel::Cmyk || view.bitsPerPixel == 2 || view.firstPixel) return false;
-  return view.model != ColorModel::Indexed ||
-         std::all_of(view.palette, view.palette + view.paletteSize, [](Color color) { return alphaOf(color) == 255; });
+  return view.model != ColorModel::Indexed || !hasAlpha(view);
 }
 
 // 32-bit pixels: the address of one.
@@ -40,12 +29,28 @@ Color* argbRow(ImageBits& bits, i32 y) noexcept {
 
 }  // namespace
 
+void allocatePixels(ImageBits& bits, i32 width, i32 height, i32 bitsPerPixel) {
+  bits.width = width;
+  bits.height = height;
+  bits.bitsPerPixel = bitsPerPixel;
+  bits.strideBytes = static_cast<i32>((i64{width} * bitsPerPixel + 31) / 32 * 4);
+  bits.seen = {0, 0, width, height};
+  bits.converted.allocate(static_cast<std::size_t>(bits.strideBytes) * static_cast<std::size_t>(height));
+  bits.pixels = bits.converted.data();
+}
+
 bool viewOf(IAGImage* image, ImageView& view) noexcept {
   if (!image) return false;
   view = {image->width(),        image->height(),      image->colorModel(),
           image->bitsPerPixel(), image->strideBytes(), image->row(0),
           image->palette(),      image->paletteSize(), 0};
   return view.rows && view.width > 0 && view.height > 0;
+}
+
+bool hasAlpha(const ImageView& view) noexcept {
+  return view.model == ColorModel::Argb ||
+         (view.model == ColorModel::Indexed && std::any_of(view.palette, view.palette + view.paletteSize,
+                                                           [](Color color) { return alphaOf(color) != 255; }));
 }
 
 bool cutTo(const PixelBox& part, ImageView& view) noexcept {
@@ -101,11 +106,14 @@ void ImageBits::recolor(const Recolor& change) {
   hasAlpha = true;
 }
 
-ImageBits makeBits(const ImageView& view, i64 mostPixels, const PixelBox& seen) {
+ImageBits makeBits(const ImageView& view, i64 mostPixels, const PixelBox& seen, i32 mostStep) {
   ImageBits bits;
   const auto stepped = [](i32 count, i32 step) { return i64{(count + step - 1) / step}; };
   i32 step = 1;
-  while (stepped(seen.right - seen.left, step) * stepped(seen.bottom - seen.top, step) > mostPixels) ++step;
+  while (step < mostStep &&
+         stepped(seen.right - seen.left, step) * stepped(seen.bottom - seen.top, step) > mostPixels) {
+    ++step;
+  }
   if (step == 1 && isUsable(view)) {
     bits.width = view.width;
     bits.height = view.height;
@@ -121,8 +129,8 @@ ImageBits makeBits(const ImageView& view, i64 mostPixels, const PixelBox& seen) 
     return bits;
   }
   const bool isCmyk = view.model == ColorModel::Cmyk && step == 1;
-  allocate(bits, static_cast<i32>(stepped(view.width, step)), static_cast<i32>(stepped(view.height, step)),
-           isCmyk ? 24 : 32);
+  allocatePixels(bits, static_cast<i32>(stepped(view.width, step)), static_cast<i32>(stepped(view.height, step)),
+                 isCmyk ? 24 : 32);
   bits.seen = {seen.left / step, seen.top / step, static_cast<i32>(stepped(seen.right, step)),
                static_cast<i32>(stepped(seen.bottom, step))};
   bits.hasAlpha = view.model == ColorModel::Argb || view.model == ColorModel::Indexed;
@@ -167,7 +175,7 @@ Color colorAt(const ImageBits& bits, i32 x, i32 y) noexcept {
 
 ImageBits toArgb(const ImageBits& bits) {
   ImageBits result;
-  allocate(result, bits.width, bits.height, 32);
+  allocatePixels(result, bits.width, bits.height, 32);
   result.seen = bits.seen;
   result.hasAlpha = bits.hasAlpha;
   for (i32 y = bits.seen.top; y < bits.seen.bottom; ++y) {
@@ -214,7 +222,7 @@ Matrix uprightBox(const Matrix& unitToDevice) noexcept {
 
 ImageBits turned(const ImageBits& bits, ImageTurn turn) {
   ImageBits result;
-  allocate(result, swapsSides(turn) ? bits.height : bits.width, swapsSides(turn) ? bits.width : bits.height, 32);
+  allocatePixels(result, swapsSides(turn) ? bits.height : bits.width, swapsSides(turn) ? bits.width : bits.height, 32);
   result.hasAlpha = bits.hasAlpha;
   // From pixel to pixel instead of from unit square to unit square.
   const Matrix unit = turnMatrix(turn);
@@ -262,6 +270,8 @@ Color blend(const ImageBits& bits, double x, double y) noexcept {
   return argb(static_cast<u32>(sums[0] + 0.5), level(sums[1]), level(sums[2]), level(sums[3]));
 }
 
+}  // namespace
+
 Matrix onWholePixels(const Matrix& unitToDevice) noexcept {
   const Matrix box = uprightBox(unitToDevice);
   const auto rounded = [](double edge) { return std::floor(edge + 0.5); };
@@ -270,8 +280,6 @@ Matrix onWholePixels(const Matrix& unitToDevice) noexcept {
   const Matrix whole = {rounded(box.e + box.a) - left, 0, 0, rounded(box.f + box.d) - top, left, top};
   return turnMatrix(turnOf(unitToDevice)).then(whole);
 }
-
-}  // namespace
 
 ImageBits transformed(const ImageBits& bits, const Matrix& unit, const PixelBox& area, bool smooth, i32& left,
                       i32& top) {
@@ -288,7 +296,7 @@ ImageBits transformed(const ImageBits& bits, const Matrix& unit, const PixelBox&
   const double bottom = std::min(std::ceil(box.bottom), static_cast<double>(area.bottom));
   ImageBits result;
   if (!(right > left && bottom > top) || unitToDevice.determinant() == 0) return result;
-  allocate(result, static_cast<i32>(right) - left, static_cast<i32>(bottom) - top, 32);
+  allocatePixels(result, static_cast<i32>(right) - left, static_cast<i32>(bottom) - top, 32);
   result.hasAlpha = true;
   const Matrix back = unitToDevice.inverse().then(Matrix::scaling(bits.width, bits.height));
   for (i32 y = 0; y < result.height; ++y) {

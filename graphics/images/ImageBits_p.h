@@ -40,15 +40,27 @@ struct ImageView {
   i32 firstPixel;  // where in the first byte of a row it begins, in pixels; 0 from 8 bits on
 };
 bool viewOf(IAGImage* image, ImageView& view) noexcept;
+bool hasAlpha(const ImageView& view) noexcept;
 inline PixelBox wholeOf(const ImageView& view) noexcept { return {0, 0, view.width, view.height}; }
 bool cutTo(const PixelBox& part, ImageView& view) noexcept;  // false unless the part is within
 
 // `count` pixels of a row from `x` on, every `step`th, as colours.
 void readColors(const ImageView& view, i32 x, i32 y, i32 step, i32 count, Color* colors) noexcept;
 
-// Of those pixels that are seen. If these are more than `mostPixels`, the image is made smaller by leaving out pixels.
-// Throws std::bad_alloc.
-ImageBits makeBits(const ImageView& view, i64 mostPixels, const PixelBox& seen);
+ImageView viewOf(const ImageBits& bits) noexcept;
+
+// Of those pixels that are seen. If these are more than `mostPixels`, the image is made smaller by leaving out pixels,
+// at most all but every `mostStep`th. Throws std::bad_alloc.
+ImageBits makeBits(const ImageView& view, i64 mostPixels, const PixelBox& seen, i32 mostStep = 1);
+void allocatePixels(ImageBits& bits, i32 width, i32 height, i32 bitsPerPixel);
+
+// The size of an image that is made smaller for its place, so that its pixels are about those of the device; a side
+// that is not made smaller stays.
+void reducedSize(const ImageView& view, const Matrix& unitToDevice, i32& width, i32& height) noexcept;
+
+// Made smaller to that size: each pixel is the average of the area that it shows, weighted by alpha. 32 bits; seen is
+// what the seen part has all of, empty when that is nothing. Throws std::bad_alloc.
+ImageBits reduced(const ImageView& view, const PixelBox& seen, i32 width, i32 height, bool hasAlpha);
 
 // The seen ones alone, without copying them; `part` is where they are, which may be a few more at the left.
 ImageBits cutToSeen(const ImageBits& bits, PixelBox& part);
@@ -64,7 +76,8 @@ Matrix turnMatrix(ImageTurn turn) noexcept;  // from the unit square of the imag
 // Sides along the axes, but for rounding errors: then a turn onto an upright box is the same.
 bool isAlongAxes(const Matrix& unitToDevice) noexcept;
 ImageTurn turnOf(const Matrix& unitToDevice) noexcept;
-Matrix uprightBox(const Matrix& unitToDevice) noexcept;  // from the turned image's unit square
+Matrix onWholePixels(const Matrix& unitToDevice) noexcept;  // of what is along the axes, its box rounded
+Matrix uprightBox(const Matrix& unitToDevice) noexcept;     // from the turned image's unit square
 constexpr bool swapsSides(ImageTurn turn) noexcept { return static_cast<u32>(turn) & 1; }
 
 // The image as `unitToDevice` places it, sampled at the middles of the pixels of a box around it, limited to `area`;

@@ -55,6 +55,25 @@ TEST(Contexts, DetachDeletesTheirOwnObjects) {
   }
 }
 
+TEST(Contexts, TheCallersOwnDrawingHasTheirClipAndOrigin) {
+  for (const Through through : kBoth) {
+    SCOPED_TRACE(nameOf(through));
+    const Ref<IAGDC> page = makePage(through);
+    page->setOrigin(4.6, 3);
+    page->clipRect(2, 2, 10, 10);
+    PatBlt(page->deviceContext(), 0, 0, 64, 48, BLACKNESS);
+    const auto box = [](const Box& inked) {
+      return inside([inked](double x, double y) { return boxDistance(x, y, inked); }, 0);
+    };
+    expectCoverage(*page, kBlack, box({7, 5, 17, 15}), "clipped");
+    page->setOrigin(4.6, 3);
+    PatBlt(page->deviceContext(), 3, 3, 2, 2, WHITENESS);
+    EXPECT_TRUE(page->resetClip() && page->setFillColor(kBlack) && page->setOrigin(0, 0));
+    EXPECT_TRUE(page->fillRect(0, 0, 64, 48));
+    expectCoverage(*page, kBlack, box({0, 0, 64, 48}), "as if nothing had been lent");
+  }
+}
+
 TEST(Contexts, LendMemoryDevicesUntilTheyAreGivenBack) {
   for (const Through through : kBoth) {
     const Ref<IAGDC> page = makePage(through, 8, 8);

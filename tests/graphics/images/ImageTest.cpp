@@ -121,6 +121,77 @@ TEST(Image, EffectsAndMasks) {
   }
 }
 
+// Every pixel shows the average of its area, wherever it lies and whichever way it is turned.
+TEST(Image, IsAveragedWhenMadeSmaller) {
+  struct Row {
+    const char* name;
+    Matrix unit;
+    PixelBox box;
+  };
+  const Row rows[] = {
+      {"to a quarter", {16, 0, 0, 12, 4, 3}, {4, 3, 20, 15}},
+      {"to a quarter of fractions", {16.2, 0, 0, 11.8, 3.9, 3.2}, {4, 3, 20, 15}},
+      {"to a single pixel", {1, 0, 0, 1, 4, 3}, {4, 3, 5, 4}},
+      {"lower only", {64, 0, 0, 6, 0, 3}, {0, 3, 64, 9}},
+      {"mirrored", {-16, 0, 0, 12, 20, 3}, {4, 3, 20, 15}},
+      {"turned", {0, 16, -12, 0, 20, 3}, {8, 3, 20, 19}},
+      {"beyond the page", {32, 0, 0, 24, -16, -12}, {0, 0, 16, 12}},
+  };
+  for (const Through through : kBoth) {
+    for (const auto& format : kFormats) {
+      if (format.bits == 2) continue;  // its grey ramp has other levels
+      const Ref<IAGDC> page = makePage(through);
+      const auto image = Ref<IAGImage>::adopt(page->createImage(64, 48, format.model, format.bits));
+      for (i32 y = 0; y < 48; ++y) {
+        std::fill_n(image->row(y), image->strideBytes(), static_cast<u8>(y % 2 ? 0xFF : 0));
+        for (i32 x = 0; format.model == ColorModel::Argb && x < 64; ++x) image->row(y)[4 * x + 3] = 0xFF;
+      }
+      for (const Row& row : rows) {
+        page->clear();
+        EXPECT_TRUE(page->drawImageTransformed(image.get(), row.unit));
+        int wrong = 0;
+        for (i32 y = 0; y < 48; ++y) {
+          for (i32 x = 0; x < 64; ++x) {
+            const bool isIn = x >= row.box.left && x < row.box.right && y >= row.box.top && y < row.box.bottom;
+            const Color color = pixelOf(*page, x, y);
+            wrong += isIn ? std::abs(static_cast<i32>(redOf(color)) - 127) > 1 : color != kWhite;
+          }
+        }
+        EXPECT_EQ(wrong, 0) << nameOf(through) << ' ' << format.bits << ", " << row.name;
+      }
+    }
+  }
+}
+
+// What is transparent has no colour to give, and what goes in by a part counts for that part.
+TEST(Image, IsAveragedByAlphaAndByParts) {
+  for (const Through through : kBoth) {
+    const Ref<IAGDC> page = makePage(through);
+    const auto image = Ref<IAGImage>::adopt(page->createImage(4, 2, ColorModel::Argb, 0));
+    for (i32 i = 0; i < 8; ++i) {
+      const u8 pixel[4] = {static_cast<u8>(i % 2 ? 0xFF : 0), 0, 0, static_cast<u8>(i % 2 ? 0 : 0xFF)};
+      std::copy(pixel, pixel + 4, image->row(i / 4) + 4 * (i % 4));
+    }
+    EXPECT_TRUE(page->drawImage(image.get(), 0, 0, 2, 1));
+    EXPECT_NEAR(redOf(pixelOf(*page, 1, 0)), 127, 1) << nameOf(through);
+    EXPECT_NEAR(blueOf(pixelOf(*page, 1, 0)), 127, 1) << nameOf(through);
+    const auto row = Ref<IAGImage>::adopt(page->createImage(5, 1, ColorModel::Gray, 0));
+    for (i32 i = 0; i < 5; ++i) row->row(0)[i] = static_cast<u8>(50 * i);
+    EXPECT_TRUE(page->drawImage(row.get(), 0, 10, 2, 1));
+    EXPECT_NEAR(redOf(pixelOf(*page, 0, 10)), (0 + 50 + 100 * 0.5) / 2.5, 1) << nameOf(through);
+    EXPECT_NEAR(redOf(pixelOf(*page, 1, 10)), (100 * 0.5 + 150 + 200) / 2.5, 1) << nameOf(through);
+  }
+}
+
+TEST(Image, TheLimitLeavesWhatIsDrawnAsLargeAsItIs) {
+  constexpr i32 kSide = 4100;  // more than 16 megapixels
+  const Ref<IAGDC> page = makePage(Through::Gdi, kSide, kSide);
+  const auto image = Ref<IAGImage>::adopt(page->createImage(kSide, kSide, ColorModel::Indexed, 1));
+  for (i32 y = 0; y < kSide; ++y) std::fill_n(image->row(y), image->strideBytes(), u8{0x55});
+  EXPECT_TRUE(page->drawImagePixel(image.get(), 0, 0));
+  for (const i32 x : {0, 1, 2, 3, 2001, 4098, 4099}) EXPECT_EQ(pixelOf(*page, x, 7), x % 2 ? kWhite : kBlack) << x;
+}
+
 TEST(Image, TurnsAndMirrors) {
   for (const Through through : kBoth) {
     for (const auto& format : kFormats) {
