@@ -12,15 +12,15 @@ using namespace corvix;
 
 namespace {
 
-// What a window looks like, its frame included, taken from the window itself: no screen is needed.
+// What is in a window, taken from the window itself: no screen is needed.
 bool savePicture(IPluginManager& manager, HWND window, const std::string& file) {
   RECT size;
-  GetWindowRect(window, &size);
-  const int width = size.right - size.left, height = size.bottom - size.top;
+  GetClientRect(window, &size);
+  const int width = size.right, height = size.bottom;
   const auto creator = createObject<IAGDCCreator>(manager, L"AGDC.Memory");
   const auto copy = Ref<IAGDC>::adopt(creator ? creator->create(0, 0, nullptr, width, height) : nullptr);
   if (!copy) return false;
-  const HDC device = GetWindowDC(window);
+  const HDC device = GetDC(window);
   BitBlt(static_cast<HDC>(copy->deviceContext()), 0, 0, width, height, device, 0, 0, SRCCOPY);
   ReleaseDC(window, device);
   const auto image = Ref<IAGImage>::adopt(copy->createImage(width, height, ColorModel::Rgb, 0));

@@ -1,5 +1,6 @@
 // The test page in a real window: it is drawn once into memory and shown from there, so that scrolling and resizing
 // cost a copy. Dragging stretches a rubber band, which inverts what is under it and leaves it as it was.
+#include "shell/gui/Window.h"
 #include "examples/host/Command.h"
 #include "examples/host/Console.h"
 #include "examples/host/Page.h"
@@ -79,6 +80,11 @@ class PageWindow {
         return true;
       case WM_MOUSEWHEEL:
         moveTo(SB_VERT, scrolled_[SB_VERT] - GET_WHEEL_DELTA_WPARAM(wparam) * kLine / WHEEL_DELTA);
+        return true;
+      case WM_KEYDOWN:
+        if (wparam != VK_F12) return false;
+        if (const auto inspector = createObject<IWindow>(*IShell::getInstance()->pluginManager(), L"Window.Inspector"))
+          inspector->show(true);
         return true;
       case WM_LBUTTONDOWN:
         SetCapture(window_);
@@ -192,7 +198,7 @@ int showWindow(IPluginManager& manager, double closeAfterSeconds) {
 
 }  // namespace
 
-const Command windowCommand("window", "Show the test page in a window; drag for a rubber band",
+const Command windowCommand("window", "Show the test page in a window; drag for a rubber band, F12 for the inspector",
                             {{"--close-after", "Close it by itself after that many seconds", Argument::Optional}},
                             [](Host& host, const Texts& given) {
                               const double seconds = std::strtod(given[0].c_str(), nullptr);

@@ -215,7 +215,6 @@ void Frame::place() {
   InflateRect(&area, -margin, -margin);
   SetWindowPos(strip_, HWND_BOTTOM, area.left, area.top, area.right - area.left, area.bottom - area.top, 0);
   TabCtrl_AdjustRect(strip_, FALSE, &area);
-  InflateRect(&area, -margin, -margin);
   for (const auto& tab : tabs_) tab->place(area);
 }
 
@@ -239,6 +238,7 @@ bool Frame::showTab(std::wstring_view name) {
   for (std::size_t i = 0; i < std::size(kTabs); ++i) {
     if (kTabs[i].name != name) continue;
     turnTo(i);
+    tabs_[i]->focus();
     return true;
   }
   return false;

@@ -69,9 +69,9 @@ class MemoryTab : public Tab {
   }
 
   void placeMain(RECT area) override {
-    const int split = area.right * 2 / 3;
-    Tab::placeMain({0, 0, split, area.bottom});
-    MoveWindow(hibernatables_.handle(), split, 0, area.right - split, area.bottom, TRUE);
+    const LONG split = area.left + (area.right - area.left) * 2 / 3;
+    Tab::placeMain({area.left, area.top, split, area.bottom});
+    MoveWindow(hibernatables_.handle(), split, area.top, area.right - split, area.bottom - area.top, TRUE);
   }
   void adoptMore(const Look& look) override { hibernatables_.adopt(look); }
 

@@ -160,7 +160,8 @@ class SettingsTab : public Tab {
                 {L"Type", 65},
                 {L"Group and item", 190},
                 {L"Comment", 300}});
-    check_ = addToRow(L"BUTTON", L"&Value", WS_TABSTOP | BS_AUTOCHECKBOX, kCheck, 130);
+    addToRow(L"STATIC", L"&Value:", SS_CENTERIMAGE, -1, 45);
+    check_ = addToRow(L"BUTTON", L"on", WS_TABSTOP | BS_AUTOCHECKBOX, kCheck, 130);
     choice_ = addToRow(L"COMBOBOX", L"", WS_TABSTOP | WS_VSCROLL | CBS_DROPDOWNLIST, kChoice, 130);
     text_ = addToRow(L"EDIT", L"", WS_TABSTOP | ES_AUTOHSCROLL, kText, 130);
     set_ = addButton(L"&Set", kSet, 60);
@@ -172,9 +173,9 @@ class SettingsTab : public Tab {
   }
 
   void placeMain(RECT area) override {
-    const int split = area.right / 4;
-    MoveWindow(tree_, 0, 0, split, area.bottom, TRUE);
-    Tab::placeMain({split, 0, area.right, area.bottom});
+    const LONG split = area.left + (area.right - area.left) / 4;
+    MoveWindow(tree_, area.left, area.top, split - area.left, area.bottom - area.top, TRUE);
+    Tab::placeMain({split, area.top, area.right, area.bottom});
   }
 
   void unwatch() {

@@ -36,8 +36,9 @@ void Tab::place(const RECT& area) {
   MoveWindow(page_, area.left, area.top, area.right - area.left, area.bottom - area.top, TRUE);
   const int gap = look_->scaled(6), line = look_->lineHeight();
   RECT main = {0, 0, area.right - area.left, area.bottom - area.top};
+  InflateRect(&main, -gap, -gap);
   if (!row_.empty()) main.bottom -= line + gap;
-  int rest = main.right, left = 0;
+  int rest = main.right - main.left, left = main.left;
   const auto isShown = [](const InRow& one) { return (GetWindowLongW(one.control, GWL_STYLE) & WS_VISIBLE) != 0; };
   for (const InRow& one : row_) rest -= one.width && isShown(one) ? look_->scaled(one.width) + gap : 0;
   for (const InRow& one : row_) {

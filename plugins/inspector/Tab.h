@@ -21,6 +21,7 @@ class Tab {
   void adopt(const Look& look);
   void place(const RECT& area);
   void setVisible(bool visible);
+  void focus() const { SetFocus(list_.handle()); }
   HWND page() const noexcept { return page_; }
 
   // Told while it is visible: that things may have changed, and what the user does with the controls.
