@@ -328,12 +328,10 @@ TEST(CommandLine, OffersToTheFrameworksOwnProcessorsFirst) {
   processorLetters = "a";
 }
 
-const OwnObject ownObjects[] = {{L"CommandLine.Processors", makeProcessor},
-                                {L"IPluginManagerBeforeDestroy", create<Goodbye>},
-                                {L"Dialog.Test", create<Dialog>},
-                                {L"IActionManager.Instance", makeManager},
-                                {L"IMenuManager.Instance", create<Dialog>},
-                                {L"IStateHistory.GetInstance", create<Dialog>}};
+const OwnObject ownObjects[] = {
+    {L"CommandLine.Processors", makeProcessor}, {L"IPluginManagerBeforeDestroy", create<Goodbye>},
+    {L"Dialog.Test", create<Dialog>},           {L"IActionManager.Instance", makeManager},
+    {L"IMenuManager.Instance", create<Dialog>}, {L"IStateHistory.GetInstance", create<Dialog>}};
 
 }  // namespace
 
