@@ -44,6 +44,23 @@ int rowOf(HWND list, int column, const std::wstring& text) {
   return -1;
 }
 
+// Closes the inspector when an event is raised.
+class Closer : public IGlobalEventTarget {
+  CORVIX_IDENTITY(Closer, 0x2D64CB69, 0x53B836EC, 0xC653B247, 0xB27A68F4, IGlobalEventTarget)
+
+ public:
+  explicit Closer(IInspector& inspector) : inspector_(inspector) { sender().addListener(this); }
+  ~Closer() { sender().removeListener(this); }
+  int onGlobalEvent(IGlobalEvent&) override {
+    inspector_.show(false);
+    return notify::kGoOn;
+  }
+
+ private:
+  static BNotifySender& sender() { return IShell::getInstance()->pluginManager()->preEventSender(); }
+  IInspector& inspector_;
+};
+
 class InspectorTest : public testing::Test {
  protected:
   void SetUp() override {
@@ -220,6 +237,14 @@ TEST_F(InspectorTest, ShowsEventsAndNotificationsOfAllThreads) {
                  L"3: from \xFFFD"
                  L"elsewhere") == 0;
   }));
+}
+
+TEST_F(InspectorTest, MayBeClosedByWhoItTells) {
+  const Closer closer(*inspector_);
+  ASSERT_TRUE(inspector_->showTab(L"Events"));
+  SetWindowTextW(control(L"EDIT"), L"Close");
+  click(L"&Raise");
+  EXPECT_FALSE(window());
 }
 
 TEST_F(InspectorTest, MakesAnObjectOfAnInterface) {
