@@ -2,12 +2,15 @@
 #include "plugins/inspector/IInspector.h"
 
 #include "core/baselib/memory/MemoryManager.h"
+#include "core/baselib/system/Log.h"
 #include "shell/GlobalEvent.h"
 #include "shell/Plugin.h"
 #include "tests/graphics/GdiObjects.h"
 #include "tests/support/HeapBlocks.h"
 #include "tests/support/MessageLoop.h"
 
+#include <array>
+#include <cstdio>
 #include <functional>
 #include <thread>
 
@@ -237,6 +240,22 @@ TEST_F(InspectorTest, ShowsEventsAndNotificationsOfAllThreads) {
                  L"3: from \xFFFD"
                  L"elsewhere") == 0;
   }));
+}
+
+TEST_F(InspectorTest, ShowsTheEndOfTheLogWhileItIsWritten) {
+  const WideString path = logPath();
+  const auto write = [&](const char* text) {
+    std::FILE* const file = _wfopen(path.c_str(), L"ab");
+    ASSERT_TRUE(file);
+    std::fputs(text, file);
+    std::fclose(file);
+  };
+  write((std::string(100000, 'x') + "\r\nfirst\r\n").c_str());
+  ASSERT_TRUE(inspector_->showTab(L"Log"));
+  EXPECT_TRUE(happens([&] { return cell(list(), 0, 0) == L"first"; })) << "no part of a line";
+  write("second\n");
+  EXPECT_TRUE(happens([&] { return cell(list(), 1, 0) == L"second"; }));
+  EXPECT_TRUE(DeleteFileW(path.c_str())) << "it is not held";
 }
 
 TEST_F(InspectorTest, MayBeClosedByWhoItTells) {
