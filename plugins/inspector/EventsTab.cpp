@@ -168,8 +168,7 @@ class EventsTab : public Tab {
       const std::wstring name = textOf(GetDlgItem(page(), kName));
       if (name.empty()) return;
       RaisedEvent event(name);
-      IShell::getInstance()->pluginManager()->raiseEvent(event);
-      refresh();
+      if (staysOpen(page(), [&] { IShell::getInstance()->pluginManager()->raiseEvent(event); })) refresh();
     }
   }
 

@@ -114,6 +114,7 @@ void Frame::make() {
   keys_ = CreateAcceleratorTableW(table.data(), static_cast<int>(table.size()));
   // Every message loop of the program gives us our keys, whatever it knows of dialogs.
   hook_ = SetWindowsHookExW(WH_GETMESSAGE, &Frame::takeKeys, nullptr, GetCurrentThreadId());
+  if (!keys_ || !hook_) throw std::bad_alloc();
   shellEnds().addListener(&shellEnd);
   SetTimer(window_, kTimer, kRefreshMs, nullptr);
   place();

@@ -25,7 +25,8 @@ class InterfacesTab : public Tab {
     IPluginInterface* const entry = IShell::getInstance()->pluginManager()->interfaceAt(list_.selected());
     if (id != kMake) return;
     if (!entry) return say(L"Choose an interface first.");
-    const auto object = Ref<IBSmartObject>::adopt(entry->createObject());
+    Ref<IBSmartObject> object;
+    if (!staysOpen(page(), [&] { object = Ref<IBSmartObject>::adopt(entry->createObject()); })) return;
     const auto* const report = query<ICreationReport>(entry);
     say(object   ? std::wstring(L"Made a ") + object->typeInfo().classNameW() + L", and released it."
         : report ? std::wstring(L"Not made: ") + report->reason()

@@ -50,7 +50,11 @@ class MemoryTab : public Tab {
 
   void command(int id, int) override {
     if (id != kPools && id != kAll) return;
-    const bool isGiven = id == kPools ? BMemoryManager::hibernatePools(true) : BMemoryManager::hibernateHibers(true);
+    bool isGiven = false;
+    if (!staysOpen(page(), [&] {
+          isGiven = id == kPools ? BMemoryManager::hibernatePools(true) : BMemoryManager::hibernateHibers(true);
+        }))
+      return;
     say(isGiven ? L"Memory was given back." : L"There was nothing to give back.");
     refresh();
   }

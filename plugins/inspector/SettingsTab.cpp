@@ -273,19 +273,24 @@ class SettingsTab : public Tab {
     std::wstring wanted;
     if (!edited_) return;
     if (const std::optional<Variant> value = edited_->parse(text, wanted)) {
-      change(*value);
-      say(edited_->comment);
+      const std::wstring comment = edited_->comment;
+      if (change(*value)) say(comment);
     } else {
       MessageBeep(MB_ICONWARNING);
       say(L"It takes " + wanted + L".");
     }
   }
 
-  void change(const Variant& value) {
-    settings().onStartChanges();
-    settings().setValue(edited_->group, edited_->item, value);
-    settings().onFinishChanges();
-    refresh();
+  // False when who was told has closed the inspector.
+  bool change(const Variant& value) {
+    IBSettings& store = settings();
+    const bool isOpen = staysOpen(page(), [&] {
+      store.onStartChanges();
+      store.setValue(edited_->group, edited_->item, value);
+      store.onFinishChanges();
+    });
+    if (isOpen) refresh();
+    return isOpen;
   }
 
   HWND tree_ = nullptr, check_ = nullptr, choice_ = nullptr, text_ = nullptr, set_ = nullptr;

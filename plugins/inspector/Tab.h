@@ -74,6 +74,13 @@ auto guarded(const wchar_t* place, Call call) noexcept {
   return callForeign(reinterpret_cast<const void*>(&ownModule), place, call);
 }
 
+// Runs what calls into other modules; false when they closed the inspector meanwhile: then nothing of the tab is there.
+template <class Call>
+bool staysOpen(HWND page, Call call) {
+  call();
+  return IsWindow(page) != FALSE;
+}
+
 std::wstring textOf(HWND control);
 
 // Has the page of a tab refreshed soon, however often it is asked. It outlives the tab: a listener on another thread

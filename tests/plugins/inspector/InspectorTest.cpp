@@ -2,12 +2,15 @@
 #include "plugins/inspector/IInspector.h"
 
 #include "core/baselib/memory/MemoryManager.h"
+#include "core/baselib/system/Log.h"
 #include "shell/GlobalEvent.h"
 #include "shell/Plugin.h"
 #include "tests/graphics/GdiObjects.h"
 #include "tests/support/HeapBlocks.h"
 #include "tests/support/MessageLoop.h"
 
+#include <array>
+#include <cstdio>
 #include <functional>
 #include <thread>
 
@@ -43,6 +46,23 @@ int rowOf(HWND list, int column, const std::wstring& text) {
     if (cell(list, row, column) == text) return row;
   return -1;
 }
+
+// Closes the inspector when an event is raised.
+class Closer : public IGlobalEventTarget {
+  CORVIX_IDENTITY(Closer, 0x2D64CB69, 0x53B836EC, 0xC653B247, 0xB27A68F4, IGlobalEventTarget)
+
+ public:
+  explicit Closer(IInspector& inspector) : inspector_(inspector) { sender().addListener(this); }
+  ~Closer() { sender().removeListener(this); }
+  int onGlobalEvent(IGlobalEvent&) override {
+    inspector_.show(false);
+    return notify::kGoOn;
+  }
+
+ private:
+  static BNotifySender& sender() { return IShell::getInstance()->pluginManager()->preEventSender(); }
+  IInspector& inspector_;
+};
 
 class InspectorTest : public testing::Test {
  protected:
@@ -220,6 +240,30 @@ TEST_F(InspectorTest, ShowsEventsAndNotificationsOfAllThreads) {
                  L"3: from \xFFFD"
                  L"elsewhere") == 0;
   }));
+}
+
+TEST_F(InspectorTest, ShowsTheEndOfTheLogWhileItIsWritten) {
+  const WideString path = logPath();
+  const auto write = [&](const char* text) {
+    std::FILE* const file = _wfopen(path.c_str(), L"ab");
+    ASSERT_TRUE(file);
+    std::fputs(text, file);
+    std::fclose(file);
+  };
+  write((std::string(100000, 'x') + "\r\nfirst\r\n").c_str());
+  ASSERT_TRUE(inspector_->showTab(L"Log"));
+  EXPECT_TRUE(happens([&] { return cell(list(), 0, 0) == L"first"; })) << "no part of a line";
+  write("second\n");
+  EXPECT_TRUE(happens([&] { return cell(list(), 1, 0) == L"second"; }));
+  EXPECT_TRUE(DeleteFileW(path.c_str())) << "it is not held";
+}
+
+TEST_F(InspectorTest, MayBeClosedByWhoItTells) {
+  const Closer closer(*inspector_);
+  ASSERT_TRUE(inspector_->showTab(L"Events"));
+  SetWindowTextW(control(L"EDIT"), L"Close");
+  click(L"&Raise");
+  EXPECT_FALSE(window());
 }
 
 TEST_F(InspectorTest, MakesAnObjectOfAnInterface) {
