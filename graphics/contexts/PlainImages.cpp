@@ -32,17 +32,8 @@ bool isPacked(const ImageBits& bits) noexcept {
   return bits.strideBytes == gdi::rowBytes(bits.width, bits.bitsPerPixel);
 }
 
-int stretchModeFor(const ImageBits& bits, const RECT& box) noexcept {
-  const bool isReduced = box.right - box.left < bits.width || box.bottom - box.top < bits.height;
-  switch (quality().stretchMode()) {
-    case StretchMode::Best:
-      return HALFTONE;
-    case StretchMode::Normal:
-      return isReduced ? HALFTONE : COLORONCOLOR;
-    default:
-      return COLORONCOLOR;
-  }
-}
+// Of what is enlarged: what is made smaller was averaged before.
+int stretchMode() noexcept { return quality().stretchMode() == StretchMode::Best ? HALFTONE : COLORONCOLOR; }
 
 u32 clampLevel(float level) noexcept { return static_cast<u32>(std::clamp(level, 0.0F, 1.0F) * 255 + 0.5F); }
 
@@ -82,7 +73,7 @@ bool AGDCPlain::imageOut(const ImageBits& bits, const Matrix& unitToDevice, bool
                                static_cast<DWORD>(seen.right - seen.left), rows, seen.left, 0, 0, rows,
                                bits.row(seen.top), info.get(), DIB_RGB_COLORS) != 0;
     }
-    SetStretchBltMode(device_, stretchModeFor(bits, box));
+    SetStretchBltMode(device_, stretchMode());
     SetBrushOrgEx(device_, 0, 0, nullptr);
     return StretchDIBits(device_, box.left, box.top, box.right - box.left, box.bottom - box.top, 0, 0, bits.width,
                          bits.height, bits.pixels, info.get(), DIB_RGB_COLORS, SRCCOPY) != 0;
