@@ -5,7 +5,7 @@
 #include "shell/modules/KPluginManager_p.h"
 #include "tests/support/OwnPlugin.h"
 
-#include <sstream>
+#include <gtest/gtest.h>
 
 namespace corvix {
 namespace {
