@@ -51,6 +51,7 @@ foreach(room IN ITEMS
     shell/history
     shell/instance
     shell/language
+    shell/menus
     shell/modules
     shell/services
     library)

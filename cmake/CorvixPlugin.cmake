@@ -1,7 +1,8 @@
-# corvix_add_plugin(NAME SOURCE... [DESCRIPTOR plugin.xml])
+# corvix_add_plugin(NAME SOURCE... [DESCRIPTOR plugin.xml] [MENU menu.xml] [VIEWS views.xml])
 #
 # A plug-in module NAME.dll from its sources and its descriptor (by default plugin.xml beside the calling
-# CMakeLists.txt), which is checked, compiled and put into the module together with version information from it. Its code
+# CMakeLists.txt), which is checked, compiled and put into the module together with version information from it, and with
+# the templates of its menus and views. Its code
 # includes "descriptor.h", in which xmlbinc says what the descriptor declares. It is
 # built into the folder "plugins" beside the programs unless its LIBRARY_OUTPUT_DIRECTORY says otherwise. Where tests are
 # enabled, the test NAME.check puts it through `corvix check`.
@@ -17,9 +18,10 @@ if(NOT CORVIX_WINDRES)
 endif()
 
 # Gives a target of this folder a descriptor, as its resource PLUGININFO, and version information.
-# With UNCHECKED the author's mistakes are let through, with UNSTAMPED it does not say which SDK it was made with.
+# With UNCHECKED the author's mistakes are let through, with UNSTAMPED it does not say which SDK it was made with. MENU and
+# VIEWS are templates that go into the module, too.
 function(corvix_add_descriptor target xml)
-    cmake_parse_arguments(PARSE_ARGV 2 descriptor "UNCHECKED;UNSTAMPED" "" "")
+    cmake_parse_arguments(PARSE_ARGV 2 descriptor "UNCHECKED;UNSTAMPED" "MENU;VIEWS" "")
     set(check --check --warnings-as-errors)
     if(descriptor_UNCHECKED)
         set(check)
@@ -39,10 +41,22 @@ function(corvix_add_descriptor target xml)
     if(descriptor_UNSTAMPED)
         set(stamp)
     endif()
+    set(templates)
+    set(templateFiles)
+    foreach(kind IN ITEMS MENU=MENUTEMPL VIEWS=VIEWTEMPLATES)
+        string(REPLACE "=" ";" kind "${kind}")
+        list(GET kind 0 argument)
+        list(GET kind 1 resource)
+        if(descriptor_${argument})
+            get_filename_component(file "${descriptor_${argument}}" ABSOLUTE)
+            list(APPEND templates --template "${resource}=${file}")
+            list(APPEND templateFiles "${file}")
+        endif()
+    endforeach()
     add_custom_command(OUTPUT "${folder}/descriptor.o" "${folder}/descriptor.h" BYPRODUCTS "${folder}/descriptor.res"
-        COMMAND ${run} ${check} "${xml}" -o "${folder}/descriptor.res" --header "${folder}/descriptor.h" --resource-for "$<TARGET_FILE_NAME:${target}>" ${stamp}
+        COMMAND ${run} ${check} "${xml}" -o "${folder}/descriptor.res" --header "${folder}/descriptor.h" --resource-for "$<TARGET_FILE_NAME:${target}>" ${stamp} ${templates}
         COMMAND "${CORVIX_WINDRES}" -F ${corvix_object_format} -J res -O coff -i "${folder}/descriptor.res" -o "${folder}/descriptor.o"
-        DEPENDS "${xml}" "$<TARGET_FILE:${compiler}>" COMMENT "Compiling descriptor ${xml}" VERBATIM)
+        DEPENDS "${xml}" ${templateFiles} "$<TARGET_FILE:${compiler}>" COMMENT "Compiling descriptor ${xml}" VERBATIM)
     set_source_files_properties("${folder}/descriptor.o" PROPERTIES EXTERNAL_OBJECT ON GENERATED ON)
     target_sources(${target} PRIVATE "${folder}/descriptor.o" "${folder}/descriptor.h")
     target_include_directories(${target} PRIVATE "${folder}")
@@ -59,14 +73,14 @@ function(corvix_set_module_options target)
 endfunction()
 
 function(corvix_add_plugin target)
-    cmake_parse_arguments(PARSE_ARGV 1 plugin "" "DESCRIPTOR" "")
+    cmake_parse_arguments(PARSE_ARGV 1 plugin "" "DESCRIPTOR;MENU;VIEWS" "")
     if(NOT plugin_DESCRIPTOR)
         set(plugin_DESCRIPTOR plugin.xml)
     endif()
     add_library(${target} MODULE ${plugin_UNPARSED_ARGUMENTS})
     target_link_libraries(${target} PRIVATE Corvix::corvix)
     corvix_set_module_options(${target})
-    corvix_add_descriptor(${target} "${plugin_DESCRIPTOR}")
+    corvix_add_descriptor(${target} "${plugin_DESCRIPTOR}" MENU "${plugin_MENU}" VIEWS "${plugin_VIEWS}")
     if(CMAKE_RUNTIME_OUTPUT_DIRECTORY)
         set_target_properties(${target} PROPERTIES LIBRARY_OUTPUT_DIRECTORY "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/plugins")
     endif()

@@ -34,8 +34,8 @@ struct Made {
 Made makeFirst(IPluginManager& manager, const std::wstring& name) {
   const auto entries = Ref<IBCollection>::adopt(manager.findByName(name.c_str()));
   for (i32 i = 0; entries && i < entries->count(); ++i) {
-    IPluginInterface* const entry = query<IPluginInterface>(entries->item(i));
-    if (auto object = Ref<IBSmartObject>::adopt(entry->createObject())) return {entry, std::move(object)};
+    IPluginInterface& entry = *query<IPluginInterface>(entries->item(i));
+    if (auto object = Ref<IBSmartObject>::adopt(entry.createObject())) return {&entry, std::move(object)};
   }
   return {};
 }
@@ -57,7 +57,7 @@ void printMade(const Made& made) {
 
 int createNamed(IPluginManager& manager, const std::wstring& name) {
   Made made = makeFirst(manager, name);
-  if (!made.object) {
+  if (!made.entry) {
     explainNoObject(manager, name.c_str());
     return 1;
   }
@@ -92,7 +92,7 @@ bool answersTo(IPluginManager& manager, IBSmartObject& object, const std::wstrin
 
 int explain(IPluginManager& manager, const std::wstring& name, const std::wstring& interfaceName) {
   const Made made = makeFirst(manager, name);
-  if (!made.object) {
+  if (!made.entry) {
     explainNoObject(manager, name.c_str());
     return 1;
   }
@@ -137,6 +137,7 @@ void explainNoObject(IPluginManager& manager, const wchar_t* name) {
     return;
   }
   std::vector<std::string> names;
+  names.reserve(static_cast<std::size_t>(manager.interfaceCount()));
   for (i32 i = 0; i < manager.interfaceCount(); ++i) names.push_back(shown(manager.interfaceAt(i)->name()));
   const std::vector<std::string_view> known(names.begin(), names.end());
   std::fprintf(stderr, "corvix-host: no module declares \"%s\"%s\n", shown(name).c_str(),

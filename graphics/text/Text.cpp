@@ -4,12 +4,14 @@
 #include "graphics/fonts/FMFontMachine_p.h"
 #include "graphics/fonts/FakeFonts_p.h"
 #include "graphics/fonts/FallbackFonts_p.h"
+#include "graphics/fonts/FontKeeper.h"
 #include "graphics/fonts/FontSettings_p.h"
 #include "graphics/fonts/GlyphCache_p.h"
 #include "graphics/text/TextTarget.h"
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 #include <stdexcept>
 #include <vector>
 
@@ -44,11 +46,26 @@ u32 nextCodePoint(const wchar_t* text, i32 count, i32& at) noexcept {
 
 bool isControl(u32 codePoint) noexcept { return codePoint < 0x20 || (codePoint >= 0x7F && codePoint < 0xA0); }
 
+// What drawing leaves with a font of another module.
+class KeptFallbacks final : public BSmartObject, public FallbackFonts {
+  CORVIX_IDENTITY(KeptFallbacks, 0x23F37A25, 0x277349E3, 0x6B41FB30, 0xD78F2464, BSmartObject, FallbackFonts)
+};
+
+// Null when the font keeps none.
+FallbackFonts* fallbackOf(IFMFont& font) {
+  if (auto* const own = corvix::query<FallbackFonts>(&font)) return own;
+  auto* const keeper = corvix::query<IFMFontKeeper>(&font);
+  if (!keeper) return nullptr;
+  if (auto* const kept = corvix::query<FallbackFonts>(keeper->kept())) return kept;
+  keeper->keep(make<KeptFallbacks>().get());
+  return corvix::query<FallbackFonts>(keeper->kept());
+}
+
 // The glyphs of a text along its baseline; their fonts stay with the first.
 class Line {
  public:
-  Line(IFMFont& font, double size) : font_(font), fallback_(corvix::query<FallbackFonts>(&font)), size_(size) {
-    if (!fallback_) fallback_ = &own_;
+  Line(IFMFont& font, double size) : font_(font), fallback_(fallbackOf(font)), size_(size) {
+    if (!fallback_) fallback_ = &own_.emplace();
     source_ = corvix::query<IFMFontSource>(&font);
   }
 
@@ -104,7 +121,7 @@ class Line {
   }
 
   IFMFont& font_;
-  FallbackFonts own_;  // for fonts that keep none
+  std::optional<FallbackFonts> own_;  // for fonts that keep none
   FallbackFonts* fallback_;
   IFMFontSource* source_;
   double size_;

@@ -15,7 +15,7 @@ FileStamp stampOf(const std::wstring& path) noexcept {
 }
 
 std::wstring start_file::folder() {
-  const std::wstring chosen = environmentText(L"CORVIX_STARTS");
+  std::wstring chosen = environmentText(L"CORVIX_STARTS");
   if (!chosen.empty()) return chosen;
   const std::wstring data = userDataFolder();
   return data.empty() ? data : data + L"\\Starts";

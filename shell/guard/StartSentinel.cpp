@@ -83,6 +83,7 @@ u32 StartSentinel::put(const std::wstring& path, const FileStamp& stamp) noexcep
   const Name name{stamp, static_cast<u32>(path.size())};
   char* const at = static_cast<char*>(view_.get()) + top_;
   std::memcpy(at, &name, sizeof name);
+  // NOLINTNEXTLINE(bugprone-not-null-terminated-result): its length stands before it
   std::memcpy(at + sizeof name, path.data(), path.size() * sizeof(wchar_t));
   return std::exchange(top_, static_cast<u32>(top_ + (sizeBytes + 7) / 8 * 8));
 }

@@ -9,6 +9,7 @@
 #include "shell/gui/GUIManager.h"
 #include "shell/history/StateHistory.h"
 #include "shell/instance/LibraryModule_p.h"
+#include "shell/menus/KMenuManager_p.h"
 #include "shell/modules/ModuleFile_p.h"
 
 namespace corvix {
@@ -80,6 +81,7 @@ void KShell::start(void* module) {
   pluginManager_->registerOwnDescriptor(module);
   pluginManager_->scanFolder((folderOf(modulePath(nullptr)) + L"\\plugins").c_str());
   pluginManager_->registerInstance(L"IActionManager.Instance", actionManager_);
+  pluginManager_->registerInstance(L"IMenuManager.Instance", make<KMenuManager>(*pluginManager_));
   {
     const StartSentinel sentinel;
     pluginManager_->tellAfterInit();

@@ -20,7 +20,7 @@ constexpr wchar_t kSwitch[] = L"ModuleCatalogue";
 
 // A file may change once more without another time, as long as its clock has not gone on: what was that young when the
 // catalogue was written is read again.
-constexpr u64 kYoung = 2 * 10'000'000;  // in units of 100 ns
+constexpr u64 kYoung = u64{2} * 10'000'000;  // in units of 100 ns
 
 // A catalogue is a Head, the folder's path, and for each module a Record, its name and its descriptor; each of
 // these begins at a multiple of eight bytes.
@@ -40,6 +40,7 @@ constexpr char kMark[8] = {'C', 'V', 'X', 'M', 'O', 'D', '0', '1'};
 constexpr u64 kChecked = offsetof(Head, writtenAt);
 
 constexpr u64 padded(u64 size) noexcept { return (size + 7) & ~u64{7}; }
+constexpr std::size_t bytesOf(std::wstring_view text) noexcept { return text.size() * sizeof(wchar_t); }
 
 // Takes one piece behind the other out of a block, none that is not whole.
 class Reader {
@@ -67,10 +68,11 @@ class Reader {
 class Writer {
  public:
   explicit Writer(unsigned char* to) noexcept : to_(to) {}
-  void put(const void* from, u64 size) noexcept {
-    if (size) std::memcpy(to_, from, static_cast<std::size_t>(size));
-    std::memset(to_ + size, 0, static_cast<std::size_t>(padded(size) - size));
-    to_ += padded(size);
+  void put(const void* from, std::size_t size) noexcept {
+    if (size) std::memcpy(to_, from, size);
+    const std::size_t whole = static_cast<std::size_t>(padded(size));
+    std::memset(to_ + size, 0, whole - size);
+    to_ += whole;
   }
 
  private:
@@ -173,9 +175,9 @@ void Catalogue::save(u64 time) noexcept {
 
 void Catalogue::write(u64 time) {
   std::vector<Entry> kept;
-  u64 size = sizeof(Head) + padded(folder_.size() * sizeof(wchar_t));
+  u64 size = sizeof(Head) + padded(bytesOf(folder_));
   const auto keep = [&](const Entry& entry) {
-    const u64 more = sizeof(Record) + padded(entry.name.size() * sizeof(wchar_t)) + padded(entry.descriptor.size());
+    const u64 more = sizeof(Record) + padded(bytesOf(entry.name)) + padded(entry.descriptor.size());
     if (more > kLargestFile - size) return;
     size += more;
     kept.push_back(entry);
@@ -196,11 +198,11 @@ void Catalogue::write(u64 time) {
   std::memcpy(head.mark, kMark, sizeof kMark);
   Writer writer(block.get());
   writer.put(&head, sizeof head);
-  writer.put(folder_.data(), folder_.size() * sizeof(wchar_t));
+  writer.put(folder_.data(), bytesOf(folder_));
   for (const Entry& entry : kept) {
     const Record record{entry.stamp, static_cast<u32>(entry.name.size()), static_cast<u32>(entry.descriptor.size())};
     writer.put(&record, sizeof record);
-    writer.put(entry.name.data(), entry.name.size() * sizeof(wchar_t));
+    writer.put(entry.name.data(), bytesOf(entry.name));
     writer.put(entry.descriptor.data(), entry.descriptor.size());
   }
   head.check = catalogueCheck(block.get() + kChecked, size - kChecked);
@@ -211,7 +213,7 @@ void Catalogue::write(u64 time) {
 
 std::wstring cataloguePathOf(const std::wstring& folder) {
   if (!isCatalogueSwitchedOn()) return {};
-  const std::wstring data = userDataFolder();
+  std::wstring data = userDataFolder();
   if (data.empty()) return data;
   wchar_t name[16];
   wsprintfW(name, L"%08X", text::stringHash(folder.data(), folder.size()));

@@ -154,20 +154,26 @@ std::wstring whyNotLoaded(const std::wstring& path, DWORD error) {
   return reason.empty() ? reasonOf(error, kLoadErrors, L"The system cannot load it: ") : reason;
 }
 
-constexpr wchar_t kNoDescriptor[] = L"It has no descriptor (a resource PLUGININFO of type PLUGININFO).";
-constexpr wchar_t kDescriptorOutside[] = L"Its descriptor lies outside the file.";
+constexpr std::size_t kLongestResourceName = 32;
 
-const wchar_t* whyNoDescriptor(PeImage::ResourceState state) {
+bool isResourceName(const std::wstring& name) {
+  return !name.empty() && name.size() <= kLongestResourceName && std::all_of(name.begin(), name.end(), [](wchar_t c) {
+    return (c >= L'A' && c <= L'Z') || (c >= L'0' && c <= L'9') || c == L'_';
+  });
+}
+
+constexpr wchar_t kNoDescriptor[] = L"It has no descriptor (a resource PLUGININFO of type PLUGININFO).";
+// What is wrong with a resource that is there.
+const wchar_t* whyUnreadable(PeImage::ResourceState state) {
   switch (state) {
-    case PeImage::ResourceState::Missing:
-      return kNoDescriptor;
     case PeImage::ResourceState::Outside:
-      return kDescriptorOutside;
+      return L" lies outside the file.";
     case PeImage::ResourceState::Empty:
-      return L"Its descriptor is empty.";
+      return L" is empty.";
     case PeImage::ResourceState::TooLarge:
-      return L"Its descriptor is larger than 64 MiB.";
+      return L" is larger than 64 MiB.";
     case PeImage::ResourceState::Found:
+    case PeImage::ResourceState::Missing:
       break;
   }
   return L"";
@@ -177,32 +183,57 @@ const wchar_t* whyNoDescriptor(PeImage::ResourceState state) {
 
 DescriptorView noDescriptor() noexcept { return {{}, kNoDescriptor, true}; }
 
-DescriptorBytes readDescriptorResource(HMODULE module) {
+namespace {
+
+// What came of reading a resource of type PLUGININFO; `what` begins the sentence about a bad one.
+DescriptorBytes outcome(PeImage::ResourceState state, std::vector<unsigned char> bytes, const wchar_t* what) {
+  if (state == PeImage::ResourceState::Found) return {std::move(bytes), {}, false};
+  if (state == PeImage::ResourceState::Missing) return {{}, kNoDescriptor, true};
+  return {{}, what + std::wstring(whyUnreadable(state)), false};
+}
+
+DescriptorBytes readLoaded(HMODULE module, const wchar_t* name, const wchar_t* what) {
+  using State = PeImage::ResourceState;
   const unsigned char* data = nullptr;
   DWORD size = 0;
   // The resource tables are the module's word: where they point may not be there.
   const u32 fault = guarded([&] {
-    HRSRC__* const resource = FindResourceW(module, kResourceName, kResourceName);
+    HRSRC__* const resource = FindResourceW(module, name, kResourceName);
     void* const loaded = resource ? LoadResource(module, resource) : nullptr;
     data = loaded ? static_cast<const unsigned char*>(LockResource(loaded)) : nullptr;
     size = data ? SizeofResource(module, resource) : 0;
   });
-  if (fault) return {{}, kDescriptorOutside, false};
-  if (!size) return {{}, kNoDescriptor, true};
-  if (size > kLargestDescriptor) return {{}, whyNoDescriptor(PeImage::ResourceState::TooLarge), false};
-  DescriptorBytes result{std::vector<unsigned char>(size), {}, false};
-  if (guarded([&] { std::copy_n(data, size, result.bytes.begin()); })) return {{}, kDescriptorOutside, false};
-  return result;
+  if (fault) return outcome(State::Outside, {}, what);
+  if (!size) return outcome(State::Missing, {}, what);
+  if (size > kLargestDescriptor) return outcome(State::TooLarge, {}, what);
+  std::vector<unsigned char> bytes(size);
+  const bool isOutside = guarded([&] { std::copy_n(data, size, bytes.begin()); }) != 0;
+  return outcome(isOutside ? State::Outside : State::Found, std::move(bytes), what);
 }
 
-DescriptorBytes readDescriptorResource(const std::wstring& path) {
-  DescriptorBytes result;
+DescriptorBytes readFile(const std::wstring& path, const std::wstring& name, const wchar_t* what) {
   PeImage image(path.c_str());
-  result.reason = whyNoModule(image);
-  if (!result.reason.empty()) return result;
-  const PeImage::ResourceState state = image.readResource(kResourceName, kLargestDescriptor, result.bytes);
-  if (state != PeImage::ResourceState::Found)
-    result = {{}, whyNoDescriptor(state), state == PeImage::ResourceState::Missing};
+  std::wstring reason = whyNoModule(image);
+  if (!reason.empty()) return {{}, std::move(reason), false};
+  std::vector<unsigned char> bytes;
+  const PeImage::ResourceState state = image.readResource(kResourceName, name, kLargestDescriptor, bytes);
+  return outcome(state, std::move(bytes), what);
+}
+
+constexpr wchar_t kItsDescriptor[] = L"Its descriptor";
+
+}  // namespace
+
+DescriptorBytes readDescriptorResource(HMODULE module) { return readLoaded(module, kResourceName, kItsDescriptor); }
+
+DescriptorBytes readDescriptorResource(const std::wstring& path) {
+  return readFile(path, kResourceName, kItsDescriptor);
+}
+
+DescriptorBytes readTemplateResource(const std::wstring& path, HMODULE loaded, const std::wstring& name) {
+  if (!isResourceName(name)) return {{}, {}, true};
+  DescriptorBytes result = loaded ? readLoaded(loaded, name.c_str(), L"It") : readFile(path, name, L"It");
+  if (result.isNoPlugin) result.reason.clear();
   return result;
 }
 

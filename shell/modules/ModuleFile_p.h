@@ -34,6 +34,10 @@ struct LoadedFactory {
 // From a file, without running its code.
 DescriptorBytes readDescriptorResource(const std::wstring& path);
 
+// Another resource of type PLUGININFO, likewise: from the file, or from memory when the module is `loaded`. The reason
+// is empty when there is none of that name; names are capitals, digits and "_", at most 32.
+DescriptorBytes readTemplateResource(const std::wstring& path, HMODULE loaded, const std::wstring& name);
+
 // Of a library that has none.
 DescriptorView noDescriptor() noexcept;
 

@@ -114,12 +114,13 @@ PeImage::Entry PeImage::compareName(u32 offset, std::wstring_view name, int& ord
 }
 
 // Three directories deep: type, name, language.
-PeImage::ResourceState PeImage::readResource(std::wstring_view name, u32 mostBytes, std::vector<unsigned char>& bytes) {
+PeImage::ResourceState PeImage::readResource(std::wstring_view type, std::wstring_view name, u32 mostBytes,
+                                             std::vector<unsigned char>& bytes) {
   if (!resources_) return ResourceState::Missing;
   u32 target = kHighBit;
-  for (int level = 0; level < 2; ++level) {
+  for (const std::wstring_view wanted : {type, name}) {
     if (!(target & kHighBit)) return ResourceState::Outside;
-    const Entry found = findNamed(target & ~kHighBit, name, target);
+    const Entry found = findNamed(target & ~kHighBit, wanted, target);
     if (found != Entry::Found) return found == Entry::Missing ? ResourceState::Missing : ResourceState::Outside;
   }
   struct {

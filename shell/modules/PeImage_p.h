@@ -33,8 +33,9 @@ class PeImage {
 
   enum class ResourceState { Found, Missing, Outside, Empty, TooLarge };
 
-  // The resource `name` of the type of the same name, in the first of its languages. `name` is in capitals.
-  ResourceState readResource(std::wstring_view name, u32 mostBytes, std::vector<unsigned char>& bytes);
+  // A resource in the first of its languages. Both names are in capitals.
+  ResourceState readResource(std::wstring_view type, std::wstring_view name, u32 mostBytes,
+                             std::vector<unsigned char>& bytes);
 
   // The names of the modules that it imports from, as they stand; at most a thousand.
   std::vector<std::string> imports();

@@ -1,6 +1,7 @@
 #include "shell/modules/PluginModule_p.h"
 
 #include "core/baselib/system/Log.h"
+#include "core/xml/XmlbinReader.h"
 #include "shell/guard/GuardedModule_p.h"
 #include "shell/guard/UserAlert_p.h"
 #include "shell/modules/Contract_p.h"
@@ -78,8 +79,17 @@ bool KPluginModule::take(const LoadedFactory& loaded) {
 }
 
 void KPluginModule::attach(void* handle) {
-  isAttached_ = true;
+  attached_ = handle;
   take(findFactory(static_cast<HMODULE>(handle)));
+}
+
+XMLNode* KPluginModule::readResource(const wchar_t* name) {
+  const std::wstring wanted = name ? name : L"";
+  const DescriptorBytes found = readTemplateResource(path_, static_cast<HMODULE>(attached_), wanted);
+  XMLNode* const root = readXmlbin(found.bytes.data(), static_cast<u32>(found.bytes.size()));
+  const wchar_t* const why = found.bytes.empty() ? found.reason.c_str() : L"It is malformed.";
+  if (!root && *why) sWriteLog(L"Resource %s of %s cannot be read: %s\n", wanted.c_str(), path_.c_str(), why);
+  return root;
 }
 
 void KPluginModule::leaveOut(EarlierStarts& starts, const EndedStart& ended) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "shell/ClassFactory.h"
+#include "shell/ModuleResources.h"
 #include "shell/PluginManager.h"
 #include "shell/guard/EarlierStarts_p.h"
 #include "shell/guard/StartSentinel_p.h"
@@ -17,8 +18,9 @@ class IUserAlert;
 class KClassFactoryLocal;
 struct LoadedFactory;
 
-class KPluginModule final : public IPluginModule, public IStartRecord {
-  CORVIX_IDENTITY(KPluginModule, 0x5C08E3B9, 0x4AD7912F, 0x9E64B1D0, 0x83F72C1A, IPluginModule, IStartRecord)
+class KPluginModule final : public IPluginModule, public IStartRecord, public IModuleResources {
+  CORVIX_IDENTITY(KPluginModule, 0x5C08E3B9, 0x4AD7912F, 0x9E64B1D0, 0x83F72C1A, IPluginModule, IStartRecord,
+                  IModuleResources)
 
  public:
   // `registry`, where what it needs is looked for, and `alert` outlive the module.
@@ -27,6 +29,8 @@ class KPluginModule final : public IPluginModule, public IStartRecord {
 
   bool isLeftOut() const noexcept override { return isLeftOut_; }
   bool tryAgain() noexcept override;
+
+  XMLNode* readResource(const wchar_t* name) override;
 
   ModuleState state() const noexcept override { return state_; }
   const wchar_t* reason() const noexcept override { return reason_; }
@@ -56,7 +60,7 @@ class KPluginModule final : public IPluginModule, public IStartRecord {
 
   // As long as it lives, the module is what a start under way is busy with.
   StartMark startMark(StartPhase phase) noexcept {
-    return startUnderWay && !isAttached_ ? markedNow(phase) : StartMark();
+    return startUnderWay && !attached_ ? markedNow(phase) : StartMark();
   }
 
   // Nothing more comes from the module.
@@ -99,8 +103,8 @@ class KPluginModule final : public IPluginModule, public IStartRecord {
   IUserAlert& alert_;
   ModuleState state_ = ModuleState::Described;
   bool isLoading_ = false;
-  bool isReady_ = false;     // loaded, and no start is under way that would have to know of its objects
-  bool isAttached_ = false;  // its code was there before
+  bool isReady_ = false;      // loaded, and no start is under way that would have to know of its objects
+  void* attached_ = nullptr;  // the system's handle, if its code was there before
   const wchar_t* whyOnlyDescribed_ = nullptr;  // else null
   bool isLeftOut_ = false;
   EarlierStarts* starts_ = nullptr;  // in which it was busy

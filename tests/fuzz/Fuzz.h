@@ -16,6 +16,7 @@ void xmlText(Bytes bytes);
 void modules(Bytes bytes);
 void locations(Bytes bytes);
 void decoders(Bytes bytes);
+void fonts(Bytes bytes);
 void settingTexts(Bytes bytes);
 
 // Ends the program, as a finding of the fuzzer, when a property does not hold.

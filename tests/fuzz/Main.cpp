@@ -10,8 +10,8 @@ struct Target {
   void (*run)(Bytes);
 };
 constexpr Target kTargets[] = {
-    {"descriptors", descriptors}, {"xml", xmlText},       {"modules", modules},
-    {"locations", locations},     {"decoders", decoders}, {"settings", settingTexts},
+    {"descriptors", descriptors}, {"xml", xmlText},           {"modules", modules}, {"locations", locations},
+    {"decoders", decoders},       {"settings", settingTexts}, {"fonts", fonts},
 };
 void (*chosen)(Bytes) = nullptr;
 

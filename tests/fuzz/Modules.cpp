@@ -27,7 +27,7 @@ void modules(Bytes bytes) {
   require(image.kind() != PeImage::Kind::Unreadable, "every file can be looked at");
   check(image.imports());
   std::vector<unsigned char> resource;
-  const auto state = image.readResource(L"PLUGININFO", kLargestResource, resource);
+  const auto state = image.readResource(L"PLUGININFO", L"PLUGININFO", kLargestResource, resource);
   require((state == PeImage::ResourceState::Found) == !resource.empty(), "a resource is there, or nothing is");
   require(resource.size() <= kLargestResource, "a resource is as large as it may be");
 }

@@ -23,7 +23,7 @@ void xmlText(Bytes bytes) {
     require(source.locate(error.offset()).line > 0, "every error has a place");
     return;
   }
-  for (const Warning& warning : checkDescriptor(tree)) source.locate(warning.offset);
+  for (const Warning& warning : check(tree, formOf(tree))) source.locate(warning.offset);
 
   const std::string block = writeBlock(tree);
   require(readBlock(block).size == block.size(), "a block ends where its root does");

@@ -8,6 +8,8 @@ import zlib
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 sys.path.insert(0, str(ROOT / "tests/shell/modules/hostile"))
 import pe
+sys.path.insert(0, str(ROOT / "tests/plugins/fonts-freetype"))
+import fonts
 
 
 def block(*nodes):
@@ -64,6 +66,10 @@ TEXT = b"to be or not to be, that is the question; " * 4
 PNG_ROWS = b"".join(bytes([kind]) + bytes(range(kind, kind + 12)) for kind in range(6))
 
 SEEDS = {
+    "fonts": [*fonts.FONTS.values(), fonts.BOMBS["bomb.ttf"], base64.b64decode(
+        "AQAEBAABBAAAAAEAAAAFVGlueQABBAAAAAEAAAAzHQAAAYcdAAABiB0AAAAADB4dAAAAgA8dAAAAjhEdAAAAQwwiHQAAAMAM"
+        "JB0AAACGDCUABAQAAAABAAAABgAAAA4AAAAUAAAAGEFkb2JlSWRlbnRpdHlzZWNyZXRsYXN0AAAAAEEAAUEAAAEAAwAAAgACBAAAAAEAAAAFAAAA"
+        "HBwCWA4cAlgcAGQcAAAVHAH0BhwB9Acc/gwGDh0AAAAGEwAAAAEEAAAAAQAAAAwdAAAABh0AAAC4Eg==")],
     "descriptors": [
         block(element("a", 3), attribute("b", "c"), word(0) + string("text"), word(1) + word(-1)),
         block(element("A", 2), element("B", 1), word(0) + word(-2), word(3) + word(-1) + word(-3)),

@@ -6,8 +6,10 @@
 #include "shell/Actions.h"
 #include "shell/GlobalEvent.h"
 #include "shell/Locations.h"
+#include "shell/ModuleResources.h"
 #include "shell/Progress.h"
 #include "shell/instance/KShell_p.h"
+#include "shell/menus/KMenuManager_p.h"
 #include "shell/modules/KClassFactoryLocal_p.h"
 #include "shell/modules/KPluginManager_p.h"
 #include "tests/library/SweptDescriptor.h"
@@ -133,6 +135,7 @@ void useDescriptor() {
     EXPECT_TRUE(!watch.isWatching() && !query<IObjectWatch>(&manager)->takeStock() && !watch.rowAt(0, left));
     IStartRecord& record = *query<IStartRecord>(&module);
     EXPECT_TRUE(!record.isLeftOut() && !record.tryAgain());
+    EXPECT_FALSE(Ref<XMLNode>::adopt(query<IModuleResources>(&module)->readResource(L"MENUTEMPL")));
     if (*module.name()) {
       EXPECT_STREQ(module.attribute(L"name"), L"Swept module");
     }
@@ -141,6 +144,22 @@ void useDescriptor() {
     }
   }
   EXPECT_LE(manager.saveSettings(), 1);
+}
+
+void useMenus() {
+  Manager its;
+  if (!its.describe()) return;
+  const auto menus = make<KMenuManager>(its.manager);
+  IMenuManager& manager = *menus;
+  EXPECT_EQ(manager.menuCount(), 0);
+  EXPECT_FALSE(manager.menuAt(0) || manager.menu(L"Menu.Main") || whenHolds(L"a", L"b"));
+  MenuTemplates templates;
+  templates.add(read(menuTemplate()).get(), its.manager.moduleAt(0));
+  for (const Ref<KMenuItem>& one : templates.finish()) {
+    const IMenuItem& item = *one;
+    EXPECT_TRUE(item.text() && item.actionName() && item.id() && item.icon() && item.key() && item.when());
+    EXPECT_TRUE(item.module() && item.order() == item.group() && item.childCount() == 1 && item.childAt(0));
+  }
 }
 
 void useModuleFiles() {
@@ -257,6 +276,7 @@ const PublicOperation kOperations[] = {
        useModuleFiles();
        switchCatalogue(isCatalogueSwitchedOn());
      }},
+    {"menus", useMenus},
     {"global events", useEvents},
     {"opening a location", openLocations},
     {"actions", useActions},

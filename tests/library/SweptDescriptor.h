@@ -47,9 +47,21 @@ inline std::string descriptor() {
   return block.bytes;
 }
 
-inline Ref<XMLNode> readDescriptor() {
-  const std::string bytes = descriptor();
-  return Ref<XMLNode>::adopt(readXmlbin(bytes.data(), static_cast<u32>(bytes.size())));
+// A menu with an item.
+inline std::string menuTemplate() {
+  Block block;
+  block.element(L"CorvixRC", 1);
+  block.element(L"Menu", 2);
+  block.attribute(L"Name", L"Menu.Swept");
+  block.element(L"Item", 2);
+  block.attribute(L"Action", L"Actions.Swept");
+  block.attribute(L"Key", L"Ctrl+S");
+  return block.bytes;
 }
+
+inline Ref<XMLNode> read(const std::string& block) {
+  return Ref<XMLNode>::adopt(readXmlbin(block.data(), static_cast<u32>(block.size())));
+}
+inline Ref<XMLNode> readDescriptor() { return read(descriptor()); }
 
 }  // namespace corvix::testing_support

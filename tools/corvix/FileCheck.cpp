@@ -79,7 +79,7 @@ class FileCheck {
     try {
       Descriptor descriptor = readDescriptor(*image_.descriptor());
       xmlbinc::writeXml(descriptor.tree);
-      for (const xmlbinc::Warning& warning : xmlbinc::checkDescriptor(descriptor.tree))
+      for (const xmlbinc::Warning& warning : xmlbinc::check(descriptor.tree, *xmlbinc::formOf("PLUGININFO")))
         add("descriptor-doubtful", warning.message + '.');
       report_.descriptor = std::move(descriptor);
     } catch (const xmlbinc::InputError& error) {

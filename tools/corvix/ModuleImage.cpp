@@ -99,7 +99,7 @@ std::optional<ModuleImage::Fault> ModuleImage::examine() {
   hasSymbols_ = file.NumberOfSymbols != 0;
   for (unsigned i = 0; i < file.NumberOfSections; ++i) {
     IMAGE_SECTION_HEADER section;
-    if (!readFile(optionalAt + file.SizeOfOptionalHeader + i * sizeof section, section) ||
+    if (!readFile(optionalAt + file.SizeOfOptionalHeader + std::uint64_t{i} * sizeof section, section) ||
         std::uint64_t{section.PointerToRawData} + section.SizeOfRawData > bytes_.size())
       return kCutShort;
     const bool isResources = std::memcmp(section.Name, ".rsrc", 6) == 0;
@@ -141,7 +141,7 @@ void ModuleImage::readExports(std::uint32_t table) {
   const std::size_t count = std::min<std::size_t>(directory.NumberOfNames, kMostEntries);
   for (std::size_t i = 0; i < count && hasRoom(); ++i) {
     std::uint32_t name = 0;
-    if (!readImage(std::uint64_t{directory.AddressOfNames} + i * 4, name)) return;
+    if (!readImage(std::uint64_t{directory.AddressOfNames} + std::uint64_t{i} * sizeof name, name)) return;
     exports_.insert(nameAt(name));
   }
 }
@@ -170,7 +170,7 @@ std::optional<std::uint32_t> ModuleImage::findEntry(std::uint32_t table, std::ui
     struct {
       std::uint32_t name, target;
     } entry;
-    if (!readImage(at + sizeof header + i * sizeof entry, entry)) break;
+    if (!readImage(at + sizeof header + std::uint64_t{i} * sizeof entry, entry)) break;
     bool same = name.empty() && (!number || entry.name == number);
     std::uint16_t length = 0;
     const std::uint64_t text = std::uint64_t{table} + (entry.name & ~kHighBit);

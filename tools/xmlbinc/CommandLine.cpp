@@ -36,6 +36,7 @@ struct Options {
   std::string header;
   std::string resourceFor;
   std::vector<std::string> set;
+  std::vector<std::string> templates;
   bool decompile = false;
   bool check = false;
   bool warningsAsErrors = false;
@@ -47,28 +48,21 @@ class Program {
   Program(const Options& options, const Streams& streams) : options_(options), streams_(streams) {}
 
   ExitCode compile() {
-    SourceText source;
-    try {
-      source.load(read(kMaxXmlBytes));
-      Tree tree = readXml(source);
-      // Whatever compiles can be turned back, so what cannot is refused now.
-      writeXml(tree);
-      if (options_.check && !report(checkDescriptor(tree), source) && options_.warningsAsErrors) return failed();
-      if (!options_.header.empty()) writeFile(options_.header, writeHeader(tree, source, options_.input));
-      if (!options_.output.empty()) {
-        if (!options_.set.empty()) tree = withPluginAttributes(tree, settings());
-        write(options_.resourceFor.empty() ? writeBlock(tree) : writeResourceFile(tree, options_.resourceFor));
-      }
-      return kDone;
-    } catch (const InputError& error) {
-      streams_.err << place(source, error.offset()) << error.what() << '\n';
-      return failed();
+    Tree tree;
+    std::vector<NamedTree> templates;
+    if (!compile(options_.input, {}, tree)) return failed();
+    for (const auto& [name, file] : pairs(options_.templates)) {
+      if (!compile(file, name, templates.emplace_back(NamedTree{toUtf16(name), {}}).tree)) return failed();
     }
+    if (options_.output.empty()) return kDone;
+    if (!options_.set.empty()) tree = withPluginAttributes(tree, settings());
+    write(options_.resourceFor.empty() ? writeBlock(tree) : writeResourceFile(tree, options_.resourceFor, templates));
+    return kDone;
   }
 
   ExitCode decompile() {
     try {
-      const std::string bytes = read(kMaxBlockBytes);
+      const std::string bytes = read(options_.input, kMaxBlockBytes);
       const Block block = readBlock(bytes);
       const std::string xml = writeXml(block.tree);
       if (block.size < bytes.size()) {
@@ -84,12 +78,37 @@ class Program {
   }
 
  private:
+  /// A file's tree, which is a template when a resource is named; false, with what is wrong with it said.
+  bool compile(const std::string& file, const std::string& resource, Tree& tree) const {
+    SourceText source;
+    try {
+      source.load(read(file, kMaxXmlBytes));
+      tree = readXml(source);
+      // Whatever compiles can be turned back, so what cannot is refused now.
+      writeXml(tree);
+      const Form* form = resource.empty() ? &formOf(tree) : formOf(resource);
+      const bool isSpotless = !options_.check || form == nullptr || report(file, check(tree, *form), source);
+      if (!isSpotless && options_.warningsAsErrors) return false;
+      if (resource.empty() && !options_.header.empty()) writeFile(options_.header, writeHeader(tree, source, file));
+      return true;
+    } catch (const InputError& error) {
+      streams_.err << place(file, source, error.offset()) << error.what() << '\n';
+      return false;
+    }
+  }
+
+  static std::vector<std::pair<std::string, std::string>> pairs(const std::vector<std::string>& texts) {
+    std::vector<std::pair<std::string, std::string>> all;
+    for (const std::string& one : texts) {
+      const std::size_t equals = one.find('=');
+      all.emplace_back(one.substr(0, equals), one.substr(equals + 1));
+    }
+    return all;
+  }
+
   NamedValues settings() const {
     NamedValues values;
-    for (const std::string& one : options_.set) {
-      const std::size_t equals = one.find('=');
-      values.emplace_back(toUtf16(one.substr(0, equals)), toUtf16(one.substr(equals + 1)));
-    }
+    for (const auto& [name, value] : pairs(options_.set)) values.emplace_back(toUtf16(name), toUtf16(value));
     return values;
   }
 
@@ -98,8 +117,8 @@ class Program {
     return kBadInput;
   }
 
-  std::string read(std::size_t limit) const {
-    if (options_.input != kStandardStream) return readFile(options_.input, limit);
+  std::string read(const std::string& file, std::size_t limit) const {
+    if (file != kStandardStream) return readFile(file, limit);
     return {std::istreambuf_iterator<char>(streams_.in), std::istreambuf_iterator<char>()};
   }
 
@@ -110,24 +129,26 @@ class Program {
   }
 
   /// True if there are no warnings.
-  bool report(const std::vector<Warning>& warnings, const SourceText& source) const {
+  bool report(const std::string& file, const std::vector<Warning>& warnings, const SourceText& source) const {
     for (const Warning& warning : warnings) {
-      streams_.err << place(source, warning.offset) << "warning: " << warning.message << '\n';
+      streams_.err << place(file, source, warning.offset) << "warning: " << warning.message << '\n';
     }
     if (!warnings.empty() && options_.warningsAsErrors) {
-      streams_.err << shownInput() << ": warnings count as errors: " << warnings.size() << '\n';
+      streams_.err << shown(file) << ": warnings count as errors: " << warnings.size() << '\n';
     }
     return warnings.empty();
   }
 
-  std::string place(const SourceText& source, std::size_t offset) const {
+  static std::string place(const std::string& file, const SourceText& source, std::size_t offset) {
     const Position position = source.locate(offset);
-    return shownInput() + ':' + std::to_string(position.line) + ':' + std::to_string(position.column) + ": ";
+    return shown(file) + ':' + std::to_string(position.line) + ':' + std::to_string(position.column) + ": ";
   }
 
-  std::string place(std::size_t offset) const { return shownInput() + ": byte " + std::to_string(offset) + ": "; }
+  std::string place(std::size_t offset) const {
+    return shown(options_.input) + ": byte " + std::to_string(offset) + ": ";
+  }
 
-  std::string shownInput() const { return options_.input == kStandardStream ? "<standard input>" : options_.input; }
+  static std::string shown(const std::string& file) { return file == kStandardStream ? "<standard input>" : file; }
 
   const Options& options_;
   const Streams& streams_;
@@ -146,6 +167,17 @@ void printNewIdentifier(std::ostream& out) {
       << ", corvix::IBTransportable)\n";
 }
 
+// What readers of modules look for: capitals, digits and "_".
+std::string isResourceAndFile(const std::string& text) {
+  constexpr std::size_t kLongest = 32;
+  const std::size_t equals = text.find('=');
+  const std::string name = text.substr(0, equals);
+  const bool isName = !name.empty() && name.size() <= kLongest && name != "PLUGININFO" &&
+                      name.find_first_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_") == name.npos;
+  return isName && equals != text.npos && equals + 1 < text.size() ? ""
+                                                                   : "is not a resource's name, = and a file: " + text;
+}
+
 void describe(CLI::App& app, Options& options) {
   // A path that begins with a slash is a path.
   app.allow_windows_style_options(false);
@@ -154,8 +186,9 @@ void describe(CLI::App& app, Options& options) {
       app.add_option("-o,--output", options.output, "The file to write; - for standard output")->type_name("FILE");
   auto* decompile = app.add_flag("-d,--decompile", options.decompile, "Turn a block back into XML");
   decompile->needs(output);
-  auto* check = app.add_flag("--check", options.check,
-                             "Warn of what a plug-in descriptor should not have; without -o, nothing is written");
+  auto* check =
+      app.add_flag("--check", options.check,
+                   "Warn of what a plug-in descriptor or a template should not have; without -o, nothing is written");
   check->excludes(decompile);
   app.add_flag("--warnings-as-errors", options.warningsAsErrors, "With --check: fail, and write nothing, on a warning")
       ->needs(check);
@@ -166,6 +199,13 @@ void describe(CLI::App& app, Options& options) {
       ->type_name("MODULE.dll")
       ->needs(output)
       ->excludes(decompile);
+  app.add_option("--template", options.templates,
+                 "Put a template, checked as what its name says, into the resource file as well; may be repeated")
+      ->type_name("MENUTEMPL=FILE")
+      ->take_all()
+      ->allow_extra_args(false)
+      ->check(isResourceAndFile)
+      ->needs("--resource-for");
   app.add_option("--header", options.header,
                  "Write a C++ header with what is declared, for the module's code, in addition")
       ->type_name("FILE")
@@ -188,6 +228,7 @@ void describe(CLI::App& app, Options& options) {
       "  xmlbinc --check plugin.xml -o plugin.bin    look for mistakes and compile\n"
       "  xmlbinc -d plugin.bin -o -                  show a block as XML\n"
       "  xmlbinc plugin.xml -o my.res --resource-for my.dll    for windres -J res -O coff\n"
+      "  xmlbinc plugin.xml -o my.res --resource-for my.dll --template MENUTEMPL=menu.xml    with a menu in it\n"
       "\n"
       "Exit codes: 0 done, 1 bad input (said on standard error; no output is left), 2 bad usage.");
 }

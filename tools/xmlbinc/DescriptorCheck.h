@@ -1,4 +1,4 @@
-// What a descriptor's author gets wrong, though it compiles.
+// What the author of a descriptor or a template gets wrong, though it compiles.
 #pragma once
 
 #include "tools/xmlbinc/DescriptorRules.h"
@@ -9,6 +9,9 @@
 namespace corvix::xmlbinc {
 
 /// In the order of the text. The tree is one that XML can say.
-std::vector<Warning> checkDescriptor(const Tree& tree);
+std::vector<Warning> check(const Tree& tree, const Form& form);
+
+/// What the tree's root holds tells its form.
+const Form& formOf(const Tree& tree);
 
 }  // namespace corvix::xmlbinc

@@ -1,5 +1,6 @@
 #include "tools/xmlbinc/DescriptorRules.h"
 
+#include "shell/menus/KeyNames_p.h"
 #include "tools/xmlbinc/NumberText.h"
 #include "tools/xmlbinc/Suggestion.h"
 #include "tools/xmlbinc/Unicode.h"
@@ -108,7 +109,11 @@ void checkVisible(const Attribute& attribute, Findings& findings) {
                                       suggestion(attribute.value, kKinds));
 }
 
+/// Those who look for a family compare its prefix exactly.
+void checkFamily(const Element& element, Findings& findings);
+
 void checkInterface(const Element& element, Findings& findings) {
+  checkFamily(element, findings);
   const Identifier identifier = parseIdentifier(element.value("GUID"));
   if (identifier.words.size() != 4) return;
   std::string key = "interface " + std::string(element.value("Name"));
@@ -199,6 +204,80 @@ constexpr AttributeRule kInterfaceAttributes[] = {
     {"Order", "", checkOrder},
 };
 
+void checkPattern(const Attribute& attribute, Findings& findings) {
+  for (const std::string_view one : split(attribute.value, ';')) {
+    if (one.empty() || one.find_first_of("\\/:|<>\" ") != one.npos) {
+      findings.warn(attribute.offset, attribute.name + ' ' + quoted(attribute.value) +
+                                          " is not file names with * and ?, such as \"*.jpg;*.jpeg\"");
+      return;
+    }
+  }
+}
+
+void checkMagic(const Attribute& attribute, Findings& findings) {
+  constexpr std::size_t kMostDigits = 128;
+  const bool isHex = attribute.value.find_first_not_of("0123456789ABCDEFabcdef") == std::string::npos;
+  if (isHex && !attribute.value.empty() && attribute.value.size() % 2 == 0 && attribute.value.size() <= kMostDigits)
+    return;
+  findings.warn(attribute.offset, attribute.name + ' ' + quoted(attribute.value) +
+                                      " is not 1 to 64 bytes of two hexadecimal digits each, such as \"89504E47\"");
+}
+
+void checkOneOf(const Attribute& attribute, std::span<const std::string_view> words, Findings& findings) {
+  if (contains(words, attribute.value)) return;
+  std::string all;
+  for (const std::string_view word : words) all += (all.empty() ? "" : ", ") + quoted(word);
+  findings.warn(attribute.offset, attribute.name + ' ' + quoted(attribute.value) + " is none of " + all +
+                                      suggestion(attribute.value, words));
+}
+
+void checkAccess(const Attribute& attribute, Findings& findings) {
+  static constexpr std::string_view kWords[] = {"r", "w", "rw"};
+  checkOneOf(attribute, kWords, findings);
+}
+
+void checkScheme(const Element& element, Findings& findings) {
+  const std::string_view name = element.value("Name");
+  if (lowered(name.substr(name.find('.') + 1)) != name.substr(name.find('.') + 1))
+    findings.warn(element.find("Name")->offset,
+                  "the scheme of " + quoted(name) + " has capital letters: suppliers are asked for in small ones");
+}
+
+constexpr AttributeRule kFormatAttributes[] = {
+    {"Pattern", "", checkPattern},
+    {"Magic", "", checkMagic},
+    {"Access", "no one knows whether it reads or writes: \"r\", \"w\" or \"rw\"", checkAccess},
+};
+
+constexpr FamilyRule kFamilies[] = {
+    {"Actions.", {}},
+    {"CommandLine.", {}},
+    {"Dialog.", {}},
+    {"DocFormat.", kFormatAttributes},
+    {"DocumentView.", {}},
+    {"GlobalEvent.", {}},
+    {"LangPackage.", {}},
+    {"Panel.", {}},
+    {"Supplier.", {}, checkScheme},
+};
+
+void checkFamily(const Element& element, Findings& findings) {
+  const std::string_view name = element.value("Name");
+  const std::size_t dot = name.find('.');
+  if (dot == name.npos) return;
+  const std::string_view prefix = name.substr(0, dot + 1);
+  for (const FamilyRule& family : kFamilies) {
+    if (prefix == family.prefix) {
+      if (name.size() == prefix.size())
+        findings.warn(element.find("Name")->offset, "Name " + quoted(name) + " lacks what follows the dot");
+      if (family.check != nullptr) family.check(element, findings);
+    } else if (lowered(prefix) == lowered(family.prefix)) {
+      findings.warn(element.find("Name")->offset, "Name " + quoted(name) + " is not found by who looks for " +
+                                                      quoted(family.prefix) + ": letter case counts");
+    }
+  }
+}
+
 constexpr AttributeRule kRequiresAttributes[] = {
     {"Interface", "nothing will be required", checkFilled},
     {"MinVersion", "", checkVersion},
@@ -215,12 +294,131 @@ constexpr AttributeRule kSettingAttributes[] = {
     {"comment", ""},
 };
 
-constexpr ElementRule kRules[] = {
+constexpr ElementRule kDescriptorRules[] = {
     {"CorvixRC", "", "", kRootAttributes},
     {"Plugin", "CorvixRC", "nothing will be registered", kPluginAttributes},
     {"Interface", "Plugin", "", kInterfaceAttributes, checkInterface},
     {"Setting", "Plugin", "", kSettingAttributes, checkSetting},
     {"Requires", "Plugin", "", kRequiresAttributes},
+};
+
+void checkWholeNumber(const Attribute& attribute, Findings& findings) {
+  if (isInteger(attribute.value)) return;
+  findings.warn(attribute.offset, attribute.name + ' ' + quoted(attribute.value) + " is not a whole number");
+}
+
+/// Words with "and" between, each with "!" before it or not.
+void checkWhen(const Attribute& attribute, Findings& findings) {
+  bool wantsWord = true;
+  for (std::string_view word : split(attribute.value, ' ')) {
+    if (word.empty()) continue;
+    const bool isAnd = word == "and";
+    if (word.starts_with('!')) word.remove_prefix(1);
+    if (isAnd == wantsWord || word.empty() || word.find_first_of("!&|()") != word.npos) {
+      findings.warn(attribute.offset, attribute.name + ' ' + quoted(attribute.value) +
+                                          " is not words with \"and\" between, such as \"document.paged and !busy\"");
+      return;
+    }
+    wantsWord = isAnd;
+  }
+  if (wantsWord) findings.warn(attribute.offset, attribute.name + ' ' + quoted(attribute.value) + " ends too early");
+}
+
+void checkAction(const Attribute& attribute, Findings& findings) {
+  constexpr std::string_view kPrefix = "Actions.";
+  if (attribute.value.starts_with(kPrefix) && attribute.value.size() > kPrefix.size()) return;
+  findings.warn(attribute.offset, attribute.name + ' ' + quoted(attribute.value) + " is not \"Actions.\" and a name");
+}
+
+constexpr std::string_view kAlphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789";
+
+void checkKey(const Attribute& attribute, Findings& findings) {
+  const auto isIn = [](std::span<const std::string_view> names, std::string_view name) {
+    return std::any_of(names.begin(), names.end(), [&](std::string_view one) { return lowered(one) == lowered(name); });
+  };
+  const auto isKey = [&](std::string_view name) {
+    if (name.size() == 1) return name.find_first_not_of(kAlphabet) == name.npos;
+    const auto number = lowered(name.substr(0, 1)) == "f" ? parseNumber(name.substr(1)) : std::nullopt;
+    if (number && number->length + 1 == name.size() && name[1] >= '1' && name[1] <= '9')
+      return number->value <= kFunctionKeys;
+    return isIn(kKeyNames, name);
+  };
+  const auto parts = split(attribute.value, '+');
+  const bool isRight = std::all_of(parts.begin(), parts.end() - 1, [&](auto one) { return isIn(kModifierNames, one); });
+  if (isRight && isKey(parts.back())) return;
+  findings.warn(attribute.offset, attribute.name + ' ' + quoted(attribute.value) +
+                                      " is not a key behind Ctrl+, Alt+ or Shift+, such as \"Ctrl+Plus\"" +
+                                      suggestion(parts.back(), kKeyNames));
+}
+
+/// Two items of one action may say the same key.
+void checkItem(const Element& element, Findings& findings) {
+  const Attribute* key = element.find("Key");
+  if (key == nullptr) return;
+  const std::string claim = "key " + lowered(key->value);
+  const bool isNew = findings.seen.insert("of " + std::string(element.value("Action")) + ' ' + claim).second;
+  if (isNew && !findings.seen.insert(claim).second)
+    findings.warn(key->offset, "the key " + quoted(key->value) + " belongs to an item before this one");
+}
+
+void checkSide(const Attribute& attribute, Findings& findings) {
+  static constexpr std::string_view kSides[] = {"left", "right", "top", "bottom"};
+  checkOneOf(attribute, kSides, findings);
+}
+
+constexpr AttributeRule kMenuAttributes[] = {
+    {"Name", "no one can ask for it", checkFilled},
+};
+
+constexpr AttributeRule kPopupAttributes[] = {
+    {"Id", "it is left out", checkFilled},
+    {"Text", ""},
+    {"Order", "", checkWholeNumber},
+    {"Group", "", checkWholeNumber},
+    {"When", "", checkWhen},
+};
+
+constexpr AttributeRule kItemAttributes[] = {
+    {"Action", "it is left out", checkAction},
+    {"Text", ""},
+    {"Icon", "", checkFilled},
+    {"Key", "", checkKey},
+    {"Order", "", checkWholeNumber},
+    {"Group", "", checkWholeNumber},
+    {"When", "", checkWhen},
+};
+
+constexpr ElementRule kMenuRules[] = {
+    {"CorvixRC", "", "", kRootAttributes},
+    {"Menu", "CorvixRC", "", kMenuAttributes},
+    {"Toolbar", "CorvixRC", "", kMenuAttributes},
+    {"Popup", "Menu Popup", "", kPopupAttributes},
+    {"Item", "Menu Toolbar Popup", "", kItemAttributes, checkItem},
+};
+
+constexpr AttributeRule kViewAttributes[] = {
+    {"Name", "no one can ask for it", checkFilled},
+    {"For", "", checkWhen},
+};
+
+constexpr AttributeRule kPanelAttributes[] = {
+    {"Name", "no one can ask for it", checkFilled},
+    {"Text", "it has no caption", checkFilled},
+    {"Side", "", checkSide},
+    {"Size", "", checkWholeNumber},
+    {"When", "", checkWhen},
+};
+
+constexpr ElementRule kViewRules[] = {
+    {"CorvixRC", "", "", kRootAttributes},
+    {"View", "CorvixRC", "", kViewAttributes},
+    {"Panel", "CorvixRC", "", kPanelAttributes},
+};
+
+constexpr Form kForms[] = {
+    {"PLUGININFO", kDescriptorRules},
+    {"MENUTEMPL", kMenuRules},
+    {"VIEWTEMPLATES", kViewRules},
 };
 
 }  // namespace
@@ -236,6 +434,28 @@ std::string_view Element::value(std::string_view attribute) const {
   return found == nullptr ? std::string_view() : found->value;
 }
 
-std::span<const ElementRule> descriptorRules() { return kRules; }
+bool ElementRule::belongsIn(std::string_view parent) const { return contains(split(parents, ' '), parent); }
+
+const Form* formOf(std::string_view resource) {
+  const auto found =
+      std::find_if(std::begin(kForms), std::end(kForms), [=](const Form& form) { return form.resource == resource; });
+  return found == std::end(kForms) ? nullptr : found;
+}
+
+const Form& formWith(std::string_view element) {
+  const auto hasIt = [=](const Form& form) {
+    return std::any_of(form.rules.begin(), form.rules.end(), [&](const ElementRule& rule) {
+      return rule.name == element && rule.belongsIn(form.rules.front().name);
+    });
+  };
+  const auto found = std::find_if(std::begin(kForms), std::end(kForms), hasIt);
+  return found == std::end(kForms) ? kForms[0] : *found;
+}
+
+const FamilyRule* familyOf(std::string_view interfaceName) {
+  const auto found = std::find_if(std::begin(kFamilies), std::end(kFamilies),
+                                  [=](const FamilyRule& family) { return interfaceName.starts_with(family.prefix); });
+  return found == std::end(kFamilies) ? nullptr : found;
+}
 
 }  // namespace corvix::xmlbinc

@@ -1,4 +1,5 @@
-// What a plug-in descriptor may consist of, as one table: a new element, attribute or check is a row of it.
+// What plug-in descriptors and templates may consist of, as a table for each form: a new element, attribute, family of
+// interfaces or check is a row.
 #pragma once
 
 #include <cstddef>
@@ -45,13 +46,34 @@ struct AttributeRule {
 
 struct ElementRule {
   std::string_view name;
-  std::string_view parent;     ///< empty for the root
+  std::string_view parents;    ///< with blanks between; empty for the root
   std::string_view ifMissing;  ///< as for attributes; of an element that is needed, only the first is read
   std::span<const AttributeRule> attributes;
   void (*check)(const Element&, Findings&) = nullptr;  ///< what concerns several attributes
+
+  bool belongsIn(std::string_view parent) const;
 };
 
-/// The root's rule is the first.
-std::span<const ElementRule> descriptorRules();
+/// Interfaces whose names begin alike, as those who look for them know the prefix, and what else they may say.
+struct FamilyRule {
+  std::string_view prefix;  ///< with its dot
+  std::span<const AttributeRule> attributes;
+  void (*check)(const Element&, Findings&) = nullptr;
+};
+
+/// What a kind of XML file consists of.
+struct Form {
+  std::string_view resource;           ///< the name of the resource that it becomes
+  std::span<const ElementRule> rules;  ///< the root's is the first
+};
+
+/// The form of a resource, or null if the name is that of none that is known.
+const Form* formOf(std::string_view resource);
+
+/// The form that has such an element right below its root; else that of descriptors.
+const Form& formWith(std::string_view element);
+
+/// The family that an Interface's name says it belongs to, or null.
+const FamilyRule* familyOf(std::string_view interfaceName);
 
 }  // namespace corvix::xmlbinc

@@ -161,13 +161,17 @@ std::string versionInformation(const Tree& tree, std::string_view module) {
 const std::string_view kResourceFileStart{"\0\0\0\0\x20\0\0\0\xFF\xFF\0\0\xFF\xFF\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0",
                                           32};
 
-std::string writeResourceFile(const Tree& tree, std::string_view module) {
+std::string writeResourceFile(const Tree& tree, std::string_view module, std::span<const NamedTree> templates) {
   constexpr std::uint32_t kVersionType = 16, kOnlyOne = 1;
   ByteWriter bytes(kResourceFileStart);
-  ByteWriter names;
-  name(names, kDescriptorName);
-  name(names, kDescriptorName);
-  entry(bytes, names.take(), writeBlock(tree));
+  const auto block = [&](std::u16string_view resource, const Tree& content) {
+    ByteWriter names;
+    name(names, kDescriptorName);
+    name(names, resource);
+    entry(bytes, names.take(), writeBlock(content));
+  };
+  block(kDescriptorName, tree);
+  for (const NamedTree& one : templates) block(one.name, one.tree);
   ByteWriter numbers;
   number(numbers, kVersionType);
   number(numbers, kOnlyOne);

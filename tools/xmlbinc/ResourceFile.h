@@ -3,6 +3,7 @@
 
 #include "tools/xmlbinc/Tree.h"
 
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -11,9 +12,15 @@ namespace corvix::xmlbinc {
 /// What a resource file begins with, an empty entry.
 extern const std::string_view kResourceFileStart;
 
-/// The tree's block as the resource PLUGININFO of type PLUGININFO, and version information from the first Plugin
-/// element, what it does not say left out and what is longer than 1000 units cut. `module` is the module's file name,
-/// in UTF-8.
-std::string writeResourceFile(const Tree& tree, std::string_view module);
+/// A further resource of type PLUGININFO.
+struct NamedTree {
+  std::u16string name;
+  Tree tree;
+};
+
+/// The tree's block as the resource PLUGININFO of type PLUGININFO, version information from the first Plugin element,
+/// what it does not say left out and what is longer than 1000 units cut, and the templates. `module` is the module's
+/// file name, in UTF-8.
+std::string writeResourceFile(const Tree& tree, std::string_view module, std::span<const NamedTree> templates = {});
 
 }  // namespace corvix::xmlbinc

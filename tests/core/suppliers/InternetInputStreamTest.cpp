@@ -98,7 +98,7 @@ BOOL WINAPI available(HINTERNET, DWORD* count, DWORD, DWORD_PTR) {
 }
 BOOL WINAPI queryInfo(HINTERNET, DWORD, void* buffer, DWORD* bytes, DWORD*) {
   if (!net.contentLength) return FALSE;
-  *bytes = static_cast<DWORD>(std::wcslen(net.contentLength) * sizeof(wchar_t));
+  *bytes = static_cast<DWORD>(std::wcslen(net.contentLength)) * DWORD{sizeof(wchar_t)};
   std::memcpy(buffer, net.contentLength, *bytes);
   return TRUE;
 }

@@ -2,6 +2,8 @@
 #include "graphics/quality/Quality_p.h"
 #include "tests/graphics/Pages.h"
 
+#include <windows.h>
+
 namespace corvix {
 namespace {
 

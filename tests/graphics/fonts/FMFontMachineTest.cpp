@@ -42,7 +42,7 @@ class Alias {
  public:
   Alias(const wchar_t* name, const std::wstring& family) : name_(name) {
     RegSetKeyValueW(HKEY_LOCAL_MACHINE, kSubstitutes, name, REG_SZ, family.c_str(),
-                    static_cast<DWORD>((family.size() + 1) * sizeof(wchar_t)));
+                    static_cast<DWORD>(family.size() + 1) * DWORD{sizeof(wchar_t)});
   }
   ~Alias() { RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, kSubstitutes, name_); }
 

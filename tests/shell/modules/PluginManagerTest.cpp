@@ -11,7 +11,9 @@
 
 #include "core/baselib/objects/Ref.h"
 #include "core/xml/XmlNode.h"
+#include "shell/ModuleResources.h"
 #include "shell/Shell.h"
+#include "shell/menus/MenuManager.h"
 #include "tests/support/BoxAnswer.h"
 #include "tests/support/OwnFolder.h"
 #include "tests/support/OwnPlugin.h"
@@ -28,6 +30,7 @@ fs::path programFolder() {
 }
 
 using testing_support::bytesOf;
+using namespace std::string_literals;
 
 void write(const fs::path& path, const std::string& bytes) { std::ofstream(path, std::ios::binary) << bytes; }
 
@@ -469,6 +472,37 @@ TEST(PluginManager, NamesAreExactAndAttributesAreNot) {
 }
 
 // What other people's descriptors and programs count on.
+TEST(PluginManager, MenusAreReadAsDataAndOnlyWhatIsWhole) {
+  Folder folder;
+  folder.copy(programFolder() / "plugins" / "worker.dll", "menu.dll");
+  std::string spoilt = bytesOf(folder.path() / "menu.dll");
+  for (std::size_t at = 0; (at = spoilt.find("xmlbin", at)) != spoilt.npos; ++at) {
+    if (spoilt.find("M\0e\0n\0u\0"s, at) - at < 200) spoilt[at] = 'y';
+  }
+  write(folder.path() / "spoilt.dll", spoilt);
+  EXPECT_EQ(shell().pluginManager()->scanFolder(folder.path().c_str()), 2);
+  struct Row {
+    const wchar_t *module, *resource;
+    bool isThere;
+  };
+  const std::wstring tooLong(33, L'A');
+  const Row rows[] = {{L"menu.dll", L"MENUTEMPL", true},     {L"menu.dll", L"PLUGININFO", true},
+                      {L"menu.dll", L"menutempl", false},    {L"menu.dll", L"VIEWTEMPLATES", false},
+                      {L"menu.dll", nullptr, false},         {L"menu.dll", L"#1", false},
+                      {L"menu.dll", tooLong.c_str(), false}, {L"spoilt.dll", L"MENUTEMPL", false},
+                      {L"spoilt.dll", L"PLUGININFO", true},  {L"corvix.dll", L"PLUGININFO", true},
+                      {L"corvix.dll", L"MENUTEMPL", false}};
+  for (const Row& row : rows) {
+    IModuleResources* const resources = query<IModuleResources>(moduleNamed(row.module));
+    EXPECT_EQ(static_cast<bool>(Ref<XMLNode>::adopt(resources->readResource(row.resource))), row.isThere) << row.module;
+  }
+  const auto menus = createObject<IMenuManager>(*shell().pluginManager(), L"IMenuManager.Instance");
+  const auto menu = Ref<IBSmartObject>::adopt(menus->menu(L"Menu.Main")).as<IMenuItem>();
+  ASSERT_TRUE(menu);
+  EXPECT_GE(menu->childAt(0)->childCount(), 1);
+  EXPECT_EQ(moduleNamed(L"menu.dll")->state(), ModuleState::Described);
+}
+
 TEST(PluginManager, TheLibrarysOwnDescriptor) {
   const struct {
     const wchar_t* name;

@@ -106,6 +106,27 @@ TEST_F(CommandLine, LeavesAnOutputOnlyForGoodInput) {
   }
 }
 
+TEST_F(CommandLine, PutsTemplatesIntoResourceFiles) {
+  struct Row {
+    std::string menu, resource, said;
+  };
+  const std::string right = "<CorvixRC Version='1.0'><Menu Name='M'/></CorvixRC>", menu = path("menu");
+  const Row rows[] = {
+      {right, resourceFor("m.dll", kGood, right), ""},
+      {"<CorvixRC Version='1.0'>\n<Menu/></CorvixRC>", "none",
+       menu + ":2:1: warning: Menu without Name: no one can ask for it\n" + menu + ": warnings count as errors: 1\n"},
+      {"<CorvixRC>", "none", menu + ":1:1: the element \"CorvixRC\" is not closed\n"},
+  };
+  write("in", kGood);
+  for (const Row& row : rows) {
+    write("menu", row.menu);
+    call({"--check", "--warnings-as-errors", path("in"), "-o", path("out"), "--resource-for", "m.dll", "--template",
+          "MENUTEMPL=" + menu});
+    EXPECT_EQ(read("out"), row.resource) << row.menu;
+    EXPECT_EQ(err_, row.said);
+  }
+}
+
 TEST_F(CommandLine, ChecksWithoutWriting) {
   write("in", kDoubtful);
   EXPECT_EQ(call({"--check", path("in")}), kDone);
@@ -152,6 +173,7 @@ TEST_F(CommandLine, ExplainsWrongUse) {
       {{"-d", "--check", path("in"), "-o", "x"}, kBadUsage, "--check"},
       {{"--warnings-as-errors", path("in"), "-o", "x"}, kBadUsage, "--check"},
       {{path("in"), "-o", "x", "--set", "1=2"}, kBadUsage, "is not NAME=VALUE: 1=2"},
+      {{path("in"), "-o", "x", "--resource-for", "m", "--template", "menu=x"}, kBadUsage, "is not a resource's name"},
       {{"--nonsense", path("in")}, kBadUsage, "--nonsense"},
       {{path("missing"), "-o", path("out")}, kBadInput, "missing: cannot be opened"},
       {{path(""), "-o", path("out")}, kBadInput, "is a directory"},

@@ -14,7 +14,8 @@ Lines warnings(const std::string& xml) {
   SourceText source;
   source.load(xml);
   Lines lines;
-  for (const Warning& warning : checkDescriptor(readXml(source))) {
+  const Tree tree = readXml(source);
+  for (const Warning& warning : check(tree, formOf(tree))) {
     lines.push_back(at(source, warning.offset) + warning.message);
   }
   return lines;
@@ -126,6 +127,52 @@ TEST(DescriptorCheck, WarnsOfWhatAPluginHolds) {
         "same)"}},
   };
   for (const auto& [content, expected] : rows) EXPECT_EQ(warnings(plugin(content)), expected) << content;
+}
+
+TEST(DescriptorCheck, WarnsOfFamiliesAndTemplates) {
+  const auto face = [](const std::string& rest) { return plugin("<Interface GUID='1,2,3,4' " + rest + "/>"); };
+  const auto menu = [](const std::string& rest) {
+    return "<CorvixRC Version='1.00'><Menu Name='M'><Popup Id='P'>\n" + rest + "</Popup></Menu></CorvixRC>";
+  };
+  const std::string when = " is not words with \"and\" between, such as \"document.paged and !busy\"";
+  const std::vector<std::pair<std::string, Lines>> rows{
+      {face("Name='DocFormat.Png' Pattern='*.png;x?' Magic='89504e47' Access='rw'"), {}},
+      {face("Name='DocFormat.Png' Pattern='*.png; *.b' Magic='895' Acces='r'"),
+       {"2:1: Interface without Access: no one knows whether it reads or writes: \"r\", \"w\" or \"rw\"",
+        "2:48: Pattern \"*.png; *.b\" is not file names with * and ?, such as \"*.jpg;*.jpeg\"",
+        "2:69: Magic \"895\" is not 1 to 64 bytes of two hexadecimal digits each, such as \"89504E47\"",
+        "2:81: unknown attribute \"Acces\" of Interface; did you mean \"Access\"?"}},
+      {face("Name='DocFormat.' Access='wr'"),
+       {"2:27: Name \"DocFormat.\" lacks what follows the dot",
+        "2:45: Access \"wr\" is none of \"r\", \"w\", \"rw\"; did you mean \"r\"?"}},
+      {face("Name='Docformat.Png'"),
+       {"2:27: Name \"Docformat.Png\" is not found by who looks for \"DocFormat.\": letter case counts"}},
+      {face("Name='Supplier.Zip'"),
+       {"2:27: the scheme of \"Supplier.Zip\" has capital letters: suppliers are asked for in small ones"}},
+      {menu("<Item Action='Actions.A' Key='Ctrl+Plus' When='a and !b'/><Item Action='Actions.A' Key='ctrl+plus'/>"),
+       {}},
+      {menu("<Item Action='A' Key='Ctrl+'/>\n<Item Key='Strg+A' When='a b'/><Item Action='Actions.A' "
+            "Key='Ctrl+PgUpp'/>\n<Popup Order='x' When='a and'/>"),
+       {"2:7: Action \"A\" is not \"Actions.\" and a name",
+        "2:18: Key \"Ctrl+\" is not a key behind Ctrl+, Alt+ or Shift+, such as \"Ctrl+Plus\"",
+        "3:1: Item without Action: it is left out",
+        "3:7: Key \"Strg+A\" is not a key behind Ctrl+, Alt+ or Shift+, such as \"Ctrl+Plus\"",
+        "3:20: When \"a b\"" + when,
+        "3:57: Key \"Ctrl+PgUpp\" is not a key behind Ctrl+, Alt+ or Shift+, such as \"Ctrl+Plus\"; did you mean "
+        "\"PgUp\"?",
+        "4:1: Popup without Id: it is left out", "4:8: Order \"x\" is not a whole number",
+        "4:18: When \"a and\" ends too early"}},
+      {menu("<Item Action='Actions.A' Key='F5'/>\n<Item Action='Actions.B' Key='f5'/><Menu/><item/>"),
+       {"3:26: the key \"f5\" belongs to an item before this one",
+        "3:36: \"Menu\" does not belong in \"Popup\" and is ignored there",
+        "3:43: unknown element \"item\" in \"Popup\"; did you mean \"Item\"?"}},
+      {"<CorvixRC Version='1.00'><View Name='V' For='!'/>\n<Panel Name='P' Text='t' Side='Left' "
+       "Size='wide'/></CorvixRC>",
+       {"1:41: For \"!\"" + when,
+        "2:26: Side \"Left\" is none of \"left\", \"right\", \"top\", \"bottom\"; did you mean \"left\"?",
+        "2:38: Size \"wide\" is not a whole number"}},
+  };
+  for (const auto& [xml, expected] : rows) EXPECT_EQ(warnings(xml), expected) << xml;
 }
 
 }  // namespace

@@ -15,16 +15,18 @@
 
 namespace corvix::xmlbinc {
 
-inline std::string compiled(std::string_view xml) {
+inline Tree treeOf(std::string_view xml) {
   SourceText source;
   source.load(xml);
-  return writeBlock(readXml(source));
+  return readXml(source);
 }
 
-inline std::string resourceFor(std::string_view module, std::string_view xml) {
-  SourceText source;
-  source.load(xml);
-  return writeResourceFile(readXml(source), module);
+inline std::string compiled(std::string_view xml) { return writeBlock(treeOf(xml)); }
+
+inline std::string resourceFor(std::string_view module, std::string_view xml, std::string_view menu = {}) {
+  std::vector<NamedTree> templates;
+  if (!menu.empty()) templates.push_back({u"MENUTEMPL", treeOf(menu)});
+  return writeResourceFile(treeOf(xml), module, templates);
 }
 
 inline std::string decompiled(std::string_view block) { return writeXml(readBlock(block).tree); }

@@ -33,11 +33,13 @@ TEST(TimerTable, RestartReplacesAndStopEnds) {
   const i32 index = timerData.start(60000, hear, 1);
   EXPECT_EQ(timerData.start(10, hear, 2, index), index);
   waitFor(3);  // again and again
-  EXPECT_EQ(heard, (std::vector<u32>{2, 2, 2}));
+  EXPECT_EQ(heard, std::vector<u32>(heard.size(), 2));
   timerData.stop(index);
   timerData.stop(index);
+  const std::size_t ticks = heard.size();  // on a busy machine one more may have come
+  EXPECT_GE(ticks, 3u);
   testing_support::runMessageLoop(60, [] { return false; });
-  EXPECT_EQ(heard.size(), 3u);
+  EXPECT_EQ(heard.size(), ticks);
 }
 
 u32 givenBack = 0;

@@ -24,7 +24,10 @@ struct SaysAllIsWell {
   static void* query(const stype_info&) { return nullptr; }
 };
 struct NoInfo : SaysAllIsWell {
-  static const stype_info& info() { return *static_cast<const stype_info* volatile&&>(nullptr); }
+  static const stype_info& info() {
+    const stype_info* volatile none = nullptr;
+    return *none;
+  }
 };
 struct NoName : SaysAllIsWell {
   struct Info : stype_info {

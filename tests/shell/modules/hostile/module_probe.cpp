@@ -43,7 +43,7 @@ class Boxes final : public IDialogListener {
 };
 
 std::wstring wide(const char* text) {
-  std::wstring units(MultiByteToWideChar(CP_UTF8, 0, text, -1, nullptr, 0), 0);
+  std::wstring units(static_cast<std::size_t>(MultiByteToWideChar(CP_UTF8, 0, text, -1, nullptr, 0)), 0);
   MultiByteToWideChar(CP_UTF8, 0, text, -1, units.data(), static_cast<int>(units.size()));
   units.pop_back();
   return units;
