@@ -2,11 +2,30 @@
 #include "examples/host/Console.h"
 #include "examples/host/Objects.h"
 
+#include <algorithm>
+
+#include <windows.h>
+
 namespace host {
 
 using namespace corvix;
 
 namespace {
+
+// By its file's name or path, or its own name, in any letter case.
+bool isMeant(const IPluginModule& module, std::wstring name) {
+  std::replace(name.begin(), name.end(), L'/', L'\\');
+  const std::wstring_view path = module.path();
+  const std::wstring_view file = path.substr(path.find_last_of(L'\\') + 1);
+  const std::wstring_view stem = file.substr(0, file.find_last_of(L'.'));
+  const auto same = [&](std::wstring_view one) {
+    return CompareStringOrdinal(one.data(), static_cast<int>(one.size()), name.data(), static_cast<int>(name.size()),
+                                TRUE) == CSTR_EQUAL;
+  };
+  return same(path) || same(file) || same(stem) || same(module.name()) ||
+         (name.find(L'\\') != std::wstring::npos && path.size() > name.size() &&
+          path[path.size() - name.size() - 1] == L'\\' && same(path.substr(path.size() - name.size())));
+}
 
 // Nothing in `name`: every module that is left out.
 int retry(IPluginManager& manager, const std::string& name) {
@@ -14,7 +33,7 @@ int retry(IPluginManager& manager, const std::string& name) {
   for (i32 i = 0; i < manager.moduleCount(); ++i) {
     IPluginModule& module = *manager.moduleAt(i);
     const std::string file = fileName(module.path());
-    if (!name.empty() && name != file && wide(name) != module.name()) continue;
+    if (!name.empty() && !isMeant(module, wide(name))) continue;
     IStartRecord& record = *query<IStartRecord>(&module);
     if (!record.isLeftOut()) continue;
     ++leftOut;

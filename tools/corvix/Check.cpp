@@ -174,8 +174,12 @@ json asJson(const ModuleReport& report) {
                         {"detail", finding.detail},
                         {"todo", finding.rule->todo}});
   }
-  return {{"module", report.path},          {"holds", report.holds()}, {"tried", report.tried},
-          {"failure", report.failure},      {"made", report.made},     {"declared", report.declared},
+  return {{"module", report.path},
+          {"holds", report.tried && report.holds()},
+          {"tried", report.tried},
+          {"failure", report.failure},
+          {"made", report.made},
+          {"declared", report.declared},
           {"findings", std::move(findings)}};
 }
 

@@ -77,7 +77,7 @@ STORIES = {
                             ("told", "told of the start"), ("initialize", "told of the start")]},
     "a host goes down once": [*crash, *[("crash", USE, 0, "saved")] * 3, ("", ["corvix-host", "settings", "get", "Ends", "Number"], 0, "7")],
     "tried again by name": [*crash, ("", ["corvix-host", "retry", "other.dll"], 1, "no plug-in of that name"),
-                            ("", ["corvix-host", "retry", "ends_at_start.dll"], 0, "tried again"), ("", LIST, 0, FINE), nothing_left,
+                            ("", ["corvix-host", "retry", "plugins/ENDS_AT_START.dll"], 0, "tried again"), ("", LIST, 0, FINE), nothing_left,
                             *crash, ("crash", USE, 0, "saved"), ("", ["corvix-host", "retry"], 0, "tried again"),
                             ("", ["corvix-host", "retry"], 0, "No plug-in")],
     "tried again when it is another": [*crash, rebuilt, ("", LIST, 0, FINE), ("", USE, 0, "saved"), nothing_left],

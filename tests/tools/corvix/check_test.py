@@ -96,6 +96,7 @@ for name, arguments, exit_code, pattern in [
         ("two with one identifier", ["checked/good.dll", "checked/../checked/good.dll"], 1, r"\[duplicate-identifier\]"),
         ("a circle", ["checked/needs_itself.dll"], 1, r"\[requirement-circle\].*needs_itself.dll needs needs_itself.dll\."),
         ("no such file", ["checked/absent.dll"], 2, r"not tried: the file cannot be read"),
+        ("no such file, as JSON", ["--json", "checked/absent.dll"], 2, r'"holds": false'),
         ("fault outweighs", ["checked/absent.dll", "checked/no_such.dll", "checked/name_typo.dll"], 1, r"Faulty.Objekt"),
         ("no module named", [], 2, r""),
 ]:
