@@ -49,6 +49,7 @@ ROWS = [  # arguments, exit code, parts of what is said
     (["settings", "reset", "Worker", "Steps"], 0, ["1 of 1"]),
     (["settings", "set", "Worker", "Steps", "7"], 0, ["saved"]),
     (["settings", "reset"], 0, ["1 of "]),
+    (["catalogue", "on"], 0, []),  # an earlier run may have ended between the two below
     (["catalogue"], 0, ["is on", "from the catalogue ", "Catalogues"]),
     (["catalogue", "off"], 0, []),
     (["catalogue"], 0, ["is off", "All of these descriptors from the files: the catalogue is switched off"]),
