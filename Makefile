@@ -77,7 +77,7 @@ package:
 	@cd build/release && cpack -D "CPACK_INSTALL_CMAKE_PROJECTS=$(packed)" >package.log || { cat package.log; exit 1; }
 	@ls -s --block-size=K build/packages/*.zip
 
-# What .ci/run tries of 64 bits: the library, the host and the guard. CTest's names are those of make test.
+# What .ci/run tries of 64 bits: that the library and the host build, hostile modules and with them the guard, linking. CTest's names are those of make test.
 x64-sample: export CORVIX_BITS = 64
 x64-sample:
 	@scripts/setup test
