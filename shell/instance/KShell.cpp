@@ -9,6 +9,7 @@
 #include "shell/gui/GUIManager.h"
 #include "shell/history/KStateHistory_p.h"
 #include "shell/instance/LibraryModule_p.h"
+#include "shell/language/KTranslator_p.h"
 #include "shell/menus/KMenuManager_p.h"
 #include "shell/modules/ModuleFile_p.h"
 
@@ -83,6 +84,8 @@ void KShell::start(void* module) {
   pluginManager_->registerInstance(L"IActionManager.Instance", actionManager_);
   pluginManager_->registerInstance(L"IMenuManager.Instance", make<KMenuManager>(*pluginManager_));
   pluginManager_->registerInstance(L"IStateHistory.GetInstance", make<KStateHistory>());
+  pluginManager_->registerInstance(L"IBTranslator.Instance",
+                                   make<KTranslator>(*pluginManager_, *settings_, folderOf(modulePath(nullptr))));
   {
     const StartSentinel sentinel;
     pluginManager_->tellAfterInit();
