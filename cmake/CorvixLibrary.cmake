@@ -46,6 +46,7 @@ foreach(room IN ITEMS
     shell
     shell/actions
     shell/documents
+    shell/documents/manager
     shell/guard
     shell/gui
     shell/history

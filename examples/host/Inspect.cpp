@@ -1,8 +1,8 @@
 #include "examples/host/Command.h"
 #include "examples/host/Console.h"
 #include "examples/host/Objects.h"
-#include "graphics/IAGDCCreator.h"
 #include "plugins/inspector/IInspector.h"
+#include "plugins/windows/Picture.h"
 
 #include <windows.h>
 
@@ -11,21 +11,6 @@ namespace host {
 using namespace corvix;
 
 namespace {
-
-// What is in a window, taken from the window itself: no screen is needed.
-bool savePicture(IPluginManager& manager, HWND window, const std::string& file) {
-  RECT size;
-  GetClientRect(window, &size);
-  const int width = size.right, height = size.bottom;
-  const auto creator = createObject<IAGDCCreator>(manager, L"AGDC.Memory");
-  const auto copy = Ref<IAGDC>::adopt(creator ? creator->create(0, 0, nullptr, width, height) : nullptr);
-  if (!copy) return false;
-  const HDC device = GetDC(window);
-  BitBlt(static_cast<HDC>(copy->deviceContext()), 0, 0, width, height, device, 0, 0, SRCCOPY);
-  ReleaseDC(window, device);
-  const auto image = Ref<IAGImage>::adopt(copy->createImage(width, height, ColorModel::Rgb, 0));
-  return image && image->captureFrom(*copy, 0, 0) && image->saveFile(wide(file).c_str(), ImageFile::Png);
-}
 
 // Until the window is closed, or the time is over; 0: however long.
 void runMessages(IInspector& inspector, DWORD longestMs) {
@@ -55,7 +40,7 @@ int inspect(IPluginManager& manager, const std::string& tab, const std::string& 
   if (!tab.empty()) inspector->showTab(wide(tab).c_str());
   runMessages(*inspector, picture.empty() ? 0 : 1000);  // time to paint
   if (picture.empty()) return 0;
-  const bool isSaved = savePicture(manager, window, picture);
+  const bool isSaved = windows::saveInside(manager, window, wide(picture).c_str());
   inspector->show(false);
   std::fprintf(isSaved ? stdout : stderr,
                isSaved ? "%s written\n" : "corvix-host: %s could not be written. Does its folder exist?\n",

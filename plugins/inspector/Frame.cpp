@@ -62,22 +62,15 @@ Frame* Frame::open() {
     const INITCOMMONCONTROLSEX controls = {sizeof controls,
                                            ICC_TAB_CLASSES | ICC_LISTVIEW_CLASSES | ICC_TREEVIEW_CLASSES};
     InitCommonControlsEx(&controls);
-    WNDCLASSW frames = {};
-    frames.lpfnWndProc = &Frame::procedure;
-    frames.hInstance = ownModule();
-    frames.hCursor = LoadCursorW(nullptr, reinterpret_cast<LPCWSTR>(IDC_ARROW));
-    frames.hIcon = LoadIconW(nullptr, reinterpret_cast<LPCWSTR>(IDI_APPLICATION));
-    frames.hbrBackground = reinterpret_cast<HBRUSH>(static_cast<INT_PTR>(COLOR_BTNFACE + 1));
-    frames.lpszClassName = L"CorvixInspector";
-    RegisterClassW(&frames);
+    const wchar_t* const frames = windowClass(L"CorvixInspector", &Frame::procedure);
     wchar_t program[MAX_PATH] = L"";
     GetModuleFileNameW(nullptr, program, MAX_PATH);
     frame.reset(new Frame);
     Look& look = *frame->look_;
     const std::wstring title = L"Inspector: " + fileName(program);
-    CreateWindowExW(WS_EX_CONTROLPARENT, frames.lpszClassName, title.c_str(), WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN,
+    CreateWindowExW(WS_EX_CONTROLPARENT, frames, title.c_str(), WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN,
                     CW_USEDEFAULT, CW_USEDEFAULT, look.scaled(kWidth), look.scaled(kHeight), nullptr, nullptr,
-                    frames.hInstance, nullptr);
+                    ownModule(), nullptr);
     if (!frame || !frame->window_) {
       frame.reset();
       return nullptr;

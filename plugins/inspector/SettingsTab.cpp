@@ -1,12 +1,9 @@
 // The user's options by their declared path. A chosen one gets the control that its declaration asks for; what is
 // changed here or elsewhere is seen at once.
 #include "plugins/inspector/Tab.h"
+#include "plugins/windows/DeclaredSetting.h"
 
-#include <algorithm>
-#include <cerrno>
-#include <cwchar>
 #include <map>
-#include <optional>
 
 #include <commctrl.h>
 
@@ -15,77 +12,6 @@ namespace corvix::inspector {
 namespace {
 
 IBSettings& settings() { return *IShell::getInstance()->settings(); }
-
-struct Setting {
-  const wchar_t* group;  // of the store
-  const wchar_t* item;
-  std::wstring folder, label, type, visible, comment;
-  std::vector<std::wstring> choices;
-
-  Setting(const wchar_t* itsGroup, const wchar_t* itsItem) : group(itsGroup), item(itsItem) {
-    type = attribute(L"Type");
-    visible = attribute(L"Visible");
-    comment = attribute(L"comment");
-    const std::wstring path = attribute(L"path");
-    const std::size_t cut = path.find_last_of(L'\\');
-    folder = cut == std::wstring::npos ? group : path.substr(0, cut);
-    label = path.empty() ? item : path.substr(cut + 1);
-    const std::wstring values = attribute(L"Values");
-    for (std::size_t at = 0; at < values.size();) {
-      const std::size_t end = std::min(values.find(L'|', at), values.size());
-      choices.push_back(values.substr(at, end - at));
-      at = end + 1;
-    }
-  }
-
-  std::wstring attribute(const wchar_t* name) const {
-    WideString text;
-    settings().getAttribute(group, item, name, text);
-    return std::wstring(text);
-  }
-
-  bool isHidden() const { return visible == L"false"; }
-  bool isCheck() const { return type == L"bool" && (visible == L"check" || isHidden()); }
-  bool isList() const { return !choices.empty() && (visible == L"List" || isHidden()); }
-
-  // As a user would write it.
-  std::wstring show(const Variant& value) const {
-    const auto number = static_cast<std::size_t>(value.integer());
-    if (value.tag() == Variant::Tag::Bool) return value.truth() ? L"true" : L"false";
-    if (type == L"enum" && number >= 1 && number <= choices.size()) return choices[number - 1];
-    return std::wstring(value.toText());
-  }
-  std::wstring current() const {
-    Variant value;
-    settings().getValue(group, item, value);
-    return show(value);
-  }
-
-  // What a text means for the type; `wanted` says what would mean something when this does not.
-  std::optional<Variant> parse(const std::wstring& text, std::wstring& wanted) const {
-    wchar_t* end = nullptr;
-    errno = 0;
-    if (type == L"bool") {
-      wanted = L"true or false";
-      if (text == L"true" || text == L"false") return Variant(text == L"true");
-    } else if (type == L"enum") {
-      wanted = attribute(L"Values");
-      const auto found = std::find(choices.begin(), choices.end(), text);
-      if (found != choices.end()) return Variant(static_cast<i32>(found - choices.begin()) + 1);
-    } else if (type == L"integer") {
-      wanted = L"a whole number of at most 32 bits";
-      const long number = std::wcstol(text.c_str(), &end, 10);
-      if (!text.empty() && !*end && errno == 0) return Variant(static_cast<i32>(number));
-    } else if (type == L"float") {
-      wanted = L"a number";
-      const double number = std::wcstod(text.c_str(), &end);
-      if (!text.empty() && !*end && errno == 0) return Variant(number);
-    } else {
-      return Variant(text);
-    }
-    return std::nullopt;
-  }
-};
 
 // Follows every item. It stands as long as the module: another thread may be in it while the tab goes.
 class SettingsWatch : public ISettingListener {
@@ -112,10 +38,8 @@ class SettingsTab : public Tab {
       count += static_cast<std::size_t>(settings().itemCount(settings().groupAt(g)));
     if (count != all_.size()) readAll();
     std::vector<Row> rows;
-    for (const Setting* one : inFolder_) {
-      Variant standard;
-      settings().getDefault(one->group, one->item, standard);
-      rows.push_back({one->label, one->current(), one->show(standard), one->type,
+    for (const DeclaredSetting* one : inFolder_) {
+      rows.push_back({one->label, one->current(), one->standard(), one->type,
                       std::wstring(one->group) + L"\\" + one->item, one->comment});
     }
     list_.show(rows);
@@ -179,24 +103,20 @@ class SettingsTab : public Tab {
   }
 
   void unwatch() {
-    for (const Setting& one : all_) settings().unwatch(one.group, one.item, &settingsWatch);
+    for (const DeclaredSetting& one : all_) settings().unwatch(one.group, one.item, &settingsWatch);
   }
 
   void readAll() {
     unwatch();
     inFolder_.clear();
     edited_ = nullptr;
-    all_.clear();
-    for (i32 g = 0; g < settings().groupCount(); ++g) {
-      const wchar_t* const group = settings().groupAt(g);
-      for (i32 i = 0; i < settings().itemCount(group); ++i) all_.emplace_back(group, settings().itemAt(group, i));
-    }
-    for (const Setting& one : all_) settings().watch(one.group, one.item, &settingsWatch, 0);
+    all_ = DeclaredSetting::all();
+    for (const DeclaredSetting& one : all_) settings().watch(one.group, one.item, &settingsWatch, 0);
     fillTree();
     showFolder();
   }
 
-  bool isShown(const Setting& one) const {
+  bool isShown(const DeclaredSetting& one) const {
     return !one.isHidden() || IsDlgButtonChecked(page(), kHidden) == BST_CHECKED;
   }
 
@@ -205,7 +125,7 @@ class SettingsTab : public Tab {
     TreeView_DeleteAllItems(tree_);
     folders_.clear();
     HTREEITEM first = nullptr;
-    for (const Setting& one : all_) {
+    for (const DeclaredSetting& one : all_) {
       if (isShown(one) && !first) first = folderItem(one.folder);
       if (isShown(one)) folderItem(one.folder);
     }
@@ -231,7 +151,7 @@ class SettingsTab : public Tab {
   void showFolder() {
     const HTREEITEM chosen = TreeView_GetSelection(tree_);
     inFolder_.clear();
-    for (const Setting& one : all_) {
+    for (const DeclaredSetting& one : all_) {
       const auto at = folders_.find(one.folder);
       if (at != folders_.end() && at->second == chosen && isShown(one)) inFolder_.push_back(&one);
     }
@@ -245,7 +165,7 @@ class SettingsTab : public Tab {
   // changes.
   void showInEditor() {
     const auto index = static_cast<std::size_t>(list_.selected());
-    const Setting* const chosen = index < inFolder_.size() ? inFolder_[index] : nullptr;
+    const DeclaredSetting* const chosen = index < inFolder_.size() ? inFolder_[index] : nullptr;
     const std::wstring value = chosen ? chosen->current() : L"";
     if (chosen == edited_ && value == shownValue_) return;
     const bool isOther = chosen != edited_;
@@ -295,10 +215,10 @@ class SettingsTab : public Tab {
 
   HWND tree_ = nullptr, check_ = nullptr, choice_ = nullptr, text_ = nullptr, set_ = nullptr;
   bool isFilling_ = false;
-  std::vector<Setting> all_;
+  std::vector<DeclaredSetting> all_;
   std::map<std::wstring, HTREEITEM> folders_;
-  std::vector<const Setting*> inFolder_;
-  const Setting* edited_ = nullptr;  // null also: nothing is chosen
+  std::vector<const DeclaredSetting*> inFolder_;
+  const DeclaredSetting* edited_ = nullptr;  // null also: nothing is chosen
   std::wstring shownValue_;
 };
 

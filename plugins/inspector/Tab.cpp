@@ -7,15 +7,7 @@
 namespace corvix::inspector {
 
 bool Tab::open(HWND frame, const Look& look) {
-  WNDCLASSW pages = {};
-  pages.lpfnWndProc = &Tab::procedure;
-  pages.hInstance = ownModule();
-  pages.hCursor = LoadCursorW(nullptr, reinterpret_cast<LPCWSTR>(IDC_ARROW));
-  pages.hbrBackground = reinterpret_cast<HBRUSH>(static_cast<INT_PTR>(COLOR_BTNFACE + 1));
-  pages.lpszClassName = L"CorvixInspectorPage";
-  RegisterClassW(&pages);
-  page_ = CreateWindowExW(WS_EX_CONTROLPARENT, pages.lpszClassName, L"", WS_CHILD | WS_CLIPCHILDREN, 0, 0, 0, 0, frame,
-                          nullptr, pages.hInstance, nullptr);
+  page_ = makeChild(frame, windowClass(L"CorvixInspectorPage", &Tab::procedure), L"", WS_CLIPCHILDREN, 0, WS_EX_CONTROLPARENT);
   if (!page_) return false;
   SetWindowLongPtrW(page_, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
   make();
@@ -78,8 +70,7 @@ void Tab::copy() {
 
 HWND Tab::addControl(const wchar_t* windowClass, const wchar_t* text, DWORD style, int id) {
   const bool isFramed = std::wstring_view(windowClass) == L"EDIT";
-  return CreateWindowExW(isFramed ? WS_EX_CLIENTEDGE : 0, windowClass, text, WS_CHILD | WS_VISIBLE | style, 0, 0, 0, 0,
-                         page_, reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)), nullptr, nullptr);
+  return makeChild(page_, windowClass, text, WS_VISIBLE | style, id, isFramed ? WS_EX_CLIENTEDGE : 0);
 }
 
 HWND Tab::addToRow(const wchar_t* windowClass, const wchar_t* text, DWORD style, int id, int width) {
@@ -113,19 +104,6 @@ bool Tab::handle(UINT message, WPARAM wparam, LPARAM lparam) {
     default:
       return false;
   }
-}
-
-HINSTANCE ownModule() noexcept {
-  HMODULE module = nullptr;
-  GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
-                     reinterpret_cast<LPCWSTR>(&ownModule), &module);
-  return module;
-}
-
-std::wstring textOf(HWND control) {
-  std::wstring text(static_cast<std::size_t>(GetWindowTextLengthW(control)) + 1, L'\0');
-  text.resize(static_cast<std::size_t>(GetWindowTextW(control, text.data(), static_cast<int>(text.size()))));
-  return text;
 }
 
 void Wake::ring() noexcept {

@@ -2,13 +2,16 @@
 // and `refresh`, and a row in the table in Frame.cpp. [shell thread]
 #pragma once
 
-#include "plugins/inspector/List.h"
+#include "plugins/windows/List.h"
+#include "plugins/windows/Windows.h"
 #include "shell/Plugin.h"
 
 #include <atomic>
 #include <memory>
 
 namespace corvix::inspector {
+
+using namespace windows;
 
 class Tab {
  public:
@@ -65,23 +68,12 @@ class Tab {
   std::vector<InRow> row_;
 };
 
-// The module that this code is in.
-HINSTANCE ownModule() noexcept;
-
-// Around what a window procedure does: nothing is thrown through the system.
-template <class Call>
-auto guarded(const wchar_t* place, Call call) noexcept {
-  return callForeign(reinterpret_cast<const void*>(&ownModule), place, call);
-}
-
 // Runs what calls into other modules; false when they closed the inspector meanwhile: then nothing of the tab is there.
 template <class Call>
 bool staysOpen(HWND page, Call call) {
   call();
   return IsWindow(page) != FALSE;
 }
-
-std::wstring textOf(HWND control);
 
 // Has the page of a tab refreshed soon, however often it is asked. It outlives the tab: a listener on another thread
 // may be on its way. [any thread]

@@ -11,7 +11,8 @@ class IFileFilter : public IBTransportable {
 
  public:
   virtual const wchar_t* description() const noexcept = 0;
-  virtual const wchar_t* pattern() const noexcept = 0;  // "*.pdf;*.fdf"
+  virtual const wchar_t* pattern() const noexcept = 0;     // "*.pdf;*.fdf"
+  virtual const wchar_t* formatName() const noexcept = 0;  // "DocFormat.Pdf"; empty for a row of several formats
 };
 
 }  // namespace corvix

@@ -10,6 +10,7 @@
 #include "shell/Locations.h"
 #include "shell/ModuleResources.h"
 #include "shell/Progress.h"
+#include "shell/documents/BDocument.h"
 #include "shell/history/KStateHistory_p.h"
 #include "shell/instance/KShell_p.h"
 #include "shell/language/KTranslator_p.h"
@@ -179,13 +180,8 @@ void useLanguages() {
   EXPECT_FALSE(translator.sender().hasListeners());
 }
 
-class Document final : public BSmartObject, public IDocument {
-  CORVIX_IDENTITY(Document, 0x2F81C6D0, 0x4B7E93A5, 0x91D40E68, 0xA35C7F12, BSmartObject, IDocument)
-
- public:
-  const wchar_t* location() const noexcept override { return L""; }
-  const wchar_t* title() const noexcept override { return L""; }
-  bool isModified() const noexcept override { return false; }
+class Document final : public BDocument {
+  CORVIX_IDENTITY(Document, 0x2F81C6D0, 0x4B7E93A5, 0x91D40E68, 0xA35C7F12, BDocument)
 };
 
 class Step final : public BSmartObject, public IState {

@@ -1,5 +1,6 @@
-#include "core/baselib/system/ApplicationKey_p.h"
+#include "core/baselib/system/ApplicationKey.h"
 
+#include "core/baselib/system/ApplicationKey_p.h"
 #include "core/baselib/system/RegistryKey_p.h"
 
 namespace corvix {
@@ -12,5 +13,7 @@ const std::wstring& applicationKeyPath() {
   }();
   return path;
 }
+
+WideString applicationKey() { return applicationKeyPath(); }
 
 }  // namespace corvix

@@ -3,6 +3,7 @@
 #include "core/baselib/memory/MemoryManager.h"
 #include "core/baselib/streams/InputStream.h"
 #include "core/baselib/streams/OutputStream.h"
+#include "shell/documents/BDocument.h"
 
 #include <gtest/gtest.h>
 
@@ -262,13 +263,8 @@ TEST(StateList, WhatCannotFreezeOrThawStaysAsItIs) {
   EXPECT_EQ(document.text.size(), 300u);
 }
 
-class Paper final : public BSmartObject, public IDocument {
-  CORVIX_IDENTITY(Paper, 0xE4A0617C, 0x4C1D82F5, 0x80B97E3A, 0x5D26CF91, BSmartObject, IDocument)
-
- public:
-  const wchar_t* location() const noexcept override { return L""; }
-  const wchar_t* title() const noexcept override { return L""; }
-  bool isModified() const noexcept override { return false; }
+class Paper final : public BDocument {
+  CORVIX_IDENTITY(Paper, 0xE4A0617C, 0x4C1D82F5, 0x80B97E3A, 0x5D26CF91, BDocument)
 };
 
 TEST(StateHistory, HasAListForEachDocumentAsLongAsItLives) {

@@ -1,4 +1,4 @@
-#include "plugins/inspector/List.h"
+#include "plugins/windows/List.h"
 
 #include "tools/xmlbinc/Harmless.h"
 
@@ -6,7 +6,7 @@
 
 #include <commctrl.h>
 
-namespace corvix::inspector {
+namespace corvix::windows {
 
 namespace {
 
@@ -83,9 +83,4 @@ void List::copySelected() const {
   CloseClipboard();
 }
 
-std::wstring fileName(const wchar_t* path) {
-  const std::wstring text = path;
-  return text.substr(text.find_last_of(L"\\/") + 1);
-}
-
-}  // namespace corvix::inspector
+}  // namespace corvix::windows

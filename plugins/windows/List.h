@@ -2,12 +2,12 @@
 // place and choice in it stay.
 #pragma once
 
-#include "plugins/inspector/Look.h"
+#include "plugins/windows/Look.h"
 
 #include <string>
 #include <vector>
 
-namespace corvix::inspector {
+namespace corvix::windows {
 
 struct Column {
   const wchar_t* title;
@@ -39,7 +39,4 @@ class List {
   std::vector<Row> shown_;
 };
 
-std::wstring fileName(const wchar_t* path);
-inline std::wstring orEmpty(const wchar_t* text) { return text ? text : L""; }
-
-}  // namespace corvix::inspector
+}  // namespace corvix::windows

@@ -1,6 +1,6 @@
-#include "plugins/inspector/Look.h"
+#include "plugins/windows/Look.h"
 
-namespace corvix::inspector {
+namespace corvix::windows {
 
 namespace {
 
@@ -45,4 +45,4 @@ Look::Look(HWND window) {
   lineHeight_ = text.tmHeight + scaled(9);
 }
 
-}  // namespace corvix::inspector
+}  // namespace corvix::windows

@@ -3,7 +3,7 @@
 
 #include <windows.h>
 
-namespace corvix::inspector {
+namespace corvix::windows {
 
 class Look {
  public:
@@ -27,4 +27,4 @@ class Look {
   int lineHeight_;
 };
 
-}  // namespace corvix::inspector
+}  // namespace corvix::windows

@@ -1,0 +1,20 @@
+// Keys as menus name them ("Ctrl+Shift+PgUp") and as the keyboard sends them, as one number each.
+#pragma once
+
+#include "core/baselib/Api.h"
+
+#include <windows.h>
+
+namespace corvix::gui {
+
+using Stroke = u32;  // the system's code of the key, modifiers above it; 0: none
+
+constexpr Stroke kControl = 0x10000, kAlt = 0x20000, kShift = 0x40000;
+
+// Of an IMenuItem::key.
+Stroke strokeNamed(const wchar_t* key);
+
+// Of a key that is pressed now; those of the number pad count as the others.
+Stroke strokePressed(WPARAM key);
+
+}  // namespace corvix::gui
