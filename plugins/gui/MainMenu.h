@@ -30,10 +30,12 @@ class MainMenu {
   MainMenu(const MainMenu&) = delete;
   MainMenu& operator=(const MainMenu&) = delete;
 
-  // Puts the menu that there is now into the window, if it is another than before, or `words` change what is in the bar.
+  // Puts the menu that there is now into the window, if it is another than before, or `words` change what is in the
+  // bar.
   void update(HWND window, const wchar_t* words);
 
-  // Messages of the window: a sub-menu opens, a row is chosen, a row is looked at. False for what is none of this menu's.
+  // Messages of the window: a sub-menu opens, a row is chosen, a row is looked at. False for what is none of this
+  // menu's.
   bool opens(HMENU menu, const wchar_t* words);
   bool choose(WORD id);
   std::wstring describe(WORD id) const;

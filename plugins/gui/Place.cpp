@@ -1,6 +1,5 @@
 #include "plugins/gui/Place.h"
 
-
 namespace corvix::gui {
 
 using namespace windows;

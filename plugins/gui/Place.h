@@ -6,8 +6,8 @@
 #include "core/baselib/objects/Ref.h"
 #include "plugins/windows/Windows.h"
 #include "shell/PluginManager.h"
-#include "shell/gui/View.h"
 #include "shell/guard/ForeignGuard.h"
+#include "shell/gui/View.h"
 
 #include <memory>
 

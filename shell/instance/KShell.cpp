@@ -12,6 +12,8 @@
 #include "shell/language/KTranslator_p.h"
 #include "shell/menus/KMenuManager_p.h"
 #include "shell/modules/ModuleFile_p.h"
+#include "shell/services/KSecretary_p.h"
+#include "shell/services/KSelfReg_p.h"
 
 namespace corvix {
 
@@ -94,6 +96,8 @@ void KShell::start(void* module) {
   pluginManager_->registerInstance(L"IActionManager.Instance", actionManager_);
   pluginManager_->registerInstance(L"IMenuManager.Instance", make<KMenuManager>(*pluginManager_));
   pluginManager_->registerInstance(L"IStateHistory.GetInstance", make<KStateHistory>());
+  pluginManager_->registerInstance(L"IBSecretary.Instance", make<KSecretary>(*this));
+  pluginManager_->registerInstance(L"IBSelfReg.Instance", make<KSelfReg>(*settings_));
   pluginManager_->registerInstance(L"IBTranslator.Instance", make<KTranslator>(*pluginManager_, *settings_, folder));
   {
     const StartSentinel sentinel;

@@ -1,4 +1,5 @@
-// IBEncryptionKey: the bytes of a key, good as long as the object. [shell thread]
+// IBEncryptionKey: the bytes of a key, good as long as the object, and overwritten when it goes. What the user typed is
+// its text in UTF-8. [shell thread]
 #pragma once
 
 #include "core/baselib/objects/Transportable.h"
