@@ -1,5 +1,5 @@
-// How a menu or toolbar shows an action, without loading a plug-in for it: one whose module's code is not loaded yet can
-// be chosen, and is asked then.
+// How a menu or toolbar shows an action, without loading a plug-in for it: one whose module's code is not loaded yet
+// can be chosen, and is asked then.
 #pragma once
 
 #include "shell/Shell.h"

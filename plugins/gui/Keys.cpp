@@ -11,12 +11,11 @@ constexpr struct {
   std::wstring_view name;
   WORD key;
 } kNames[] = {
-    {L"Backspace", VK_BACK}, {L"Comma", VK_OEM_COMMA}, {L"Del", VK_DELETE}, {L"Down", VK_DOWN},
-    {L"End", VK_END},        {L"Enter", VK_RETURN},    {L"Esc", VK_ESCAPE}, {L"Home", VK_HOME},
-    {L"Ins", VK_INSERT},     {L"Left", VK_LEFT},       {L"Minus", VK_OEM_MINUS},
-    {L"PgDn", VK_NEXT},      {L"PgUp", VK_PRIOR},      {L"Plus", VK_OEM_PLUS},
-    {L"Period", VK_OEM_PERIOD}, {L"Right", VK_RIGHT},  {L"Slash", VK_OEM_2}, {L"Space", VK_SPACE},
-    {L"Tab", VK_TAB},        {L"Up", VK_UP},
+    {L"Backspace", VK_BACK}, {L"Comma", VK_OEM_COMMA}, {L"Del", VK_DELETE},        {L"Down", VK_DOWN},
+    {L"End", VK_END},        {L"Enter", VK_RETURN},    {L"Esc", VK_ESCAPE},        {L"Home", VK_HOME},
+    {L"Ins", VK_INSERT},     {L"Left", VK_LEFT},       {L"Minus", VK_OEM_MINUS},   {L"PgDn", VK_NEXT},
+    {L"PgUp", VK_PRIOR},     {L"Plus", VK_OEM_PLUS},   {L"Period", VK_OEM_PERIOD}, {L"Right", VK_RIGHT},
+    {L"Slash", VK_OEM_2},    {L"Space", VK_SPACE},     {L"Tab", VK_TAB},           {L"Up", VK_UP},
 };
 
 constexpr struct {

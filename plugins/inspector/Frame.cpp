@@ -68,9 +68,8 @@ Frame* Frame::open() {
     frame.reset(new Frame);
     Look& look = *frame->look_;
     const std::wstring title = L"Inspector: " + fileName(program);
-    CreateWindowExW(WS_EX_CONTROLPARENT, frames, title.c_str(), WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN,
-                    CW_USEDEFAULT, CW_USEDEFAULT, look.scaled(kWidth), look.scaled(kHeight), nullptr, nullptr,
-                    ownModule(), nullptr);
+    CreateWindowExW(WS_EX_CONTROLPARENT, frames, title.c_str(), WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN, CW_USEDEFAULT,
+                    CW_USEDEFAULT, look.scaled(kWidth), look.scaled(kHeight), nullptr, nullptr, ownModule(), nullptr);
     if (!frame || !frame->window_) {
       frame.reset();
       return nullptr;

@@ -7,7 +7,8 @@
 namespace corvix::inspector {
 
 bool Tab::open(HWND frame, const Look& look) {
-  page_ = makeChild(frame, windowClass(L"CorvixInspectorPage", &Tab::procedure), L"", WS_CLIPCHILDREN, 0, WS_EX_CONTROLPARENT);
+  page_ = makeChild(frame, windowClass(L"CorvixInspectorPage", &Tab::procedure), L"", WS_CLIPCHILDREN, 0,
+                    WS_EX_CONTROLPARENT);
   if (!page_) return false;
   SetWindowLongPtrW(page_, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
   make();

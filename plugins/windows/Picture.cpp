@@ -17,8 +17,7 @@ class Canvas {
   }
 
   void add(HDC device, int x, int y, int width, int height) {
-    if (context_)
-      BitBlt(static_cast<HDC>(context_->deviceContext()), x, y, width, height, device, 0, 0, SRCCOPY);
+    if (context_) BitBlt(static_cast<HDC>(context_->deviceContext()), x, y, width, height, device, 0, 0, SRCCOPY);
   }
 
   bool save(const wchar_t* file) const {

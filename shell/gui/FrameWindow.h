@@ -1,5 +1,5 @@
-// IFrameWindow: a window that holds views of documents, one behind the other, and panels on its four sides. Nothing here
-// adds a reference. [shell thread]
+// IFrameWindow: a window that holds views of documents, one behind the other, and panels on its four sides. Nothing
+// here adds a reference. [shell thread]
 #pragma once
 
 #include "shell/gui/Window.h"

@@ -15,10 +15,10 @@ class IFileRequest : public IBTransportable {
   CORVIX_IDENTITY(IFileRequest, 0xA5B31190, 0x70100533, 0x4F8B1F3E, 0xCB874759, IBTransportable)
 
  public:
-  virtual bool isSaving() const noexcept = 0;                  // else opening, of several at once
-  virtual const wchar_t* fileName() const noexcept = 0;        // proposed: a path, a name, empty
-  virtual IBCollection* filters() const noexcept = 0;          // IFileFilter objects; null: any file
-  virtual const wchar_t* formatName() const noexcept = 0;      // of the filter that is chosen at first; empty: the first
+  virtual bool isSaving() const noexcept = 0;              // else opening, of several at once
+  virtual const wchar_t* fileName() const noexcept = 0;    // proposed: a path, a name, empty
+  virtual IBCollection* filters() const noexcept = 0;      // IFileFilter objects; null: any file
+  virtual const wchar_t* formatName() const noexcept = 0;  // of the filter that is chosen at first; empty: the first
   virtual void choose(const wchar_t* path, const wchar_t* formatName) = 0;  // for each file; empty: by the path
 };
 
