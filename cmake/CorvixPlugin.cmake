@@ -1,8 +1,8 @@
-# corvix_add_plugin(NAME SOURCE... [DESCRIPTOR plugin.xml] [MENU menu.xml] [VIEWS views.xml])
+# corvix_add_plugin(NAME SOURCE... [DESCRIPTOR plugin.xml] [MENU menu.xml] [VIEWS views.xml] [ICONS ZoomIn.ico...])
 #
 # A plug-in module NAME.dll from its sources and its descriptor (by default plugin.xml beside the calling
 # CMakeLists.txt), which is checked, compiled and put into the module together with version information from it, and with
-# the templates of its menus and views. Its code
+# the templates of its menus and views, and icons, which templates name as their files are called. Its code
 # includes "descriptor.h", in which xmlbinc says what the descriptor declares. It is
 # built into the folder "plugins" beside the programs unless its LIBRARY_OUTPUT_DIRECTORY says otherwise. Where tests are
 # enabled, the test NAME.check puts it through `corvix check`.
@@ -77,6 +77,26 @@ function(corvix_add_descriptor target xml)
     corvix_add_resource(${target} "${xml}" HEADER OPTIONS ${check} ${stamp} TEMPLATES ${templates})
 endfunction()
 
+# Icons as resources of a module, each under the name of its file.
+function(corvix_add_icons target)
+    set(folder "${CMAKE_CURRENT_BINARY_DIR}/${target}.icons")
+    set(script)
+    set(files)
+    foreach(icon IN LISTS ARGN)
+        get_filename_component(name "${icon}" NAME_WE)
+        configure_file("${icon}" "${folder}/${name}.ico" COPYONLY)
+        string(APPEND script "${name} ICON \"${name}.ico\"\n")
+        list(APPEND files "${folder}/${name}.ico")
+    endforeach()
+    file(CONFIGURE OUTPUT "${folder}/icons.rc" CONTENT "${script}" @ONLY)
+    # In its own folder and with plain names: the resource compiler hands them to a shell.
+    add_custom_command(OUTPUT "${folder}/icons.o"
+        COMMAND "${CORVIX_WINDRES}" -F ${corvix_object_format} -J rc -O coff -i icons.rc -o icons.o
+        DEPENDS "${folder}/icons.rc" ${files} WORKING_DIRECTORY "${folder}" COMMENT "Compiling the icons of ${target}" VERBATIM)
+    set_source_files_properties("${folder}/icons.o" PROPERTIES EXTERNAL_OBJECT ON GENERATED ON)
+    target_sources(${target} PRIVATE "${folder}/icons.o")
+endfunction()
+
 # What every module of ours and of an author has in common.
 function(corvix_set_module_options target)
     set_target_properties(${target} PROPERTIES PREFIX "")
@@ -88,7 +108,7 @@ function(corvix_set_module_options target)
 endfunction()
 
 function(corvix_add_plugin target)
-    cmake_parse_arguments(PARSE_ARGV 1 plugin "" "DESCRIPTOR;MENU;VIEWS" "")
+    cmake_parse_arguments(PARSE_ARGV 1 plugin "" "DESCRIPTOR;MENU;VIEWS" "ICONS")
     if(NOT plugin_DESCRIPTOR)
         set(plugin_DESCRIPTOR plugin.xml)
     endif()
@@ -96,6 +116,9 @@ function(corvix_add_plugin target)
     target_link_libraries(${target} PRIVATE Corvix::corvix)
     corvix_set_module_options(${target})
     corvix_add_descriptor(${target} "${plugin_DESCRIPTOR}" MENU "${plugin_MENU}" VIEWS "${plugin_VIEWS}")
+    if(plugin_ICONS)
+        corvix_add_icons(${target} ${plugin_ICONS})
+    endif()
     if(CMAKE_RUNTIME_OUTPUT_DIRECTORY)
         set_target_properties(${target} PROPERTIES LIBRARY_OUTPUT_DIRECTORY "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/plugins")
     endif()

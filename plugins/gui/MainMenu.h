@@ -34,8 +34,9 @@ class MainMenu {
   // bar.
   void update(HWND window, const wchar_t* words);
 
-  // Messages of the window: a sub-menu opens, a row is chosen, a row is looked at. False for what is none of this
-  // menu's.
+  // Messages of the window: the user goes into the menus, a sub-menu opens, a row is chosen, a row is looked at. False
+  // for what is none of this menu's.
+  void begin() { listed_.clear(); }
   bool opens(HMENU menu, const wchar_t* words);
   bool choose(WORD id);
   std::wstring describe(WORD id) const;
@@ -59,7 +60,7 @@ class MainMenu {
   std::unordered_map<const IMenuItem*, WORD> numbers_;
   std::unordered_multimap<Stroke, const IMenuItem*> keys_;
   std::unordered_map<HMENU, const IMenuItem*> popups_;
-  std::vector<ListedRow> listed_;  // of the sub-menus that were opened since the bar was
+  std::vector<ListedRow> listed_;  // of the sub-menus that were opened
 };
 
 }  // namespace corvix::gui

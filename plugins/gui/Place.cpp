@@ -30,11 +30,7 @@ bool Place::attach(IFrameWindow& frame, HWND parent) {
   SetWindowLongPtrW(window_, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
   isAttached_ = ask([&] { return view_->attach(&frame, window_); });
   if (!isAttached_) return false;
-  const auto watchAll = [](HWND child, LPARAM place) -> BOOL {
-    reinterpret_cast<Place*>(place)->watch(child);
-    return TRUE;
-  };
-  EnumChildWindows(window_, watchAll, reinterpret_cast<LPARAM>(this));
+  EnumChildWindows(window_, &Place::watchEach, reinterpret_cast<LPARAM>(this));
   return true;
 }
 
@@ -60,6 +56,11 @@ void Place::focus() const {
 void Place::tellChildren(UINT message, WPARAM wparam, LPARAM lparam) const {
   for (HWND child = GetWindow(window_, GW_CHILD); child; child = GetWindow(child, GW_HWNDNEXT))
     SendMessageW(child, message, wparam, lparam);
+}
+
+BOOL CALLBACK Place::watchEach(HWND window, LPARAM place) {
+  reinterpret_cast<Place*>(place)->watch(window);
+  return TRUE;
 }
 
 void Place::watch(HWND window) {

@@ -78,6 +78,7 @@ class Place {
   void fail(WideString reason) noexcept;
   bool attach(IFrameWindow& frame, HWND parent);
   void watch(HWND window);
+  static BOOL CALLBACK watchEach(HWND window, LPARAM place);
   static LRESULT CALLBACK procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
   static LRESULT CALLBACK watched(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
 

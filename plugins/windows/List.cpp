@@ -17,8 +17,9 @@ constexpr std::size_t kMostLetters = 250;  // the system's lists show no more th
 void List::make(HWND parent, int id, std::vector<Column> columns) {
   columns_ = std::move(columns);
   handle_ = CreateWindowExW(WS_EX_CLIENTEDGE, WC_LISTVIEWW, L"",
-                            WS_CHILD | WS_VISIBLE | WS_TABSTOP | LVS_REPORT | LVS_SHOWSELALWAYS, 0, 0, 0, 0, parent,
-                            reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)), nullptr, nullptr);
+                            WS_CHILD | WS_VISIBLE | WS_TABSTOP | LVS_REPORT | LVS_SHOWSELALWAYS |
+                                (columns_.size() == 1 ? LVS_NOCOLUMNHEADER : 0),
+                            0, 0, 0, 0, parent, reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)), nullptr, nullptr);
   ListView_SetExtendedListViewStyle(handle_, LVS_EX_FULLROWSELECT | LVS_EX_LABELTIP | LVS_EX_DOUBLEBUFFER);
   for (std::size_t i = 0; i < columns_.size(); ++i) {
     std::wstring title = columns_[i].title;

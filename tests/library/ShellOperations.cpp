@@ -3,6 +3,7 @@
 
 #include "core/baselib/streams/InputStream.h"
 #include "core/baselib/streams/OutputStream.h"
+#include "core/baselib/system/ApplicationKey.h"
 #include "core/settings/BSettings_p.h"
 #include "core/suppliers/KFileSupplier_p.h"
 #include "shell/Actions.h"
@@ -11,6 +12,7 @@
 #include "shell/ModuleResources.h"
 #include "shell/Progress.h"
 #include "shell/documents/BDocument.h"
+#include "shell/guard/ForeignGuard.h"
 #include "shell/history/KStateHistory_p.h"
 #include "shell/instance/KShell_p.h"
 #include "shell/language/KTranslator_p.h"
@@ -18,6 +20,8 @@
 #include "shell/modules/KClassFactoryLocal_p.h"
 #include "shell/modules/KPluginManager_p.h"
 #include "tests/library/SweptDescriptor.h"
+
+#include <stdexcept>
 
 #include <windows.h>
 
@@ -335,6 +339,15 @@ void useShell() {
   shell.shutDown();
 }
 
+void callForeignCode() {
+  WideString reason;
+  const bool isWell = callGuarded(
+      nullptr, L"a test", [] { throw std::runtime_error("refused"); }, &reason);
+  EXPECT_FALSE(isWell);
+  EXPECT_TRUE(callGuarded(nullptr, L"a test", [] {}));
+  EXPECT_FALSE(applicationKey().empty());
+}
+
 const PublicOperation kOperations[] = {
     {"descriptor of a module", useDescriptor},
     {"files that are no modules, and their catalogue",
@@ -350,6 +363,7 @@ const PublicOperation kOperations[] = {
     {"actions", useActions},
     {"shell notifications", useNotifications},
     {"shell", useShell},
+    {"calls that may crash, and the program's key", callForeignCode},
 };
 
 }  // namespace
