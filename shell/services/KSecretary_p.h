@@ -34,7 +34,7 @@ class KSecretary final : public BSmartObject, public IBSecretary {
   static constexpr std::size_t kMostKeys = 64;
 
   // The shell outlives this.
-  explicit KSecretary(IShell& shell) noexcept : shell_(shell) {}
+  explicit KSecretary(IShell& shell) : shell_(shell) {}
 
   IBReport* report() override { return report_.get(); }
   IBSmartObject* keyFor(const wchar_t* location, i32 attempt) override;

@@ -66,9 +66,9 @@ int KSelfReg::onSettingChanged(IBSettings& settings, const wchar_t*, const wchar
 // What was there is noted before anything is changed, so that it is known whatever ends in between.
 bool KSelfReg::registerSelf() {
   const std::wstring program = modulePath(nullptr);
-  const std::wstring own = classOfFiles(program);
   const RegistryKey key = ownKey(), extension = extensionKey();
-  if (!key || !extension) return false;
+  if (program.empty() || !key || !extension) return false;
+  const std::wstring own = classOfFiles(program);
   const std::wstring before(extension.text(nullptr).view());
   if (before != own && !key.setText(kBind, std::wstring(kExtension) + L"=" + before)) return false;
   const bool isDone =
@@ -78,11 +78,12 @@ bool KSelfReg::registerSelf() {
 }
 
 bool KSelfReg::unregisterSelf() {
+  const std::wstring program = modulePath(nullptr);
   const RegistryKey key = ownKey(), extension = extensionKey();
-  if (!key || !extension) return false;
+  if (program.empty() || !key || !extension) return false;
   const WideString bound = key.text(kBind);
   const std::wstring prefix = std::wstring(kExtension) + L"=";
-  const std::wstring own = classOfFiles(modulePath(nullptr));
+  const std::wstring own = classOfFiles(program);
   if (extension.text(nullptr) == own) {
     const std::wstring_view before = bound.view().starts_with(prefix) ? bound.view().substr(prefix.size()) : L"";
     const bool isBack =

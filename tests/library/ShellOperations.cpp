@@ -13,12 +13,15 @@
 #include "shell/Progress.h"
 #include "shell/documents/BDocument.h"
 #include "shell/guard/ForeignGuard.h"
+#include "shell/gui/Requests.h"
 #include "shell/history/KStateHistory_p.h"
 #include "shell/instance/KShell_p.h"
 #include "shell/language/KTranslator_p.h"
 #include "shell/menus/KMenuManager_p.h"
 #include "shell/modules/KClassFactoryLocal_p.h"
 #include "shell/modules/KPluginManager_p.h"
+#include "shell/services/KSecretary_p.h"
+#include "shell/services/KSelfReg_p.h"
 #include "tests/library/SweptDescriptor.h"
 
 #include <stdexcept>
@@ -324,6 +327,44 @@ void useNotifications() {
   }
 }
 
+// The dialog that asks for a key.
+class Dialog final : public IDialogListener {
+  CORVIX_IDENTITY(Dialog, 0x5E02A9C7, 0x3D7F1486, 0xB860F25E, 0x0AC94E13, IDialogListener)
+
+ public:
+  int onSysMsgBox(MessageBoxRequest&) override { return notify::kGoOn; }
+  int onShowConfirmation(ConfirmationRequest&) override { return notify::kGoOn; }
+  int onShowCustomDialog(CustomDialogRequest& request) override {
+    IPasswordRequest& asked = *query<IPasswordRequest>(request.argument);
+    EXPECT_TRUE(asked.title() && asked.attempt() == 1);
+    asked.takePassword(kLongText);
+    request.answer = IDOK;
+    return notify::kTaken;
+  }
+};
+
+void useServices() {
+  Shell its;
+  IShell& shell = its.shell;
+  Dialog dialog;
+  const Listens asked(shell.sender(ShellNotification::ShowCustomDialog), static_cast<IDialogListener*>(&dialog));
+  const auto made = make<KSecretary>(shell);
+  IBSecretary& secretary = *made;
+  const struct Attended {
+    explicit Attended(IShell& its) : shell(its) { shell.setUnattended(false); }
+    ~Attended() { shell.setUnattended(true); }
+    IShell& shell;
+  } attended(shell);
+  const auto key = Ref<IBSmartObject>::adopt(secretary.keyFor(L"file:x", 1)).as<IBEncryptionKey>();
+  EXPECT_TRUE(secretary.report() && (!key || (key->bytes() && key->sizeBytes() > 8)));
+  secretary.forget(nullptr);
+  const auto settings = make<BSettings>();
+  const auto registration = make<KSelfReg>(*settings);
+  IBSelfReg& self = *registration;
+  const bool isEntered = self.registerSelf();
+  EXPECT_TRUE(!isEntered || self.unregisterSelf() || self.unregisterSelf());
+}
+
 void useShell() {
   Shell its;
   IShell& shell = its.shell;
@@ -357,6 +398,7 @@ const PublicOperation kOperations[] = {
      }},
     {"menus", useMenus},
     {"languages", useLanguages},
+    {"services", useServices},
     {"steps of a document", useHistory},
     {"global events", useEvents},
     {"opening a location", openLocations},
