@@ -19,6 +19,7 @@ namespace {
 constexpr const wchar_t* kSides[] = {L"left", L"right", L"top", L"bottom"};
 constexpr int kLeast = 60, kMost = 2000, kUsual = 200;  // in 1/96 inch
 constexpr int kBar = 5;
+constexpr std::size_t kMostTabs = 24;
 constexpr wchar_t kSize[] = L"Size", kSide[] = L"Side", kShown[] = L"Shown";
 
 Side sideNamed(const std::wstring& name, Side otherwise) {
@@ -119,6 +120,12 @@ void Panels::arrange(Edge& edge) {
     if (panel->side == index && panel->isShown()) edge.shown.push_back(panel.get());
   }
   Panel* const front = frontOf(edge);
+  // Of more than can be looked through the first have tabs; the menu brings any of the others.
+  if (edge.shown.size() > kMostTabs) {
+    if (std::find(edge.shown.begin(), edge.shown.begin() + kMostTabs, front) == edge.shown.begin() + kMostTabs)
+      edge.shown[kMostTabs - 1] = front;
+    edge.shown.resize(kMostTabs);
+  }
   std::vector<std::wstring> titles;
   int inFront = -1;
   for (Panel* const panel : edge.shown) {

@@ -249,15 +249,56 @@ constexpr AttributeRule kFormatAttributes[] = {
     {"Access", "no one knows whether it reads or writes: \"r\", \"w\" or \"rw\"", checkAccess},
 };
 
+void checkWholeNumber(const Attribute& attribute, Findings& findings) {
+  if (isInteger(attribute.value)) return;
+  findings.warn(attribute.offset, attribute.name + ' ' + quoted(attribute.value) + " is not a whole number");
+}
+
+/// Words with "and" between, each with "!" before it or not.
+void checkWhen(const Attribute& attribute, Findings& findings) {
+  bool wantsWord = true;
+  for (std::string_view word : split(attribute.value, ' ')) {
+    if (word.empty()) continue;
+    const bool isAnd = word == "and";
+    if (word.starts_with('!')) word.remove_prefix(1);
+    if (isAnd == wantsWord || word.empty() || word.find_first_of("!&|()") != word.npos) {
+      findings.warn(attribute.offset, attribute.name + ' ' + quoted(attribute.value) +
+                                          " is not words with \"and\" between, such as \"document.paged and !busy\"");
+      return;
+    }
+    wantsWord = isAnd;
+  }
+  if (wantsWord) findings.warn(attribute.offset, attribute.name + ' ' + quoted(attribute.value) + " ends too early");
+}
+
+void checkSide(const Attribute& attribute, Findings& findings) {
+  static constexpr std::string_view kSides[] = {"left", "right", "top", "bottom"};
+  checkOneOf(attribute, kSides, findings);
+}
+
+void checkTruth(const Attribute& attribute, Findings& findings) {
+  static constexpr std::string_view kWords[] = {"true", "false"};
+  checkOneOf(attribute, kWords, findings);
+}
+
+constexpr AttributeRule kViewFamily[] = {
+    {"For", "", checkWhen},
+};
+
+constexpr AttributeRule kPanelFamily[] = {
+    {"Text", "", checkFilled}, {"Side", "", checkSide},   {"Size", "", checkWholeNumber},
+    {"When", "", checkWhen},   {"Shown", "", checkTruth},
+};
+
 constexpr FamilyRule kFamilies[] = {
     {"Actions.", {}},
     {"CommandLine.", {}},
     {"Dialog.", {}},
     {"DocFormat.", kFormatAttributes},
-    {"DocumentView.", {}},
+    {"DocumentView.", kViewFamily},
     {"GlobalEvent.", {}},
     {"LangPackage.", {}},
-    {"Panel.", {}},
+    {"Panel.", kPanelFamily},
     {"Supplier.", {}, checkScheme},
 };
 
@@ -302,28 +343,6 @@ constexpr ElementRule kDescriptorRules[] = {
     {"Requires", "Plugin", "", kRequiresAttributes},
 };
 
-void checkWholeNumber(const Attribute& attribute, Findings& findings) {
-  if (isInteger(attribute.value)) return;
-  findings.warn(attribute.offset, attribute.name + ' ' + quoted(attribute.value) + " is not a whole number");
-}
-
-/// Words with "and" between, each with "!" before it or not.
-void checkWhen(const Attribute& attribute, Findings& findings) {
-  bool wantsWord = true;
-  for (std::string_view word : split(attribute.value, ' ')) {
-    if (word.empty()) continue;
-    const bool isAnd = word == "and";
-    if (word.starts_with('!')) word.remove_prefix(1);
-    if (isAnd == wantsWord || word.empty() || word.find_first_of("!&|()") != word.npos) {
-      findings.warn(attribute.offset, attribute.name + ' ' + quoted(attribute.value) +
-                                          " is not words with \"and\" between, such as \"document.paged and !busy\"");
-      return;
-    }
-    wantsWord = isAnd;
-  }
-  if (wantsWord) findings.warn(attribute.offset, attribute.name + ' ' + quoted(attribute.value) + " ends too early");
-}
-
 void checkAction(const Attribute& attribute, Findings& findings) {
   constexpr std::string_view kPrefix = "Actions.";
   if (attribute.value.starts_with(kPrefix) && attribute.value.size() > kPrefix.size()) return;
@@ -359,11 +378,6 @@ void checkItem(const Element& element, Findings& findings) {
   const bool isNew = findings.seen.insert("of " + std::string(element.value("Action")) + ' ' + claim).second;
   if (isNew && !findings.seen.insert(claim).second)
     findings.warn(key->offset, "the key " + quoted(key->value) + " belongs to an item before this one");
-}
-
-void checkSide(const Attribute& attribute, Findings& findings) {
-  static constexpr std::string_view kSides[] = {"left", "right", "top", "bottom"};
-  checkOneOf(attribute, kSides, findings);
 }
 
 constexpr AttributeRule kMenuAttributes[] = {
@@ -407,6 +421,7 @@ constexpr AttributeRule kPanelAttributes[] = {
     {"Side", "", checkSide},
     {"Size", "", checkWholeNumber},
     {"When", "", checkWhen},
+    {"Shown", "", checkTruth},
 };
 
 constexpr ElementRule kViewRules[] = {
