@@ -1,6 +1,5 @@
 #include "examples/host/Page.h"
 
-#include "graphics/IAGDCCreator.h"
 #include "graphics/text/Text.h"
 
 #include <cwchar>
@@ -60,15 +59,14 @@ PageResult drawPage(IAGDC& context, const wchar_t* title, const PageTools& tools
   return result;
 }
 
-Ref<IAGDC> makePage(IPluginManager& manager, bool throughGdiPlus, PageResult& result) {
-  const auto creator = createObject<IAGDCCreator>(manager, L"AGDC.Memory");
+Ref<IAGDC> makePage(IPluginManager& manager, const PageKind& kind, PageResult& result) {
+  const auto creator = createObject<IAGDCCreator>(manager, kind.creator);
   if (!creator) return {};
-  auto page = Ref<IAGDC>::adopt(
-      creator->create(throughGdiPlus ? capability::kGdiPlus : 0, 0, nullptr, kPageWidth, kPageHeight));
+  auto page = Ref<IAGDC>::adopt(creator->create(kind.required, 0, nullptr, kPageWidth, kPageHeight));
   const auto part = createObject<example::IPagePart>(manager, L"Example.PagePart");
   const auto machine = createObject<IFMFontMachine>(manager, L"IFMFontMachine.Instance");
   const auto font = Ref<IFMFont>::adopt(machine ? machine->createFont(L"Helvetica") : nullptr);
-  if (page) result = drawPage(*page, throughGdiPlus ? L"GDI+" : L"Plain GDI", {part.get(), font.get()});
+  if (page) result = drawPage(*page, kind.title, {part.get(), font.get()});
   return page;
 }
 

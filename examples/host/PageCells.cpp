@@ -1,6 +1,8 @@
 #include "examples/host/PageCells.h"
 
 #include "core/baselib/objects/Ref.h"
+#include "graphics/Blending.h"
+#include "graphics/Shading.h"
 #include "graphics/text/Text.h"
 
 #include <algorithm>
@@ -248,6 +250,49 @@ bool clippedByText(IAGDC& page, const Box& box, const PageTools& tools) {
   return page.restoreClip() && isDrawn;
 }
 
+bool gradients(IAGDC& page, const Box& box, const PageTools&) {
+  auto* const shading = query<IAGShading>(&page);
+  if (!shading) return false;
+  const ColorStop sunset[] = {{0, kInk}, {0.5, kWarm}, {1, rgb(250, 220, 90)}};
+  const ColorStop ball[] = {{0, kWhite}, {0.4, kCool}, {1, rgb(10, 40, 60)}};
+  return shading->setAxialPaint(PaintUse::Fill, {box.left, box.top}, {box.left + 60, box.top + 40}, sunset, 3,
+                                kExtendStart | kExtendEnd) &&
+         page.fillRect(box.left + 4, box.top + 6, 62, 80) &&
+         shading->setRadialPaint(PaintUse::Fill, {box.left + 96, box.top + 34}, 0, {box.left + 106, box.top + 46}, 38,
+                                 ball, 3, 0) &&
+         page.fillRect(box.left + 66, box.top + 6, 80, 82) && page.setFillColor(kInk);
+}
+
+bool blendModes(IAGDC& page, const Box& box, const PageTools&) {
+  auto* const blending = query<IAGBlending>(&page);
+  if (!blending) return false;
+  const BlendMode modes[] = {BlendMode::Multiply, BlendMode::Screen, BlendMode::Difference};
+  bool isDrawn = page.setFillColor(rgb(250, 190, 60)) && page.fillRect(box.left + 4, box.top + 6, 140, 34) &&
+                 page.setFillColor(kInk) && page.fillRect(box.left + 4, box.top + 40, 140, 46) &&
+                 page.setFillColor(kCool);
+  double x = box.left + 26;
+  for (const BlendMode mode : modes) {
+    isDrawn = blending->setBlendMode(mode) && page.fillEllipse(x, box.top + 46, 21, 32) && isDrawn;
+    x += 48;
+  }
+  return blending->setBlendMode(BlendMode::Normal) && isDrawn;
+}
+
+bool groupsAndMasks(IAGDC& page, const Box& box, const PageTools&) {
+  auto* const blending = query<IAGBlending>(&page);
+  auto* const shading = query<IAGShading>(&page);
+  if (!blending || !shading) return false;
+  const ColorStop fading[] = {{0, kWhite}, {1, kBlack}};
+  bool isDrawn = blending->beginGroup() &&
+                 shading->setAxialPaint(PaintUse::Fill, {box.left, 0}, {box.left + 140, 0}, fading, 2,
+                                        kExtendStart | kExtendEnd) &&
+                 shading->paintAll() && blending->endGroupAsMask(MaskBy::Luminosity, kBlack) &&
+                 blending->beginGroup() && page.setFillColor(kWarm) &&
+                 page.fillRect(box.left + 6, box.top + 10, 80, 60) && page.setFillColor(kCool) &&
+                 page.fillEllipse(box.left + 96, box.top + 50, 46, 34);
+  return blending->endGroup() && blending->setSoftMask(nullptr, {}, MaskBy::Alpha) && isDrawn;
+}
+
 bool plugInPart(IAGDC& page, const Box& box, const PageTools& tools) {
   return tools.part && tools.part->drawPart(page, box);
 }
@@ -269,6 +314,9 @@ const std::vector<Cell>& pageCells() {
                                           {L"Text", textSizes},
                                           {L"Turned text", turnedText},
                                           {L"Clipped by text", clippedByText},
+                                          {L"Gradients", gradients},
+                                          {L"Blend modes", blendModes},
+                                          {L"Groups and soft masks", groupsAndMasks},
                                           {L"Drawn by a plug-in", plugInPart}};
   return cells;
 }

@@ -4,9 +4,9 @@
 #include "examples/host/Command.h"
 #include "examples/host/Console.h"
 #include "examples/host/Page.h"
-#include "graphics/IAGDCCreator.h"
 
 #include <algorithm>
+#include <vector>
 
 #include <windows.h>
 #include <windowsx.h>
@@ -17,13 +17,13 @@ using namespace corvix;
 
 namespace {
 
-constexpr int kWidth = 2 * kPageWidth;
+constexpr int kWidth = kPageCount * kPageWidth;
+using Pages = std::vector<Ref<IAGDC>>;
 constexpr int kLine = 32;  // pixels a step of the scroll bars
 
 class PageWindow {
  public:
-  PageWindow(Ref<IAGDC> plain, Ref<IAGDC> plus, Ref<IAGDCCreator> screens)
-      : pages_{std::move(plain), std::move(plus)}, screens_(std::move(screens)) {}
+  PageWindow(Pages pages, Ref<IAGDCCreator> screens) : pages_(std::move(pages)), screens_(std::move(screens)) {}
 
   bool open() {
     WNDCLASSW windowClass = {};
@@ -35,7 +35,7 @@ class PageWindow {
     RECT size = {0, 0, kWidth, kPageHeight};
     AdjustWindowRect(&size, WS_OVERLAPPEDWINDOW, FALSE);
     window_ =
-        CreateWindowExW(0, L"CorvixPage", L"Corvix: one page, plain GDI and GDI+",
+        CreateWindowExW(0, L"CorvixPage", L"Corvix: one page on every kind of context",
                         WS_OVERLAPPEDWINDOW | WS_HSCROLL | WS_VSCROLL, CW_USEDEFAULT, CW_USEDEFAULT,
                         size.right - size.left, size.bottom - size.top, nullptr, nullptr, windowClass.hInstance, this);
     if (window_) ShowWindow(window_, SW_SHOWNORMAL);
@@ -115,7 +115,11 @@ class PageWindow {
     PAINTSTRUCT painting;
     const HDC device = BeginPaint(window_, &painting);
     FillRect(device, &painting.rcPaint, static_cast<HBRUSH>(GetStockObject(WHITE_BRUSH)));
-    for (int i = 0; i < 2; ++i) pages_[i]->copyTo(device, i * kPageWidth - scrolled_[SB_HORZ], -scrolled_[SB_VERT]);
+    int x = -scrolled_[SB_HORZ];
+    for (const Ref<IAGDC>& page : pages_) {
+      page->copyTo(device, x, -scrolled_[SB_VERT]);
+      x += kPageWidth;
+    }
     EndPaint(window_, &painting);
     invertBand();
   }
@@ -165,7 +169,7 @@ class PageWindow {
     InvalidateRect(window_, nullptr, FALSE);
   }
 
-  Ref<IAGDC> pages_[2];
+  Pages pages_;
   Ref<IAGDCCreator> screens_;
   HWND window_ = nullptr;
   int scrolled_[2] = {0, 0};  // by SB_HORZ and SB_VERT
@@ -174,14 +178,16 @@ class PageWindow {
 
 int showWindow(IPluginManager& manager, double closeAfterSeconds) {
   PageResult result;
-  auto plain = makePage(manager, false, result);
-  auto plus = makePage(manager, true, result);
+  Pages pages;
+  for (const PageKind& kind : kPageKinds) {
+    if (Ref<IAGDC> page = makePage(manager, kind, result)) pages.push_back(std::move(page));
+  }
   auto screens = createObject<IAGDCCreator>(manager, L"AGDC.Screen");
-  if (!plain || !plus || !screens) {
+  if (pages.empty() || !screens) {
     std::fprintf(stderr, "corvix-host: no drawing context could be made.\n");
     return 1;
   }
-  PageWindow window(std::move(plain), std::move(plus), std::move(screens));
+  PageWindow window(std::move(pages), std::move(screens));
   if (!window.open()) {
     std::fprintf(stderr, "corvix-host: no window could be made. Is there a display? (CORVIX_DISPLAY=1)\n");
     return 1;

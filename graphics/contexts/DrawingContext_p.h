@@ -16,6 +16,7 @@ struct PixelMemory {
   i32 strideBytes = 0;
   i32 width = 0;
   i32 height = 0;
+  i32 bytesPerPixel = 3;
 };
 
 class DrawingContext : public IAGDC, public ITextTarget {
@@ -123,6 +124,13 @@ class DrawingContext : public IAGDC, public ITextTarget {
   virtual void lineStateChanged() noexcept = 0;
   virtual void colorsChanged() noexcept = 0;
   virtual PixelMemory pixelMemory() const noexcept { return {}; }
+  // Before single pixels are read or written: none if that is to go through the device context.
+  virtual PixelMemory beginPixels() noexcept {
+    beginGdi();
+    const PixelMemory memory = pixelMemory();
+    if (memory.pixels) GdiFlush();
+    return memory;
+  }
   virtual HRGN deviceClip() noexcept = 0;  // in device pixels; null: not clipped; stays the context's
   virtual double greatestCoordinate() const noexcept = 0;
   virtual bool cutsDashes() const noexcept = 0;  // the implementation cannot draw this line state's dashes by itself

@@ -12,8 +12,13 @@ struct Place {
 
 bool isInside(HRGN clip, int x, int y) noexcept { return !clip || PtInRegion(clip, x, y); }
 
+u8* at(const PixelMemory& memory, int x, int y) noexcept {
+  return memory.pixels + static_cast<std::ptrdiff_t>(memory.strideBytes) * y + memory.bytesPerPixel * x;
+}
+
 void put(const PixelMemory& memory, int x, int y, Color color) noexcept {
-  u8* const pixel = memory.pixels + static_cast<std::ptrdiff_t>(memory.strideBytes) * y + 3 * x;
+  u8* const pixel = at(memory, x, y);
+  if (memory.bytesPerPixel == 4) pixel[3] = 255;
   pixel[0] = static_cast<u8>(blueOf(color));
   pixel[1] = static_cast<u8>(greenOf(color));
   pixel[2] = static_cast<u8>(redOf(color));
@@ -33,10 +38,9 @@ bool locate(i64 x, i64 y, Point origin, double width, double height, Place& plac
 bool DrawingContext::setPixel(i32 x, i32 y, Color color) {
   Place place;
   if (!canDraw() || !locate(x, y, origin_, width_, height_, place)) return false;
-  beginGdi();
+  const PixelMemory memory = beginPixels();
   if (!isInside(deviceClip(), place.x, place.y)) return false;
-  if (const PixelMemory memory = pixelMemory(); memory.pixels) {
-    GdiFlush();
+  if (memory.pixels) {
     put(memory, place.x, place.y, color);
     return true;
   }
@@ -55,10 +59,8 @@ bool DrawingContext::setPixelAt(double x, double y, Color color) {
 bool DrawingContext::getPixel(i32 x, i32 y, Color* color) {
   Place place;
   if (!color || !canDraw() || !locate(x, y, origin_, width_, height_, place)) return false;
-  beginGdi();
-  if (const PixelMemory memory = pixelMemory(); memory.pixels) {
-    GdiFlush();
-    const u8* const pixel = memory.pixels + static_cast<std::ptrdiff_t>(memory.strideBytes) * place.y + 3 * place.x;
+  if (const PixelMemory memory = beginPixels(); memory.pixels) {
+    const u8* const pixel = at(memory, place.x, place.y);
     *color = rgb(pixel[2], pixel[1], pixel[0]);
     return true;
   }
@@ -96,15 +98,14 @@ bool DrawingContext::dottedRun(i64 first, i64 end, i64 across, bool isRow, Color
                             : locate(across, from, origin_, width_, height_, place))) {
     return true;
   }
-  beginGdi();
+  const PixelMemory memory = beginPixels();
   const HRGN clip = deviceClip();
   const Color colors[2] = {color1, color2};
   const std::size_t parity = static_cast<std::size_t>(from - first) & 1;
   const auto count = static_cast<std::size_t>(to - from);
   const int stepX = isRow ? 1 : 0;
   const int stepY = isRow ? 0 : 1;
-  if (const PixelMemory memory = pixelMemory(); memory.pixels) {
-    GdiFlush();
+  if (memory.pixels) {
     for (std::size_t i = 0; i < count; ++i, place.x += stepX, place.y += stepY) {
       if (isInside(clip, place.x, place.y)) put(memory, place.x, place.y, colors[(parity + i) & 1]);
     }

@@ -4,7 +4,7 @@
 
 namespace corvix {
 
-bool OffscreenBitmap::create(double width, double height) noexcept {
+bool OffscreenBitmap::create(double width, double height, i32 bitsPerPixel) noexcept {
   reset();
   const double wide = std::ceil(width);
   const double high = std::ceil(height);
@@ -12,7 +12,7 @@ bool OffscreenBitmap::create(double width, double height) noexcept {
   width_ = static_cast<i32>(wide);
   height_ = static_cast<i32>(high);
   const gdi::ScreenDevice screen(GetDC(nullptr));
-  gdi::PixelBitmap made = gdi::createPixels(width_, height_, 24);
+  gdi::PixelBitmap made = gdi::createPixels(width_, height_, bitsPerPixel);
   bitmap_ = std::move(made.bitmap);
   pixels_ = made.pixels;
   strideBytes_ = made.strideBytes;

@@ -1,5 +1,5 @@
-// OffscreenBitmap: a bitmap and the device context that it is selected into, owned. 24 bits with the pixels in reach,
-// or whatever the screen has when that cannot be had.
+// OffscreenBitmap: a bitmap and the device context that it is selected into, owned. 24 or 32 bits with the pixels in
+// reach, or whatever the screen has when that cannot be had.
 #pragma once
 
 #include "graphics/gdi/Gdi_p.h"
@@ -9,7 +9,7 @@ namespace corvix {
 class OffscreenBitmap {
  public:
   // A fraction of a pixel takes a whole one. Empty when either is 0, no number, or more than the system has.
-  bool create(double width, double height) noexcept;
+  bool create(double width, double height, i32 bitsPerPixel = 24) noexcept;
   void reset() noexcept;
 
   HDC device() const noexcept { return device_.get(); }

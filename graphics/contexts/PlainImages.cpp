@@ -1,5 +1,6 @@
 // Images through GDI. What GDI cannot place by itself (turned, transparent) is sampled here first.
 #include "graphics/contexts/PlainContext_p.h"
+#include "graphics/images/Recolor_p.h"
 #include "graphics/quality/Quality_p.h"
 
 namespace corvix {
@@ -34,8 +35,6 @@ bool isPacked(const ImageBits& bits) noexcept {
 
 // Of what is enlarged: what is made smaller was averaged before.
 int stretchMode() noexcept { return quality().stretchMode() == StretchMode::Best ? HALFTONE : COLORONCOLOR; }
-
-u32 clampLevel(float level) noexcept { return static_cast<u32>(std::clamp(level, 0.0F, 1.0F) * 255 + 0.5F); }
 
 bool blendOut(HDC device, const ImageBits& bits, i32 x, i32 y) noexcept {
   const gdi::PixelBitmap pixels = gdi::createPixels(bits.width, bits.height, 32);
@@ -103,27 +102,12 @@ bool AGDCPlain::drawRecolored(IAGImage* image, i32 x, i32 y, i32 width, i32 heig
 }
 
 bool AGDCPlain::drawImageMatrix(IAGImage* image, i32 x, i32 y, i32 width, i32 height, const float* matrix) {
-  return matrix && drawRecolored(image, x, y, width, height, [matrix](Color color) {
-           const auto part = [](u32 level) { return static_cast<float>(level) / 255; };
-           const float in[5] = {part(redOf(color)), part(greenOf(color)), part(blueOf(color)), part(alphaOf(color)), 1};
-           u32 out[4];
-           for (int column = 0; column < 4; ++column) {
-             float sum = 0;
-             for (int row = 0; row < 5; ++row) sum += in[row] * matrix[5 * row + column];
-             out[column] = clampLevel(sum);
-           }
-           return argb(out[3], out[0], out[1], out[2]);
-         });
+  return matrix && drawRecolored(image, x, y, width, height, recolorBy(matrix));
 }
 
 bool AGDCPlain::drawImageRemapped(IAGImage* image, i32 x, i32 y, i32 width, i32 height, const ColorChange* changes,
                                   i32 count) {
-  return changes && count > 0 && drawRecolored(image, x, y, width, height, [changes, count](Color color) {
-           const ColorChange* const end = changes + count;
-           const auto* const found =
-               std::find_if(changes, end, [color](const ColorChange& c) { return c.from == color; });
-           return found == end ? color : found->to;
-         });
+  return changes && count > 0 && drawRecolored(image, x, y, width, height, recolorBy(changes, count));
 }
 
 }  // namespace corvix

@@ -35,7 +35,7 @@ SHARED = """
     graphics/contexts/MemoryContexts_p.h graphics/creators/QuillCreators_p.h graphics/fonts/FMFontMachine_p.h
     graphics/fonts/FakeFonts_p.h graphics/fonts/FakeFonts_p.h graphics/fonts/FallbackFonts_p.h graphics/fonts/FontSettings_p.h graphics/fonts/GlyphCache_p.h
     graphics/gdi/Gdi_p.h graphics/gdiplus/ClipStack_p.h graphics/gdiplus/Wrappers_p.h graphics/images/AGImage_p.h
-    graphics/images/ImageBits_p.h graphics/images/ImageFiles_p.h graphics/path/PathClip_p.h graphics/quality/Quality_p.h
+    graphics/images/ImageBits_p.h graphics/images/ImageFiles_p.h graphics/images/Recolor_p.h graphics/path/PathClip_p.h graphics/quality/Quality_p.h
     graphics/quality/QualityListener_p.h shell/DeclaredObjects_p.h shell/actions/KActionManager_p.h shell/guard/GuardedCall_p.h
     shell/guard/EarlierStarts_p.h shell/guard/GuardedModule_p.h shell/guard/LoaderLock_p.h shell/guard/StartSentinel_p.h
     shell/guard/UserAlert_p.h shell/modules/KClassFactoryLocal_p.h
