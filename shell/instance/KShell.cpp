@@ -5,7 +5,7 @@
 #include "core/baselib/system/ProcessEnd_p.h"
 #include "core/settings/BSettings_p.h"
 #include "shell/DeclaredObjects_p.h"
-#include "shell/documents/DocManager.h"
+#include "shell/documents/manager/KDocManager_p.h"
 #include "shell/gui/GUIManager.h"
 #include "shell/history/KStateHistory_p.h"
 #include "shell/instance/LibraryModule_p.h"
@@ -99,6 +99,7 @@ void KShell::start(void* module) {
   pluginManager_->registerInstance(L"IBSecretary.Instance", make<KSecretary>(*this));
   pluginManager_->registerInstance(L"IBSelfReg.Instance", make<KSelfReg>(*settings_));
   pluginManager_->registerInstance(L"IBTranslator.Instance", make<KTranslator>(*pluginManager_, *settings_, folder));
+  pluginManager_->registerInstance(L"IDocManager.Instance", make<KDocManager>(*this));
   {
     const StartSentinel sentinel;
     pluginManager_->tellAfterInit();

@@ -49,10 +49,15 @@ std::string read(IBSecretary& secretary, const wchar_t* location) {
 
 class Secretary : public testing::Test {
  protected:
+  // Other dialogs than this one are not asked.
+  static KShell& shellWithoutPlugins() {
+    IShell::startDescribing();
+    return static_cast<KShell&>(*IShell::getInstance());
+  }
   Secretary() { shell_.sender(ShellNotification::ShowCustomDialog).addListener(&typist_); }
   ~Secretary() override { shell_.sender(ShellNotification::ShowCustomDialog).removeListener(&typist_); }
 
-  KShell& shell_ = static_cast<KShell&>(*IShell::getInstance());
+  KShell& shell_ = shellWithoutPlugins();
   Ref<KSecretary> secretary_ = make<KSecretary>(shell_);
   Typist typist_;
 };
