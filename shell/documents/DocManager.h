@@ -14,7 +14,7 @@ enum class DocQuestion : i32 {
   // Yes: save and close, no: close without, cancel: leave it open. Who answers yes for a document that has no location
   // yet has given it one (saveDocumentAs).
   SaveBeforeClosing,
-  OverwriteChanged,   // the file is not what was read or saved last. yes: overwrite it, anything else: leave it alone
+  OverwriteChanged,  // the file is not what was read or saved last. yes: overwrite it, anything else: leave it alone
 };
 enum class DocAnswer : i32 { Yes, No, Cancel };
 
