@@ -1,14 +1,13 @@
 // Notifications and events of the shell, and what each plug-in adds to its start.
 #include "bench/Bench.h"
+#include "bench/ProbeFolder.h"
 #include "core/xml/XmlNode.h"
 #include "shell/GlobalEvent.h"
 #include "shell/Plugin.h"
 
 #include <boost/signals2/signal.hpp>
 
-#include <algorithm>
 #include <chrono>
-#include <cstdio>
 #include <filesystem>
 #include <memory>
 #include <stdexcept>
@@ -107,63 +106,25 @@ void measureEvents(Report& report, IPluginManager& manager) {
       });
 }
 
-// A program of its own in a folder with that many plug-ins, which are one file under many names, and what its shell's
-// start costs. What it keeps of them lies in the folder too.
-class StartFolder {
+// What a start costs with that many plug-ins, which are one file under many names.
+class StartFolder : public ProbeFolder {
  public:
-  explicit StartFolder(int plugins)
-      : path_(fs::temp_directory_path() /
-              ("corvix-start-" + std::to_string(GetCurrentProcessId()) + "-" + std::to_string(plugins))) {
-    wchar_t program[MAX_PATH];
-    GetModuleFileNameW(nullptr, program, MAX_PATH);
-    const fs::path built = fs::path(program).parent_path();
-    fs::create_directories(path_ / "plugins");
-    for (const auto& file : fs::directory_iterator(built)) {
-      if (file.path().extension() == ".dll") fs::copy(file.path(), path_);
-    }
-    fs::copy(built / "corvix-start-probe.exe", path_);
-    fs::copy(built / "plugins" / "textstats.dll", path_ / "plugin.of.all");
-    for (int i = 0; i < plugins; ++i) {
-      const fs::path name = path_ / "plugins" / ("plugin" + std::to_string(i) + ".dll");
-      if (!CreateHardLinkW(name.c_str(), (path_ / "plugin.of.all").c_str(), nullptr))
-        fs::copy(path_ / "plugin.of.all", name);
-    }
-  }
-  ~StartFolder() {
-    std::error_code ignored;
-    fs::remove_all(path_, ignored);
-    std::wstring key = (path_ / "corvix-start-probe.exe").wstring();
-    std::replace(key.begin(), key.end(), L'\\', L'/');
-    RegDeleteTreeW(HKEY_CURRENT_USER, (L"Software\\Marrowby\\Corvix\\" + key).c_str());
-  }
+  explicit StartFolder(int plugins) : ProbeFolder("corvix-start-probe", {{"textstats", plugins}}) {}
 
-  double startNs() const {
-    SetEnvironmentVariableW(L"LOCALAPPDATA", path_.c_str());
-    const std::wstring command = L"\"" + (path_ / "corvix-start-probe.exe").wstring() + L"\"";
-    FILE* const said = _wpopen(command.c_str(), L"r");
-    double ns = 0;
-    const bool isRead = said && std::fscanf(said, "%lf", &ns) == 1;
-    if (said) _pclose(said);
-    if (!isRead) throw std::runtime_error("corvix-start-probe.exe did not say how long the start took");
-    return ns;
-  }
+  double startNs() const { return ns(); }
 
   // As if nothing had been kept.
   double firstStartNs() const {
-    fs::remove_all(path_ / "Marrowby");
+    fs::remove_all(path() / "Marrowby");
     return startNs();
   }
 
-  fs::path plugins() const { return path_ / "plugins"; }
   fs::path catalogue() const {
-    for (const auto& file : fs::recursive_directory_iterator(path_ / "Marrowby" / "Corvix" / "Catalogues")) {
+    for (const auto& file : fs::recursive_directory_iterator(path() / "Marrowby" / "Corvix" / "Catalogues")) {
       if (file.is_regular_file()) return file.path();
     }
     throw std::runtime_error("the start left no catalogue");
   }
-
- private:
-  fs::path path_;
 };
 
 template <class Call>

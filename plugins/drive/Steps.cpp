@@ -1,5 +1,6 @@
 #include "plugins/drive/Steps.h"
 
+#include "core/baselib/system/Log.h"
 #include "plugins/windows/Picture.h"
 #include "plugins/windows/Windows.h"
 #include "shell/documents/DocManager.h"
@@ -173,6 +174,8 @@ void Steps::run(const Step& step) {
   } else if (what == L"shot") {
     if (!frameWindow() || !saveWithAllOver(*shell().pluginManager(), frameWindow(), rest.c_str()))
       fail(step, L"the picture could not be written");
+  } else if (what == L"log") {
+    if (!switchLog(rest == L"on")) fail(step, L"the registry does not let us");
   } else if (what == L"quit") {
     shell().guiManager()->quit(0);
   } else if (what == L"expect" && step.words.size() > 2) {

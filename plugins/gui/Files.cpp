@@ -4,6 +4,7 @@
 #include "shell/Shell.h"
 #include "shell/documents/DocManager.h"
 #include "shell/documents/Document.h"
+#include "shell/gui/GUIManager.h"
 #include "shell/gui/Requests.h"
 #include "shell/services/Report.h"
 
@@ -17,12 +18,14 @@ namespace {
 
 IDocManager* documents() { return IShell::getInstance()->docManager(); }
 
-// What the document manager has to say of the last operation.
-void tell(const std::wstring& what) {
+// What the document manager has to say of the last operation; nothing, when the user has cancelled it.
+void tell() {
+  IShell& shell = *IShell::getInstance();
   IBReport* const report = documents()->report();
-  const std::wstring lines(report ? reportText(*report) : WideString());
-  const std::wstring text = what + (lines.empty() ? L"" : L"\n\n" + lines);
-  IShell::getInstance()->messageBox(text.c_str(), programName().c_str(), MB_OK | MB_ICONWARNING, IDOK);
+  IGUIManager* const manager = shell.guiManager();
+  if (!report || report->lineCount() == 0) return;
+  for (i32 i = 0; manager && i < report->lineCount(); ++i) manager->report()->addLine(report->lineAt(i));
+  shell.messageBox(reportText(*report).c_str(), programName().c_str(), MB_OK | MB_ICONWARNING, IDOK);
 }
 
 class FileRequest final : public IFileRequest {
@@ -101,7 +104,7 @@ std::wstring shortened(const std::wstring& path) {
 bool openLocation(const std::wstring& location) {
   if (!documents()) return false;
   if (documents()->openDocument(location.c_str())) return true;
-  tell(L"Cannot open " + location + L".");
+  tell();
   return false;
 }
 
@@ -114,8 +117,7 @@ void openByDialog() {
 bool save(IDocument& document) {
   if (!*document.location() || document.isReadOnly()) return saveByDialog(document);
   if (documents()->saveDocument(&document)) return true;
-  IBReport* const report = documents()->report();
-  if (report && report->lineCount() != 0) tell(std::wstring(L"Cannot save ") + document.title() + L".");
+  tell();
   return false;
 }
 
@@ -124,7 +126,7 @@ bool saveByDialog(IDocument& document) {
   if (!request.show() || request.chosen.empty()) return false;
   const FileRequest::Chosen& to = request.chosen.front();
   if (documents()->saveDocumentAs(&document, to.path.c_str(), to.formatName.c_str())) return true;
-  tell(L"Cannot save " + to.path + L".");
+  tell();
   return false;
 }
 

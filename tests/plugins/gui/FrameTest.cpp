@@ -64,7 +64,7 @@ class TestDocument final : public BSmartObject, public IDocument {
 
 // A window of its own that catches nothing, as authors write them.
 template <class Base>
-class TestView : public BSmartObject, public Base, public IActionTarget {
+class TestView : public BSmartObject, public IActionTarget, public Base {
  public:
   TestView() { ++world.alive, ++world.made; }
   ~TestView() override { --world.alive; }
@@ -109,7 +109,7 @@ class TestView : public BSmartObject, public Base, public IActionTarget {
 };
 
 class OwnView final : public TestView<IDocumentView> {
-  CORVIX_IDENTITY(OwnView, 0xEB8F593A, 0xCC16EE10, 0xE7E1669C, 0x2A9F7C6F, BSmartObject, IDocumentView, IActionTarget)
+  CORVIX_IDENTITY(OwnView, 0xEB8F593A, 0xCC16EE10, 0xE7E1669C, 0x2A9F7C6F, BSmartObject, IActionTarget, IDocumentView)
 
  public:
   IDocument* document() const noexcept override { return document_; }
@@ -124,7 +124,7 @@ class OwnView final : public TestView<IDocumentView> {
 };
 
 class OwnPanel final : public TestView<IDocumentPanel> {
-  CORVIX_IDENTITY(OwnPanel, 0xB0D15FBF, 0x882F3A20, 0x8E13ED84, 0x45ED2C2E, BSmartObject, IDocumentPanel, IActionTarget)
+  CORVIX_IDENTITY(OwnPanel, 0xB0D15FBF, 0x882F3A20, 0x8E13ED84, 0x45ED2C2E, BSmartObject, IActionTarget, IDocumentPanel)
 
  public:
   const wchar_t* title() const noexcept override { return L""; }

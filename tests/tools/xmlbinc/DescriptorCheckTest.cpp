@@ -149,6 +149,12 @@ TEST(DescriptorCheck, WarnsOfFamiliesAndTemplates) {
         "2:45: Access \"wr\" is none of \"r\", \"w\", \"rw\"; did you mean \"r\"?"}},
       {face("Name='Docformat.Png'"),
        {"2:27: Name \"Docformat.Png\" is not found by who looks for \"DocFormat.\": letter case counts"}},
+      {face("Name='Panel.Pages' Text='Pages' Side='left' Size='180' Shown='true' When='document.paged and !x'"), {}},
+      {face("Name='Panel.Pages' Side='middle' Size='wide' Shown='1'/>\n<Interface GUID='1,2,3,5' "
+            "Name='DocumentView.Text' For='a b'"),
+       {"2:46: Side \"middle\" is none of \"left\", \"right\", \"top\", \"bottom\"",
+        "2:60: Size \"wide\" is not a whole number", "2:72: Shown \"1\" is none of \"true\", \"false\"",
+        "3:53: For \"a b\"" + when}},
       {face("Name='Supplier.Zip'"),
        {"2:27: the scheme of \"Supplier.Zip\" has capital letters: suppliers are asked for in small ones"}},
       {menu("<Item Action='Actions.A' Key='Ctrl+Plus' When='a and !b'/><Item Action='Actions.A' Key='ctrl+plus'/>"),

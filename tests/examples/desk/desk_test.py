@@ -1,0 +1,112 @@
+#!/usr/bin/env python3
+"""corvix-desk as its user has it, driven by steps: desk_test.py BIN_FOLDER SCRATCH_FOLDER PLUGIN,... EMULATOR...
+
+Every row runs in a copy of its own with those plug-ins, so that settings, window places and the log are its own. Pictures
+are left in the scratch folder; docs/ has copies of some.
+"""
+import pathlib
+import re
+import shutil
+import subprocess
+import sys
+
+bin_folder, scratch, plugins, emulator = pathlib.Path(sys.argv[1]), pathlib.Path(sys.argv[2]), sys.argv[3].split(","), sys.argv[4:]
+LONGEST_S = 120
+wrong = 0
+
+
+def complain(name, why):
+    global wrong
+    wrong += 1
+    print(f"{name}: {why}")
+
+
+class Desk:
+    def __init__(self, name, without=()):
+        self.name, self.folder = name, scratch / name
+        (self.folder / "plugins").mkdir(parents=True)
+        for file in [*bin_folder.glob("lib*.dll"), bin_folder / "corvix.dll", bin_folder / "corvix-desk.exe"]:
+            shutil.copy(file, self.folder)
+        for plugin in plugins:
+            if plugin not in without:
+                shutil.copy(bin_folder / "plugins" / f"{plugin}.dll", self.folder / "plugins")
+
+    def run(self, steps, *arguments, code=0):
+        file = self.folder / "steps.txt"
+        file.write_text(steps, encoding="utf-8")
+        try:
+            done = subprocess.run([*emulator, str(self.folder / "corvix-desk.exe"), *arguments, "--drive", "steps.txt"],
+                                  cwd=self.folder, capture_output=True, text=True, encoding="utf-8", errors="replace",
+                                  timeout=LONGEST_S, check=False)
+        except subprocess.TimeoutExpired:
+            return complain(self.name, f"it did not end by itself: {steps}")
+        if done.returncode != code:
+            complain(self.name, f"exit code {done.returncode} instead of {code}\n{done.stdout}{done.stderr}")
+        return None
+
+    def loaded(self):
+        log = self.folder / "corvix-desk.exe.log"
+        text = log.read_text(encoding="utf-8", errors="replace") if log.exists() else ""
+        return sorted(set(re.findall(r"Load library .*\\(\w[\w-]*)\.dll", text)))
+
+
+shutil.rmtree(scratch, ignore_errors=True)
+
+# What only shows what plug-ins declare loads none of them.
+desk = Desk("looks")
+desk.run("log on\nquit\n")
+desk.run("""wait idle
+key Alt+F
+wait idle
+shot menu.png
+key Right
+wait idle
+key Right
+wait idle
+key Down
+key Right
+wait idle
+key Esc
+key Esc
+key Esc
+key Esc
+wait idle
+key Ctrl+O
+wait idle
+expect dialog Open
+key Esc
+wait idle
+action Actions.Tools.Options
+wait idle
+expect dialog Options
+shot options.png
+key Esc
+wait idle
+action Actions.Help.About
+wait idle
+expect dialog About
+key Esc
+wait idle
+quit
+""")
+if desk.loaded() != ["dialogs", "drive", "gui"]:
+    complain("looks", f"loaded were {desk.loaded()}")
+
+# Any one plug-in taken away, everything else works.
+for gone in plugins:
+    if gone in ("drive",):
+        continue
+    desk = Desk(f"without-{gone}", without=[gone])
+    if gone == "gui":
+        desk.run("quit\n", "--unattended", code=1)
+        continue
+    options = "yes" if gone != "dialogs" else "no"
+    desk.run(f"""wait idle
+expect title Corvix Desk
+expect enabled Actions.Tools.Options {options}
+expect enabled Actions.File.Exit yes
+action Actions.View.ToolBar
+wait idle
+action Actions.File.Exit
+""")
+sys.exit(wrong != 0)
