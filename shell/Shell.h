@@ -43,9 +43,9 @@ class CORVIX_API IShell : public BSmartObject {
 
   // None of these adds a reference. The managers are made when they are asked for first, from the first module that
   // declares an object of theirs, and stand until the shell is gone: "IActionManager.Instance", "IGUIManager.Instance",
-  // "IDocManager.Instance", "IStateHistory.GetInstance". The library has an action manager and a state history of its
-  // own behind those of plug-ins, the others come from plug-ins alone. Null when none declares them, while one is being
-  // made, and when the process ends before they were asked for; the action manager is then the library's.
+  // "IDocManager.Instance", "IStateHistory.GetInstance". The library has all of its own behind those of plug-ins but
+  // the one of windows, which comes from plug-ins alone. Null when none declares them, while one is being made, and
+  // when the process ends before they were asked for; the action manager is then the library's.
   virtual IBSettings* settings() const noexcept = 0;
   virtual IActionManager* actionManager() = 0;
   virtual IGUIManager* guiManager() = 0;

@@ -49,14 +49,6 @@ bool copyPalette(const gdiplus::Table& gp, Gdiplus::GpBitmap* bitmap, AGImage& i
   return image.setPalette(palette.entries, count);
 }
 
-// Removed at the end.
-struct PartFile {
-  std::wstring path;
-  ~PartFile() {
-    if (!path.empty()) DeleteFileW(path.c_str());
-  }
-};
-
 }  // namespace
 
 gdiplus::OwnedBitmap bitmapOver(const ImageBits& bits) {
@@ -114,18 +106,16 @@ Ref<AGImage> loadImageFile(const wchar_t* path) noexcept {
 bool saveImageFile(const ImageBits& bits, const wchar_t* path, ImageFile kind) {
   const gdiplus::Session session;
   if (!session || !path || !*path) return false;
-  PartFile unfinished{makePartFile(path)};
-  if (unfinished.path.empty()) return false;
+  PartFile unfinished(path);
+  if (!unfinished) return false;
   bool isSaved = false;
   {
     const gdiplus::OwnedBitmap bitmap = bitmapOver(bits);
-    isSaved = bitmap && gdiplus::flat().GdipSaveImageToFile(bitmap.get()->native, unfinished.path.c_str(),
+    isSaved = bitmap && gdiplus::flat().GdipSaveImageToFile(bitmap.get()->native, unfinished.path(),
                                                             kind == ImageFile::Png ? &kPngEncoder : &kBmpEncoder,
                                                             nullptr) == Gdiplus::Ok;
   }
-  if (!isSaved || !MoveFileExW(unfinished.path.c_str(), path, MOVEFILE_REPLACE_EXISTING)) return false;
-  unfinished.path.clear();
-  return true;
+  return isSaved && unfinished.takePlace() == 0;
 }
 
 }  // namespace corvix

@@ -16,7 +16,7 @@ enum class DocQuestion : i32 {
   SaveBeforeClosing,
   OverwriteChanged,  // the file is not what was read or saved last. yes: overwrite it, anything else: leave it alone
 };
-enum class DocAnswer : i32 { Yes, No, Cancel };
+enum class DocAnswer : i32 { Cancel, Yes, No };
 
 // Who asks the user. `text` is a whole sentence for him.
 class IDocQuestions : public IBTransportable {

@@ -5,7 +5,7 @@
 #include "core/baselib/system/ProcessEnd_p.h"
 #include "core/settings/BSettings_p.h"
 #include "shell/DeclaredObjects_p.h"
-#include "shell/documents/DocManager.h"
+#include "shell/documents/manager/KDocManager_p.h"
 #include "shell/gui/GUIManager.h"
 #include "shell/history/KStateHistory_p.h"
 #include "shell/instance/LibraryModule_p.h"
@@ -83,6 +83,7 @@ void KShell::start(void* module) {
   pluginManager_->registerInstance(L"IActionManager.Instance", actionManager_);
   pluginManager_->registerInstance(L"IMenuManager.Instance", make<KMenuManager>(*pluginManager_));
   pluginManager_->registerInstance(L"IStateHistory.GetInstance", make<KStateHistory>());
+  pluginManager_->registerInstance(L"IDocManager.Instance", make<KDocManager>(*this));
   {
     const StartSentinel sentinel;
     pluginManager_->tellAfterInit();

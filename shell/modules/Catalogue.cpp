@@ -79,18 +79,15 @@ class Writer {
   unsigned char* to_;
 };
 
-// A file in the place of another, in one step.
-bool replaceFile(const std::wstring& path, const void* bytes, u32 size) {
-  const std::wstring part = makePartFile(path.c_str());
-  if (part.empty()) return false;
+void replaceFile(const std::wstring& path, const void* bytes, u32 size) {
+  PartFile part(path.c_str());
+  if (!part) return;
   DWORD written = 0;
   {
-    const FileHandle file = openFile(part.c_str(), file_mode::kWrite);
+    const FileHandle file = openFile(part.path(), file_mode::kWrite);
     if (!file || !WriteFile(file.get(), bytes, size, &written, nullptr)) written = 0;
   }
-  if (written == size && MoveFileExW(part.c_str(), path.c_str(), MOVEFILE_REPLACE_EXISTING)) return true;
-  DeleteFileW(part.c_str());
-  return false;
+  if (written == size) part.takePlace();
 }
 
 }  // namespace

@@ -39,6 +39,7 @@ SHARED = """
     graphics/quality/QualityListener_p.h shell/DeclaredObjects_p.h shell/actions/KActionManager_p.h shell/guard/GuardedCall_p.h
     shell/guard/EarlierStarts_p.h shell/guard/GuardedModule_p.h shell/guard/LoaderLock_p.h shell/guard/StartSentinel_p.h
     shell/guard/UserAlert_p.h shell/modules/KClassFactoryLocal_p.h
+    shell/documents/manager/KDocManager_p.h shell/services/KReport_p.h
     shell/history/KStateHistory_p.h shell/history/KStateList_p.h
     shell/menus/KMenuManager_p.h shell/modules/KPluginManager_p.h shell/modules/ModuleFile_p.h""".split()
 # Code that is to run anywhere, and public headers, do not name the system.

@@ -12,6 +12,9 @@
 #include "shell/ModuleResources.h"
 #include "shell/Progress.h"
 #include "shell/documents/BDocument.h"
+#include "shell/documents/DocFormat.h"
+#include "shell/documents/FileFilter.h"
+#include "shell/documents/manager/KDocManager_p.h"
 #include "shell/guard/ForeignGuard.h"
 #include "shell/history/KStateHistory_p.h"
 #include "shell/instance/KShell_p.h"
@@ -310,6 +313,83 @@ void useNotifications() {
   }
 }
 
+// Its documents hold nothing; it writes "new".
+class Format final : public BSmartObject, public IDocFormat {
+  CORVIX_IDENTITY(Format, 0xEFE35A36, 0x8FDBF77F, 0x9BC5BF94, 0xDDD628FC, BSmartObject, IDocFormat)
+
+ public:
+  const wchar_t* name() const noexcept override { return L"Swept"; }
+  i32 probe(IBStream* stream) override { return query<BInputStream>(stream)->readByte() == 'o' ? 255 : 1; }
+  IBSmartObject* readDocument(IBStream*, IBReport*) override { return new Document; }
+  bool writeDocument(IDocument*, IBStream* stream, IBReport*) override {
+    return query<BOutputStream>(stream)->write("new", 3) == 3;
+  }
+  IBSmartObject* createDocument() override { return new Document; }
+};
+
+void useReport() {
+  const auto object = Ref<IBSmartObject>::adopt(createReport());
+  IBReport& report = *query<IBReport>(object.get());
+  tryOrLook([&] { report.addLine(kLongText); }, [&] { return report.lineCount() == 0 && !report.lineAt(0); });
+  EXPECT_EQ(reportText(report).view(), kLongText);
+  report.clear();
+}
+
+void useDocuments() {
+  const OwnFile file(L"corvix-swept-document.txt");
+  const HANDLE old = CreateFileW(file.path(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
+  if (old == INVALID_HANDLE_VALUE) return;
+  DWORD done = 0;
+  WriteFile(old, "old", 3, &done, nullptr);
+  CloseHandle(old);
+  Shell its;
+  auto& factory = static_cast<KClassFactoryLocal&>(*queryClassFactoryLocal());
+  IPluginManager& modules = *its.shell.pluginManager();
+  struct Forgetting {
+    KClassFactoryLocal& factory;
+    IPluginManager& modules;
+    ~Forgetting() {
+      if (modules.moduleAt(0)) factory.forgetInterfaces(*modules.moduleAt(0));
+      factory.forgetInstances();
+    }
+  } const forgetting{factory, modules};
+  factory.setInstance(L"DocFormat.Swept", make<Format>());
+  factory.setInstance(L"Supplier.file", make<KFileSupplier>());
+  const auto root = read(formatDescriptor());
+  if (!root || !modules.registerDescriptor(GetModuleHandleW(nullptr), root.get()) || !modules.moduleAt(0)->identifier())
+    return;
+  const auto own = make<KDocManager>(its.shell);
+  IDocManager& manager = *own;
+  const auto filters = Ref<IBCollection>::adopt(manager.dialogFilters(true));
+  for (i32 i = 0; i < filters->count(); ++i) {
+    const IFileFilter& filter = *query<IFileFilter>(filters->item(i));
+    EXPECT_TRUE(*filter.pattern() && *filter.description() && *filter.formatName());
+  }
+  manager.setQuestions(nullptr);
+  IDocument* const fresh = manager.newDocument(L"DocFormat.Swept");
+  IDocument* const document = manager.openDocument(file.path());
+  EXPECT_EQ(manager.documentCount(), (fresh ? 1 : 0) + (document ? 1 : 0));
+  EXPECT_TRUE(document || manager.report()->lineCount() > 0);
+  if (document) {
+    EXPECT_TRUE(*document->location() && *document->title() && !document->isModified() && *document->formatName());
+    EXPECT_TRUE(!document->isReadOnly() || manager.report()->lineCount() == 0);
+    const bool isSaved = manager.saveDocument(document);
+    char now[4] = {};
+    if (const HANDLE read = CreateFileW(file.path(), GENERIC_READ, 7, nullptr, OPEN_EXISTING, 0, nullptr);
+        read != INVALID_HANDLE_VALUE) {
+      if (ReadFile(read, now, 3, &done, nullptr)) {
+        EXPECT_STREQ(now, isSaved ? "new" : "old");
+      }
+      CloseHandle(read);
+    }
+    EXPECT_TRUE(manager.setActiveDocument(document) && manager.activeDocument() == document);
+    manager.saveDocumentAs(document, file.path(), L"DocFormat.Swept");
+    EXPECT_TRUE(manager.closeDocument(document) && (!fresh || manager.documentAt(0) == fresh));
+  }
+  for (i32 i = 0; i < manager.recentCount(); ++i) EXPECT_TRUE(*manager.recentAt(i));
+  manager.forgetRecent(file.path());
+}
+
 void useShell() {
   Shell its;
   IShell& shell = its.shell;
@@ -347,6 +427,8 @@ const PublicOperation kOperations[] = {
     {"opening a location", openLocations},
     {"actions", useActions},
     {"shell notifications", useNotifications},
+    {"lines of a report", useReport},
+    {"documents", useDocuments},
     {"shell", useShell},
     {"calls that may crash, and the program's key", callForeignCode},
 };

@@ -47,6 +47,23 @@ inline std::string descriptor() {
   return block.bytes;
 }
 
+// A format of documents, and files.
+inline std::string formatDescriptor() {
+  Block block;
+  block.element(L"CorvixRC", 1);
+  block.element(L"Plugin", 3);
+  block.attribute(L"GUID", L"1, 2, 3, 4");
+  block.element(L"Interface", 4);
+  block.attribute(L"Name", L"DocFormat.Swept");
+  block.attribute(L"GUID", L"1, 2, 3, 5");
+  block.attribute(L"Pattern", L"*.txt");
+  block.attribute(L"Access", L"rw");
+  block.element(L"Interface", 2);
+  block.attribute(L"Name", L"Supplier.file");
+  block.attribute(L"GUID", L"1, 2, 3, 6");
+  return block.bytes;
+}
+
 // A menu with an item.
 inline std::string menuTemplate() {
   Block block;

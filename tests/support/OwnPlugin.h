@@ -38,10 +38,11 @@ class Descriptor {
     addAttributes(*plugin_, {{L"Manufacturer", manufacturer}, {L"GUID", L"1, 2, 3, 4"}});
   }
 
-  Descriptor& interface_(const wchar_t* name, const wchar_t* order = nullptr) {
+  Descriptor& interface_(const wchar_t* name, const wchar_t* order = nullptr, AttributeRows more = {}) {
     const auto element = make<XMLNodeNode>(plugin_.get(), XmlNodeType::Element, L"Interface");
     addAttributes(*element, {{L"Name", name}, {L"GUID", L"1, 2, 3, 4"}});
     if (order) addAttributes(*element, {{L"Order", order}});
+    addAttributes(*element, more);
     plugin_->appendChild(element.get());
     return *this;
   }

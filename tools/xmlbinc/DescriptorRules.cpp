@@ -214,13 +214,31 @@ void checkPattern(const Attribute& attribute, Findings& findings) {
   }
 }
 
-void checkMagic(const Attribute& attribute, Findings& findings) {
+// Bytes of two hexadecimal digits, or ".." for any; no more than the library compares.
+bool isMagic(std::string_view text) {
   constexpr std::size_t kMostDigits = 128;
-  const bool isHex = attribute.value.find_first_not_of("0123456789ABCDEFabcdef") == std::string::npos;
-  if (isHex && !attribute.value.empty() && attribute.value.size() % 2 == 0 && attribute.value.size() <= kMostDigits)
-    return;
-  findings.warn(attribute.offset, attribute.name + ' ' + quoted(attribute.value) +
-                                      " is not 1 to 64 bytes of two hexadecimal digits each, such as \"89504E47\"");
+  if (text.empty() || text.size() % 2 != 0 || text.size() > kMostDigits) return false;
+  bool tells = false;
+  for (std::size_t i = 0; i < text.size(); i += 2) {
+    if (text.substr(i, 2) == "..") continue;
+    if (text.substr(i, 2).find_first_not_of("0123456789ABCDEFabcdef") != std::string_view::npos) return false;
+    tells = true;
+  }
+  return tells;
+}
+
+void checkMagic(const Attribute& attribute, Findings& findings) {
+  std::string_view rest = attribute.value;
+  for (;;) {
+    const std::size_t end = std::min(rest.find(';'), rest.size());
+    if (!isMagic(rest.substr(0, end))) {
+      findings.warn(attribute.offset, attribute.name + ' ' + quoted(attribute.value) +
+                                          " is not 1 to 64 bytes of two hexadecimal digits each, such as \"89504E47\"");
+      return;
+    }
+    if (end == rest.size()) return;
+    rest.remove_prefix(end + 1);
+  }
 }
 
 void checkOneOf(const Attribute& attribute, std::span<const std::string_view> words, Findings& findings) {

@@ -249,11 +249,11 @@ TEST(Shell, TasksOfAnyThreadComeInOrderThroughTheMessageLoop) {
 }
 
 TEST(Shell, HasNoManagersThatNobodyDeclares) {
-  EXPECT_TRUE(!shell().guiManager() && !shell().docManager() && shell().stateHistory());
+  EXPECT_TRUE(!shell().guiManager() && shell().docManager() && shell().stateHistory());
 }
 
 TEST(Shell, APluginsManagerTakesThePlaceOfTheLibrarys) {
-  for (const wchar_t* const name : {L"IMenuManager.Instance", L"IStateHistory.GetInstance"}) {
+  for (const wchar_t* const name : {L"IDocManager.Instance", L"IMenuManager.Instance", L"IStateHistory.GetInstance"}) {
     const auto isLibrarys = [&] {
       return Ref<IBSmartObject>::adopt(manager().createObject(name))->typeInfo().className()[0] == 'K';
     };
@@ -328,10 +328,13 @@ TEST(CommandLine, OffersToTheFrameworksOwnProcessorsFirst) {
   processorLetters = "a";
 }
 
-const OwnObject ownObjects[] = {
-    {L"CommandLine.Processors", makeProcessor}, {L"IPluginManagerBeforeDestroy", create<Goodbye>},
-    {L"Dialog.Test", create<Dialog>},           {L"IActionManager.Instance", makeManager},
-    {L"IMenuManager.Instance", create<Dialog>}, {L"IStateHistory.GetInstance", create<Dialog>}};
+const OwnObject ownObjects[] = {{L"CommandLine.Processors", makeProcessor},
+                                {L"IPluginManagerBeforeDestroy", create<Goodbye>},
+                                {L"Dialog.Test", create<Dialog>},
+                                {L"IActionManager.Instance", makeManager},
+                                {L"IMenuManager.Instance", create<Dialog>},
+                                {L"IDocManager.Instance", create<Dialog>},
+                                {L"IStateHistory.GetInstance", create<Dialog>}};
 
 }  // namespace
 

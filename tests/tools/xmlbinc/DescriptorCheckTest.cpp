@@ -136,12 +136,14 @@ TEST(DescriptorCheck, WarnsOfFamiliesAndTemplates) {
   };
   const std::string when = " is not words with \"and\" between, such as \"document.paged and !busy\"";
   const std::vector<std::pair<std::string, Lines>> rows{
-      {face("Name='DocFormat.Png' Pattern='*.png;x?' Magic='89504e47' Access='rw'"), {}},
+      {face("Name='DocFormat.Png' Pattern='*.png;x?' Magic='89504e47;47..46' Access='rw'"), {}},
       {face("Name='DocFormat.Png' Pattern='*.png; *.b' Magic='895' Acces='r'"),
        {"2:1: Interface without Access: no one knows whether it reads or writes: \"r\", \"w\" or \"rw\"",
         "2:48: Pattern \"*.png; *.b\" is not file names with * and ?, such as \"*.jpg;*.jpeg\"",
         "2:69: Magic \"895\" is not 1 to 64 bytes of two hexadecimal digits each, such as \"89504E47\"",
         "2:81: unknown attribute \"Acces\" of Interface; did you mean \"Access\"?"}},
+      {face("Name='DocFormat.Png' Magic='89;....' Access='r'"),
+       {"2:48: Magic \"89;....\" is not 1 to 64 bytes of two hexadecimal digits each, such as \"89504E47\""}},
       {face("Name='DocFormat.' Access='wr'"),
        {"2:27: Name \"DocFormat.\" lacks what follows the dot",
         "2:45: Access \"wr\" is none of \"r\", \"w\", \"rw\"; did you mean \"r\"?"}},

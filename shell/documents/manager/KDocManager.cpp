@@ -1,0 +1,436 @@
+#include "shell/documents/manager/KDocManager_p.h"
+
+#include "core/baselib/streams/BufferedOutputStream.h"
+#include "core/baselib/streams/ChunkInputStream.h"
+#include "core/baselib/system/KernelFile_p.h"
+#include "core/baselib/system/Log.h"
+#include "shell/GlobalEvent.h"
+#include "shell/Locations.h"
+#include "shell/documents/DocFormat.h"
+#include "shell/documents/manager/FormatList_p.h"
+#include "shell/documents/manager/WatchedStreams_p.h"
+#include "shell/history/StateHistory.h"
+
+#include <algorithm>
+
+namespace corvix {
+
+namespace {
+
+constexpr wchar_t kCaption[] = L"Teldane Quill";
+
+std::wstring quoted(std::wstring_view text) { return L'"' + std::wstring(text) + L'"'; }
+
+class DocumentEvent final : public BSmartObject, public IGlobalEvent, public IDocumentEvent {
+  CORVIX_IDENTITY(DocumentEvent, 0x95471B69, 0x52AECF2D, 0xA1A89DD8, 0xADC34A53, BSmartObject, IGlobalEvent,
+                  IDocumentEvent)
+
+ public:
+  DocumentEvent(const wchar_t* name, IDocument* document, const std::wstring& location)
+      : name_(name), document_(document), location_(location) {}
+  const wchar_t* name() const noexcept override { return name_; }
+  IDocument* document() const noexcept override { return document_; }
+  const wchar_t* location() const noexcept override { return location_.c_str(); }
+
+ private:
+  const wchar_t* const name_;
+  IDocument* const document_;
+  const WideString location_;
+};
+
+}  // namespace
+
+// From the beginning to the end of one operation: what it reports is the manager's report then, and in the log.
+class KDocManager::Operation {
+ public:
+  explicit Operation(KDocManager& manager) : manager_(manager), report_(corvix::make<KReport>()) {}
+  ~Operation() {
+    for (i32 i = 0; i < report_->lineCount(); ++i) sWriteLog(L"%s\n", report_->lineAt(i));
+    std::swap(manager_.report_, report_);
+  }
+  Operation(const Operation&) = delete;
+  Operation& operator=(const Operation&) = delete;
+
+  KReport& report() noexcept { return *report_; }
+  std::nullptr_t fail(const std::wstring& line) {
+    report_->addLine(line.c_str());
+    return nullptr;
+  }
+
+ private:
+  KDocManager& manager_;
+  Ref<KReport> report_;
+};
+
+KDocManager::KDocManager(IShell& shell) : shell_(shell), report_(corvix::make<KReport>()), recent_(*shell.settings()) {}
+
+KDocManager::~KDocManager() = default;
+
+KDocManager::Row* KDocManager::find(const IDocument* document) noexcept {
+  const auto found =
+      std::find_if(rows_.begin(), rows_.end(), [&](const Row& row) { return row.document.get() == document; });
+  return document && found != rows_.end() ? &*found : nullptr;
+}
+
+// By its name, or by the file that both names are of.
+KDocManager::Row* KDocManager::findFile(const DocumentPlace& place) noexcept {
+  for (Row& row : rows_) {
+    if (place.path.empty() ? row.place.path.empty() && row.place.location == place.location
+                           : isSamePath(row.place.path, place.path))
+      return &row;
+  }
+  FileState wanted;
+  if (place.path.empty() || stateOf(place.path, wanted) != 0) return nullptr;
+  for (Row& row : rows_) {
+    FileState own;
+    if (!row.place.path.empty() && stateOf(row.place.path, own) == 0 && own.isSameFile(wanted)) return &row;
+  }
+  return nullptr;
+}
+
+IDocument* KDocManager::documentAt(i32 index) const noexcept {
+  return index >= 0 && index < documentCount() ? rows_[static_cast<std::size_t>(index)].document.get() : nullptr;
+}
+
+// What cannot be told, for lack of memory, is in the log: the operation itself was done.
+void KDocManager::tell(const wchar_t* event, IDocument* document, const std::wstring& location) {
+  try {
+    shell_.pluginManager()->raiseEvent(*corvix::make<DocumentEvent>(event, document, location));
+  } catch (const std::bad_alloc&) {
+    sWriteLog(L"%s was not told to everybody: memory is short.\n", event);
+  }
+}
+
+void KDocManager::activate(IDocument* document) {
+  if (active_ == document) return;
+  active_ = document;
+  try {
+    if (IStateHistory* const history = shell_.stateHistory()) history->setActive(document);
+  } catch (const std::bad_alloc&) {
+    sWriteLog("A document has no history: memory is short.\n");
+  }
+  tell(L"Document.Activated", document, document ? document->location() : L"");
+}
+
+bool KDocManager::setActiveDocument(IDocument* document) {
+  if (document && !find(document)) return false;
+  activate(document);
+  return true;
+}
+
+DocAnswer KDocManager::ask(DocQuestion question, IDocument& document, const std::wstring& text) {
+  if (questions_) {
+    return callForeign(codeOf(questions_), L"IDocQuestions",
+                       [&] { return questions_->ask(question, &document, text.c_str()); });
+  }
+  const u32 style = question == DocQuestion::SaveBeforeClosing ? MB_YESNOCANCEL : MB_YESNO | MB_DEFBUTTON2;
+  const i32 answer = shell_.messageBox(text.c_str(), kCaption, style | MB_ICONWARNING | MB_TASKMODAL, IDNO);
+  return answer == IDYES ? DocAnswer::Yes : answer == IDNO ? DocAnswer::No : DocAnswer::Cancel;
+}
+
+IBCollection* KDocManager::dialogFilters(bool forWriting) {
+  return FormatList(*shell_.pluginManager()).filters(forWriting);
+}
+
+Ref<IDocFormat> KDocManager::make(const DeclaredFormat& format, KReport& report) {
+  const auto object = Ref<IBSmartObject>::adopt(format.entry->createObject());
+  auto result = object.as<IDocFormat>();
+  if (result) return result;
+  const ICreationReport* const creation = corvix::query<ICreationReport>(format.entry);
+  const std::wstring why = object ? L"it is no IDocFormat" : creation ? creation->reason() : L"it cannot be made";
+  report.addLine((std::wstring(format.textForUser()) + L": " + why).c_str());
+  return {};
+}
+
+Ref<IDocument> KDocManager::readBy(const DeclaredFormat& format, IDocFormat& object, BRAInputStream& stream,
+                                   KReport& report) {
+  const i32 before = report.lineCount();
+  const auto read = callForeign(codeOf(&object), L"IDocFormat", [&] {
+    stream.seek(0);
+    return Ref<IBSmartObject>::adopt(object.readDocument(&stream, &report));
+  });
+  auto document = read.as<IDocument>();
+  if (!document && report.lineCount() == before)
+    report.addLine(
+        (std::wstring(format.textForUser()) + (read ? L": what it reads is no document" : L": it cannot read it"))
+            .c_str());
+  return document;
+}
+
+// Those that are likely alike are asked how sure they are; who is not sure at all is not asked to read.
+Ref<IDocument> KDocManager::read(const DocumentPlace& place, bool& writes, KReport& report) {
+  const auto opened = Ref<IBStream>::adopt(openLocation(*shell_.pluginManager(), place.location.c_str()));
+  auto source = opened.as<BRAInputStream>();
+  if (const auto forward = opened.as<BInputStream>(); forward && !source)
+    source = corvix::make<BChunkInputStream>(forward);
+  if (!source || !source->isOpen()) {
+    report.addLine(L"Nothing can be read there.");
+    return {};
+  }
+  u8 beginning[FormatList::kLongestMagic];
+  const u32 known = readFully(*source, beginning, sizeof beginning);
+
+  const FormatList formats(*shell_.pluginManager());
+  struct Candidate {
+    const DeclaredFormat* format;
+    i32 likelihood;
+    Ref<IDocFormat> object;
+    i32 sureness;
+  };
+  std::vector<Candidate> candidates;
+  for (const DeclaredFormat& one : formats.all()) {
+    const i32 likelihood = one.reads ? likelihoodOf(one, beginning, known, place.title) : 0;
+    if (likelihood) {
+      candidates.push_back({&one, likelihood, {}, 0});
+    } else if (one.reads) {
+      report.addLine(
+          (std::wstring(one.textForUser()) + L": it neither begins nor is called as such files are").c_str());
+    }
+  }
+  std::stable_sort(candidates.begin(), candidates.end(),
+                   [](const Candidate& a, const Candidate& b) { return a.likelihood > b.likelihood; });
+
+  ShownProgress progress(shell_, source->size());
+  const auto stream = corvix::make<WatchedInputStream>(source, progress);
+  struct LettingGo {
+    WatchedInputStream& stream;
+    ~LettingGo() { stream.letGo(); }
+  } const lettingGo{*stream};
+
+  for (auto first = candidates.begin(); first != candidates.end();) {
+    const auto last = std::find_if(first, candidates.end(),
+                                   [&](const Candidate& one) { return one.likelihood != first->likelihood; });
+    for (auto one = first; one != last; ++one) {
+      one->object = make(*one->format, report);
+      if (!one->object) continue;
+      one->sureness = callForeign(codeOf(one->object.get()), L"IDocFormat", [&] {
+        stream->seek(0);
+        return std::clamp(one->object->probe(stream.get()), 0, 255);
+      });
+      if (!one->sureness) report.addLine((std::wstring(one->format->textForUser()) + L": it is none of these").c_str());
+    }
+    std::stable_sort(first, last, [](const Candidate& a, const Candidate& b) { return a.sureness > b.sureness; });
+    for (; first != last; ++first) {
+      if (first->sureness && !progress.isStopped()) {
+        if (auto document = readBy(*first->format, *first->object, *stream, report);
+            document && !progress.isStopped()) {
+          writes = first->format->writes;
+          report.clear();
+          if (const auto placed = document.as<IDocumentPlace>()) {
+            const bool isReadOnly = !writes || place.path.empty() || !isWritable(place.path);
+            placed->setPlace(place.location.c_str(), place.title.c_str(), first->format->name(), isReadOnly);
+          }
+          return document;
+        }
+      }
+      first->object.reset();
+    }
+    if (progress.isStopped()) break;
+  }
+  if (progress.isStopped()) {
+    report.clear();
+    report.addLine(L"It was stopped.");
+  } else if (candidates.empty()) {
+    report.addLine(L"No format is there that could read it: plug-ins bring them.");
+  }
+  return {};
+}
+
+IDocument* KDocManager::list(Ref<IDocument> document, const DocumentPlace& place, const FileState& state) {
+  IDocument* const listed = document.get();
+  rows_.push_back({std::move(document), place, state, false});
+  return listed;
+}
+
+IDocument* KDocManager::openDocument(const wchar_t* location) {
+  Operation operation(*this);
+  DocumentPlace place;
+  if (!resolvePlace(location, place))
+    return operation.fail(quoted(location ? location : L"") + L" names no file and no location.");
+  if (Row* const row = findFile(place)) {
+    IDocument* const open = row->document.get();
+    recent_.add(row->place.location);
+    activate(open);
+    return find(open) ? open : nullptr;
+  }
+  const std::wstring cannot = quoted(place.location) + L" cannot be opened.";
+  FileState state;
+  if (const u32 error = place.path.empty() ? 0 : stateOf(place.path, state))
+    return operation.fail(cannot + L' ' + systemText(error));
+  bool writes = false;
+  const auto document = read(place, writes, operation.report());
+  if (!document) {
+    const auto reasons = corvix::make<KReport>();
+    reasons->take(operation.report());
+    operation.fail(cannot);
+    for (i32 i = 0; i < reasons->lineCount(); ++i) operation.report().addLine(reasons->lineAt(i));
+    return nullptr;
+  }
+  IDocument* const open = list(document, place, state);
+  try {
+    recent_.add(place.location);
+  } catch (const std::bad_alloc&) {  // the list lacks it
+  }
+  tell(L"Document.Opened", open, place.location);
+  if (find(open)) shell_.openDocument(open, place.location.c_str());
+  if (find(open)) activate(open);
+  return find(open) ? open : nullptr;
+}
+
+IDocument* KDocManager::newDocument(const wchar_t* formatName) {
+  Operation operation(*this);
+  const FormatList formats(*shell_.pluginManager());
+  const DeclaredFormat* const format = formats.find(formatName ? formatName : L"");
+  if (!format) return operation.fail(quoted(formatName ? formatName : L"") + L" is no format that a plug-in declares.");
+  const auto object = make(*format, operation.report());
+  if (!object) return nullptr;
+  const auto made = callForeign(codeOf(object.get()), L"IDocFormat",
+                                [&] { return Ref<IBSmartObject>::adopt(object->createDocument()); });
+  auto document = made.as<IDocument>();
+  if (!document)
+    return operation.fail(std::wstring(format->textForUser()) + L": there are no new ones of this format.");
+  const std::wstring title = L"Untitled " + std::to_wstring(untitled_ + 1);
+  if (const auto placed = document.as<IDocumentPlace>())
+    placed->setPlace(L"", title.c_str(), format->name(), !format->writes);
+  IDocument* const open = list(std::move(document), {{}, title, {}}, {});
+  ++untitled_;
+  tell(L"Document.Opened", open, {});
+  if (find(open)) activate(open);
+  return find(open) ? open : nullptr;
+}
+
+bool KDocManager::closeDocument(IDocument* document) {
+  Operation operation(*this);
+  if (!find(document) || find(document)->isClosing) return false;
+  const auto kept = Ref<IDocument>::share(document);
+  const std::wstring title = document->title();
+  if (document->isModified()) {
+    const DocAnswer answer =
+        ask(DocQuestion::SaveBeforeClosing, *document, quoted(title) + L" has changed. Do you want to save it?");
+    if (answer == DocAnswer::Cancel || !find(document)) return !find(document);
+    if (answer == DocAnswer::Yes && document->isModified() && !saveDocument(document)) {
+      for (i32 i = 0; i < report_->lineCount(); ++i) operation.fail(report_->lineAt(i));
+      return false;
+    }
+    if (answer == DocAnswer::No) sWriteLog(L"%s was closed without its changes.\n", title.c_str());
+  }
+  const std::wstring location = document->location();
+  find(document)->isClosing = true;
+  tell(L"Document.Closing", document, location);
+  Row* const row = find(document);
+  if (!row) return true;
+  const auto at = rows_.erase(rows_.begin() + (row - rows_.data()));
+  if (active_ == document)
+    activate(rows_.empty() ? nullptr : at == rows_.end() ? rows_.back().document.get() : at->document.get());
+  if (IStateHistory* const history = shell_.stateHistory()) history->forget(document);
+  tell(L"Document.Closed", nullptr, location);
+  return true;
+}
+
+bool KDocManager::saveDocument(IDocument* document) {
+  Operation operation(*this);
+  const Row* const row = find(document);
+  if (!row) return false;
+  if (row->place.path.empty()) {
+    operation.fail(quoted(document->title()) + (row->place.location.empty()
+                                                    ? L" has no name yet: save it under one."
+                                                    : L" did not come from a file: save it under the name of one."));
+    return false;
+  }
+  const FormatList formats(*shell_.pluginManager());
+  const DeclaredFormat* const format = formats.find(document->formatName());
+  if (!format || !format->writes) {
+    operation.fail(quoted(document->title()) + L" cannot be saved in its own format: save it in another one.");
+    return false;
+  }
+  const DocumentPlace place = row->place;
+  return save(*document, place, *format, operation.report());
+}
+
+bool KDocManager::saveDocumentAs(IDocument* document, const wchar_t* location, const wchar_t* formatName) {
+  Operation operation(*this);
+  if (!find(document)) return false;
+  DocumentPlace place;
+  if (!resolvePlace(location, place) || place.path.empty()) {
+    operation.fail(quoted(location ? location : L"") + L" names no file.");
+    return false;
+  }
+  if (const Row* const other = findFile(place); other && other->document.get() != document) {
+    operation.fail(quoted(place.location) + L" is open itself: close it first, or take another name.");
+    return false;
+  }
+  const FormatList formats(*shell_.pluginManager());
+  const bool isNamed = formatName && *formatName;
+  const DeclaredFormat* format = isNamed ? formats.find(formatName) : formats.writerOf(place.title);
+  if (!format && !isNamed) format = formats.find(document->formatName());
+  if (!format || !format->writes) {
+    operation.fail(L"No format is there that could write " + quoted(isNamed ? formatName : place.title.c_str()) + L'.');
+    return false;
+  }
+  return save(*document, place, *format, operation.report());
+}
+
+bool KDocManager::save(IDocument& document, const DocumentPlace& place, const DeclaredFormat& format, KReport& report) {
+  const auto kept = Ref<IDocument>::share(&document);
+  if (!write(document, place, format, report)) return false;
+  if (!format.reads) return true;
+  Row* const row = find(&document);
+  if (!row) return true;
+  DocumentPlace taken = place;
+  if (stateOf(place.path, row->state) != 0) row->state = {};  // nobody knows it: nobody is asked about it
+  std::swap(row->place, taken);
+  callForeign(codeOf(&document), L"IDocument", [&] {
+    if (IDocumentPlace* const placed = corvix::query<IDocumentPlace>(&document))
+      placed->setPlace(place.location.c_str(), place.title.c_str(), format.name(), false);
+  });
+  try {
+    recent_.add(place.location);
+  } catch (const std::bad_alloc&) {  // the list lacks it
+  }
+  tell(L"Document.Saved", &document, place.location);
+  return true;
+}
+
+bool KDocManager::write(IDocument& document, const DocumentPlace& place, const DeclaredFormat& format,
+                        KReport& report) {
+  const auto fail = [&](const std::wstring& why) {
+    report.addLine((quoted(place.location) + L" was not saved. " + why).c_str());
+    return false;
+  };
+  FileState now;
+  const bool exists = stateOf(place.path, now) == 0;
+  if (exists && !isWritable(place.path)) return fail(L"It is read-only, or in use: save under another name.");
+  const Row& row = *find(&document);
+  if (exists && isSamePath(row.place.path, place.path) && row.state != FileState{} && row.state != now) {
+    const std::wstring question =
+        quoted(place.location) + L" was changed by another program. Do you want to overwrite it?";
+    if (ask(DocQuestion::OverwriteChanged, document, question) != DocAnswer::Yes)
+      return fail(L"It was changed by another program.");
+  }
+  const auto object = make(format, report);
+  if (!object) return false;
+
+  u32 error = 0;
+  PartFile part(place.path.c_str(), &error);
+  if (!part) return fail(systemText(error));
+  const auto file = corvix::make<BFileOutputStream>();
+  if (!file->open(part.path(), BFileOutputStream::Existing::Modify)) return fail(systemText(GetLastError()));
+  bool isWritten = false;
+  {
+    ShownProgress progress(shell_, 0);
+    const auto watched = corvix::make<WatchedOutputStream>(file, progress);
+    const auto stream = corvix::make<BBufferedOutputStream>(watched);
+    isWritten = callForeign(codeOf(object.get()), L"IDocFormat",
+                            [&] { return object->writeDocument(&document, stream.get(), &report); });
+    isWritten = isWritten && stream->flush();
+    error = watched->error();
+    watched->letGo();
+  }
+  if (error == ERROR_CANCELLED) return fail(L"It was stopped.");
+  if (error) return fail(systemText(error));
+  if (!isWritten) return fail(std::wstring(format.textForUser()) + L" cannot hold it.");
+  if ((error = part.flush()) != 0 || (error = part.takePlace()) != 0) return fail(systemText(error));
+  return true;
+}
+
+}  // namespace corvix
