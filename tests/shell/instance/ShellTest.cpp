@@ -327,13 +327,12 @@ TEST(CommandLine, OffersToTheFrameworksOwnProcessorsFirst) {
   processorLetters = "a";
 }
 
-const OwnObject ownObjects[] = {{L"CommandLine.Processors", makeProcessor},
-                                {L"IPluginManagerBeforeDestroy", create<Goodbye>},
-                                {L"Dialog.Test", create<Dialog>},
-                                {L"IActionManager.Instance", makeManager},
-                                {L"IMenuManager.Instance", create<Dialog>},
-                                {L"IDocManager.Instance", create<Dialog>},
-                                {L"IStateHistory.GetInstance", create<Dialog>}};
+const OwnObject ownObjects[] = {
+    {L"CommandLine.Processors", makeProcessor}, {L"IPluginManagerBeforeDestroy", create<Goodbye>},
+    {L"Dialog.Test", create<Dialog>},           {L"IActionManager.Instance", makeManager},
+    {L"IBSecretary.Instance", create<Dialog>},  {L"IBSelfReg.Instance", create<Dialog>},
+    {L"IBTranslator.Instance", create<Dialog>}, {L"IMenuManager.Instance", create<Dialog>},
+    {L"IDocManager.Instance", create<Dialog>},  {L"IStateHistory.GetInstance", create<Dialog>}};
 
 }  // namespace
 
