@@ -16,6 +16,7 @@ struct PixelMemory {
   i32 strideBytes = 0;
   i32 width = 0;
   i32 height = 0;
+  i32 bytesPerPixel = 3;
 };
 
 class DrawingContext : public IAGDC, public ITextTarget {
@@ -179,6 +180,9 @@ class DrawingContext : public IAGDC, public ITextTarget {
   // `imageOut`, or `turnedOut`, of what is seen of an image, as the user's settings say. Large images are cut first.
   bool placeImage(const ImageView& view, const Matrix& unitToDevice, ImageTurn turn = ImageTurn::None,
                   const Recolor& recolor = {});
+  // Large opaque images whose pixels each lie on one of the device go straight into a bitmap that the context owns;
+  // false when that is not so, or the clip is no rectangle.
+  bool copyOut(const ImageView& view, const Matrix& placed);
   bool seenPart(const ImageView& view, const Matrix& unitToDevice, PixelBox& seen);  // false: nothing of it
   PixelBox outputArea() const noexcept;                                              // without the origin
   PixelBox seenArea();                                                               // of that, what the clip leaves

@@ -79,6 +79,32 @@ bool DrawingContext::seenPart(const ImageView& view, const Matrix& unitToDevice,
   return seen.left < seen.right && seen.top < seen.bottom;
 }
 
+bool DrawingContext::copyOut(const ImageView& view, const Matrix& placed) {
+  const PixelMemory memory = pixelMemory();
+  const bool isCopy = (view.model == ColorModel::Rgb || view.model == ColorModel::Cmyk) && !drawsEachPixel() &&
+                      placed.a == view.width && placed.d == view.height && placed.b == 0 && placed.c == 0;
+  const double left = placed.e + origin_.x;
+  const double top = placed.f + origin_.y;
+  if (!memory.pixels || memory.bytesPerPixel != 3 || !isCopy || i64{view.width} * view.height < kLargeImage ||
+      !gdi::isWhole(placed.e) || !gdi::isWhole(placed.f) || !gdi::isWhole(left) || !gdi::isWhole(top)) {
+    return false;
+  }
+  beginGdi();
+  const RECT output = {0, 0, memory.width, memory.height};
+  RECT area;
+  RECT clip = output;
+  if (!gdi::roundRect(left, top, left + view.width, top + view.height, area)) return false;
+  if (deviceClip() && GetRgnBox(deviceClip(), &clip) > SIMPLEREGION) return false;
+  const POINT corner = {area.left, area.top};
+  if (!IntersectRect(&area, &area, &output) || !IntersectRect(&area, &area, &clip)) return true;
+  GdiFlush();
+  for (i32 y = area.top; y < area.bottom; ++y) {
+    readRgb(view, area.left - corner.x, y - corner.y, area.right - area.left,
+            memory.pixels + static_cast<std::ptrdiff_t>(memory.strideBytes) * y + 3 * area.left);
+  }
+  return true;
+}
+
 bool DrawingContext::placeImage(const ImageView& view, const Matrix& unitToDevice, ImageTurn turn,
                                 const Recolor& recolor) {
   const Box box = boxAround(unitToDevice);
@@ -103,26 +129,23 @@ bool DrawingContext::placeImage(const ImageView& view, const Matrix& unitToDevic
   return withinMemory([&] {
     const Matrix whole = turnMatrix(turn).then(placed);
     PixelBox seen;
-    if (!seenPart(view, whole, seen)) return true;
+    if (!seenPart(view, whole, seen) || (turn == ImageTurn::None && !recolor && copyOut(view, placed))) return true;
     i32 width;
     i32 height;
     reducedSize(view, whole, width, height);
     const bool isAlong = isAlongAxes(whole);
     const bool isReduced = smooth && !drawsEachPixel() && (width < view.width || height < view.height) &&
                            (!isAlong || onWholePixels(whole).canTurnBack());
-    const i64 limit = quality().largestImage();
-    const bool isLimited = i64{seen.right - seen.left} * (seen.bottom - seen.top) > limit;
+    const i32 step = stepFor(seen, quality().largestImage(), std::min(view.width / width, view.height / height));
     ImageBits bits;
-    if (!isReduced || isLimited || recolor) {
-      bits = makeBits(view, limit, seen, std::min(view.width / width, view.height / height));
-    }
+    if (!isReduced || recolor) bits = makeBits(view, seen, step);
     if (recolor) {
       bits = toArgb(bits);
       bits.recolor(recolor);
     }
     if (isReduced) {
-      bits = bits.pixels ? reduced(viewOf(bits), bits.seen, width, height, bits.hasAlpha)
-                         : reduced(view, seen, width, height, hasAlpha(view));
+      bits = recolor ? reduced(viewOf(bits), bits.seen, width, height, bits.hasAlpha)
+                     : reduced(view, seen, width, height, hasAlpha(view), step);
       if (!bits.pixels) return true;
       if (isAlong) return imageOut(bits, onWholePixels(whole), smooth);
     }

@@ -56,6 +56,9 @@ constexpr Color fromColorRef(COLORREF color) noexcept { return rgb(color & 255, 
 // Coordinates that GDI takes: 27 bits and a sign.
 constexpr double kGreatest = 134217727.0;
 
+// A place that needs no rounding.
+inline bool isWhole(double value) noexcept { return std::abs(value) <= kGreatest && value == std::floor(value); }
+
 // Halves go up, as in the rule that a pixel belongs to an area when its middle does.
 inline bool roundPixel(double value, int& pixel) noexcept {
   if (!(std::abs(value) <= kGreatest)) return false;  // no number included

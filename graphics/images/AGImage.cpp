@@ -1,5 +1,6 @@
 #include "graphics/images/AGImage_p.h"
 
+#include "core/baselib/heap/HeapBuffer.h"
 #include "graphics/IAGDC.h"
 #include "graphics/gdi/Gdi_p.h"
 #include "graphics/images/ImageBits_p.h"
@@ -86,20 +87,20 @@ IAGImage* AGImage::convertTo(ColorModel model) const noexcept {
   Ref<AGImage> result = create(width_, height_, model, 0);
   ImageView view;
   if (!result || !viewOf(const_cast<AGImage*>(this), view)) return nullptr;
+  HeapBuffer<u8> colors;  // of a row, for grey
+  const bool isDirect = model_ == ColorModel::Rgb;
+  if (model == ColorModel::Gray && !isDirect && !colors.tryAllocate(3 * static_cast<std::size_t>(width_)))
+    return nullptr;
   for (i32 y = 0; y < height_; ++y) {
-    u8* to = result->row(y);
-    if (!to) return nullptr;
-    for (i32 x = 0; x < width_; ++x) {
-      Color color;
-      readColors(view, x, y, 1, 1, &color);
-      if (model == ColorModel::Gray) {
-        *to++ = static_cast<u8>((redOf(color) * 299 + greenOf(color) * 587 + blueOf(color) * 114 + 500) / 1000);
-        continue;
-      }
-      *to++ = static_cast<u8>(blueOf(color));
-      *to++ = static_cast<u8>(greenOf(color));
-      *to++ = static_cast<u8>(redOf(color));
-      if (model == ColorModel::Argb) *to++ = static_cast<u8>(alphaOf(color));
+    u8* const to = result->row(y);
+    if (model == ColorModel::Argb) {
+      readColors(view, 0, y, 1, width_, reinterpret_cast<Color*>(to));
+    } else if (model == ColorModel::Rgb) {
+      readRgb(view, 0, y, width_, to);
+    } else {
+      if (!isDirect) readRgb(view, 0, y, width_, colors.get());
+      rgbToGray(isDirect ? view.rows + static_cast<std::ptrdiff_t>(view.strideBytes) * y : colors.get(),
+                static_cast<std::size_t>(width_), to);
     }
   }
   return result.detach();
@@ -152,8 +153,7 @@ bool AGImage::loadFile(const wchar_t* path) noexcept {
 bool AGImage::saveFile(const wchar_t* path, ImageFile kind) const noexcept {
   try {
     ImageView view;
-    return viewOf(const_cast<AGImage*>(this), view) &&
-           saveImageFile(makeBits(view, INT64_MAX, wholeOf(view)), path, kind);
+    return viewOf(const_cast<AGImage*>(this), view) && saveImageFile(makeBits(view, wholeOf(view)), path, kind);
   } catch (const std::bad_alloc&) {
     return false;
   }
