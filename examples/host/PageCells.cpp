@@ -1,6 +1,7 @@
 #include "examples/host/PageCells.h"
 
 #include "core/baselib/objects/Ref.h"
+#include "graphics/ImageFreezer.h"
 #include "graphics/text/Text.h"
 
 #include <algorithm>
@@ -123,6 +124,7 @@ Ref<IAGImage> picture(IAGDC& page, ColorModel model, i32 bits) {
       }
     }
   }
+  if (auto* const freezer = query<IAGImageFreezer>(image.get())) freezer->freeze();
   return image;
 }
 

@@ -2,6 +2,7 @@
 // path under construction and its clipping in software, and the forms of an operation that lead to another form.
 #pragma once
 
+#include "graphics/Stencils.h"
 #include "graphics/contexts/LineState_p.h"
 #include "graphics/gdi/Gdi_p.h"
 #include "graphics/images/ImageBits_p.h"
@@ -19,8 +20,8 @@ struct PixelMemory {
   i32 bytesPerPixel = 3;
 };
 
-class DrawingContext : public IAGDC, public ITextTarget {
-  CORVIX_IDENTITY(DrawingContext, 0x7A35D0E8, 0x4C1968BF, 0xA2F7E40D, 0x91B36C5E, IAGDC, ITextTarget)
+class DrawingContext : public IAGDC, public ITextTarget, public IAGStencils {
+  CORVIX_IDENTITY(DrawingContext, 0x7A35D0E8, 0x4C1968BF, 0xA2F7E40D, 0x91B36C5E, IAGDC, ITextTarget, IAGStencils)
 
  public:
   ~DrawingContext() override;
@@ -90,6 +91,8 @@ class DrawingContext : public IAGDC, public ITextTarget {
   bool drawImageTurned(IAGImage* image, i32 x, i32 y, i32 width, i32 height, ImageTurn turn) override;
   bool drawImageThroughMemory(IAGImage* image, i32 x, i32 y) override;
   bool drawImageMask(IAGImage* image, i32 x, i32 y, i32 width, i32 height) override;
+
+  bool drawMaskTransformed(IAGImage* mask, const Matrix& unitToUser) override;
 
   i32 deviceCapability(i32 index) override;
   bool unsupported() override { return false; }
@@ -181,8 +184,8 @@ class DrawingContext : public IAGDC, public ITextTarget {
   bool placeImage(const ImageView& view, const Matrix& unitToDevice, ImageTurn turn = ImageTurn::None,
                   const Recolor& recolor = {});
   // Large opaque images whose pixels each lie on one of the device go straight into a bitmap that the context owns;
-  // false when that is not so, or the clip is no rectangle.
-  bool copyOut(const ImageView& view, const Matrix& placed);
+  // false when that is not so, or the clip is no rectangle. Throws std::bad_alloc.
+  bool copyOut(const ImageView& view, const Matrix& placed, const PixelBox& seen);
   bool seenPart(const ImageView& view, const Matrix& unitToDevice, PixelBox& seen);  // false: nothing of it
   PixelBox outputArea() const noexcept;                                              // without the origin
   PixelBox seenArea();                                                               // of that, what the clip leaves

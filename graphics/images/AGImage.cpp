@@ -4,9 +4,12 @@
 #include "graphics/IAGDC.h"
 #include "graphics/gdi/Gdi_p.h"
 #include "graphics/images/ImageBits_p.h"
+#include "graphics/images/ImageCopies_p.h"
 #include "graphics/images/ImageFiles_p.h"
 
+#include <atomic>
 #include <cstring>
+#include <utility>
 
 namespace corvix {
 
@@ -63,12 +66,29 @@ Ref<AGImage> AGImage::create(i32 width, i32 height, ColorModel model, i32 bitsPe
   }
 }
 
-u8* AGImage::row(i32 y) noexcept {
+const u8* AGImage::readRow(i32 y) const noexcept {
   return y >= 0 && y < height_ ? pixels_.data() + static_cast<std::ptrdiff_t>(strideBytes_) * y : nullptr;
+}
+
+u8* AGImage::row(i32 y) noexcept {
+  thaw();
+  return const_cast<u8*>(readRow(y));
+}
+
+bool AGImage::freeze() {
+  static std::atomic<u32> number{0};
+  if (finished_) return false;
+  while (!finished_) finished_ = ++number;
+  return true;
+}
+
+void AGImage::thaw() noexcept {
+  if (finished_) imageCopies().drop(std::exchange(finished_, 0));
 }
 
 bool AGImage::setPalette(const Color* colors, i32 count) noexcept {
   if (!colors || count <= 0 || count > paletteSize()) return false;
+  thaw();
   std::copy(colors, colors + count, palette_.begin());
   std::fill(palette_.begin() + count, palette_.end(), kBlack);
   return true;
@@ -146,6 +166,7 @@ bool AGImage::captureFrom(IAGDC& context, i32 x, i32 y) noexcept {
 bool AGImage::loadFile(const wchar_t* path) noexcept {
   const Ref<AGImage> loaded = loadImageFile(path);
   if (!loaded) return false;
+  thaw();
   swap(*loaded);
   return true;
 }

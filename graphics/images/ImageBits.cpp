@@ -1,6 +1,8 @@
 #include "graphics/images/ImageBits_p.h"
 
+#include "graphics/images/AGImage_p.h"
 #include "graphics/images/CmykConversion_p.h"
+#include "graphics/images/ImageCopies_p.h"
 #include "graphics/images/WideLoops_p.h"
 
 #include <algorithm>
@@ -43,9 +45,11 @@ void allocatePixels(ImageBits& bits, i32 width, i32 height, i32 bitsPerPixel) {
 
 bool viewOf(IAGImage* image, ImageView& view) noexcept {
   if (!image) return false;
-  view = {image->width(),        image->height(),      image->colorModel(),
-          image->bitsPerPixel(), image->strideBytes(), image->row(0),
-          image->palette(),      image->paletteSize(), 0};
+  auto* const own = corvix::query<AGImage>(image);  // whose rows do not thaw
+  view = {image->width(),           image->height(),      image->colorModel(),
+          image->bitsPerPixel(),    image->strideBytes(), own ? own->readRow(0) : image->row(0),
+          image->palette(),         image->paletteSize(), 0,
+          own ? own->finished() : 0};
   return view.rows && view.width > 0 && view.height > 0;
 }
 
@@ -202,6 +206,18 @@ ImageBits makeBits(const ImageView& view, const PixelBox& seen, i32 step) {
     }
   }
   return bits;
+}
+
+ImageBits bitsOf(const ImageView& view, const PixelBox& seen, i32 step) {
+  if (!view.finished || (step == 1 && isUsable(view))) return makeBits(view, seen, step);
+  return imageCopies().of(view, seen, static_cast<i32>(stepped(view.width, step)),
+                          static_cast<i32>(stepped(view.height, step)), step,
+                          [&](const PixelBox& part) { return makeBits(view, part, step); });
+}
+
+ImageBits reducedOf(const ImageView& view, const PixelBox& seen, i32 width, i32 height, i32 step) {
+  const auto make = [&](const PixelBox& part) { return reduced(view, part, width, height, hasAlpha(view), step); };
+  return view.finished ? imageCopies().of(view, seen, width, height, step, make) : make(seen);
 }
 
 ImageBits cutToSeen(const ImageBits& bits, PixelBox& part) {
