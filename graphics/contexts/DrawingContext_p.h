@@ -132,6 +132,10 @@ class DrawingContext : public IAGDC, public ITextTarget, public IAGStencils {
   virtual bool cutsDashes() const noexcept = 0;  // the implementation cannot draw this line state's dashes by itself
   virtual bool drawsThinLinesOnly() const noexcept = 0;  // a hairline pen is selected
 
+  // Dashes that can be seen, and that are not too many to be told from a solid line.
+  bool drawsDashes() const noexcept;
+  bool drawsDashes(const Path& path) const noexcept;
+
   // What the next stroke or fill needs is there, so that neither is drawn without the other.
   virtual bool readyToStroke(bool isCut) = 0;
   virtual bool readyToFill() = 0;
@@ -165,7 +169,7 @@ class DrawingContext : public IAGDC, public ITextTarget, public IAGStencils {
   struct Fit {
     const Path* whole = nullptr;
     Path part;
-    bool isCut = false;  // its dashes are lines by now
+    bool isCut = false;  // its pen is a solid one: there are no dashes, or they are lines by now
 
     const Path& path() const noexcept { return whole ? *whole : part; }
   };
@@ -237,6 +241,7 @@ class DrawingContext : public IAGDC, public ITextTarget, public IAGStencils {
   };
 
   bool addLines(const Point* points, i32 count) noexcept;
+  bool dashedLines(const Point* points, i32 count);
   bool dottedRun(i64 first, i64 end, i64 across, bool isRow, Color color1, Color color2);
 
   std::vector<Borrowed> borrowed_;
