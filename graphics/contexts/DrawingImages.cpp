@@ -33,6 +33,23 @@ ImageTurn nearestTurn(const Matrix& unit) noexcept {
   return static_cast<ImageTurn>(turn);
 }
 
+// The palette that makes an image a stencil of one colour.
+struct Stencil {
+  Color colors[256];
+
+  // False for images that are none.
+  bool make(ImageView& view, Color color) noexcept {
+    if (view.bitsPerPixel != 1 && view.model != ColorModel::Gray) return false;
+    const u32 most = view.bitsPerPixel == 1 ? 1 : 255;
+    for (u32 i = 0; i <= most; ++i) colors[i] = (color & ~kBlack) | (alphaOf(color) * i + most / 2) / most << 24;
+    view.model = ColorModel::Indexed;
+    view.palette = colors;
+    view.paletteSize = static_cast<i32>(most) + 1;
+    view.ink = color;
+    return true;
+  }
+};
+
 // The clip is asked for, and the rest left out, from this many pixels on.
 constexpr i64 kLargeImage = 1 << 16;
 
@@ -79,6 +96,35 @@ bool DrawingContext::seenPart(const ImageView& view, const Matrix& unitToDevice,
   return seen.left < seen.right && seen.top < seen.bottom;
 }
 
+bool DrawingContext::copyOut(const ImageView& view, const Matrix& placed, const PixelBox& seen) {
+  const PixelMemory memory = pixelMemory();
+  const bool isCopy = (view.model == ColorModel::Rgb || view.model == ColorModel::Cmyk) && !drawsEachPixel() &&
+                      placed.a == view.width && placed.d == view.height && placed.b == 0 && placed.c == 0;
+  const double left = placed.e + origin_.x;
+  const double top = placed.f + origin_.y;
+  if (!memory.pixels || memory.bytesPerPixel != 3 || !isCopy || i64{view.width} * view.height < kLargeImage ||
+      !gdi::isWhole(placed.e) || !gdi::isWhole(placed.f) || !gdi::isWhole(left) || !gdi::isWhole(top)) {
+    return false;
+  }
+  beginGdi();
+  const RECT output = {0, 0, memory.width, memory.height};
+  RECT area;
+  RECT clip = output;
+  if (!gdi::roundRect(left, top, left + view.width, top + view.height, area)) return false;
+  if (deviceClip() && GetRgnBox(deviceClip(), &clip) > SIMPLEREGION) return false;
+  const POINT corner = {area.left, area.top};
+  if (!IntersectRect(&area, &area, &output) || !IntersectRect(&area, &area, &clip)) return true;
+  const bool isConverted = view.finished && view.model == ColorModel::Cmyk;
+  const ImageBits bits = isConverted ? bitsOf(view, seen, 1) : ImageBits();
+  const ImageView from = isConverted ? viewOf(bits) : view;
+  GdiFlush();
+  for (i32 y = area.top; y < area.bottom; ++y) {
+    readRgb(from, area.left - corner.x, y - corner.y, area.right - area.left,
+            memory.pixels + static_cast<std::ptrdiff_t>(memory.strideBytes) * y + 3 * area.left);
+  }
+  return true;
+}
+
 bool DrawingContext::placeImage(const ImageView& view, const Matrix& unitToDevice, ImageTurn turn,
                                 const Recolor& recolor) {
   const Box box = boxAround(unitToDevice);
@@ -103,26 +149,24 @@ bool DrawingContext::placeImage(const ImageView& view, const Matrix& unitToDevic
   return withinMemory([&] {
     const Matrix whole = turnMatrix(turn).then(placed);
     PixelBox seen;
-    if (!seenPart(view, whole, seen)) return true;
+    if (!seenPart(view, whole, seen) || (turn == ImageTurn::None && !recolor && copyOut(view, placed, seen)))
+      return true;
     i32 width;
     i32 height;
     reducedSize(view, whole, width, height);
     const bool isAlong = isAlongAxes(whole);
     const bool isReduced = smooth && !drawsEachPixel() && (width < view.width || height < view.height) &&
                            (!isAlong || onWholePixels(whole).canTurnBack());
-    const i64 limit = quality().largestImage();
-    const bool isLimited = i64{seen.right - seen.left} * (seen.bottom - seen.top) > limit;
+    const i32 step = stepFor(seen, quality().largestImage(), std::min(view.width / width, view.height / height));
     ImageBits bits;
-    if (!isReduced || isLimited || recolor) {
-      bits = makeBits(view, limit, seen, std::min(view.width / width, view.height / height));
-    }
+    if (!isReduced || recolor) bits = bitsOf(view, seen, step);
     if (recolor) {
       bits = toArgb(bits);
       bits.recolor(recolor);
     }
     if (isReduced) {
-      bits = bits.pixels ? reduced(viewOf(bits), bits.seen, width, height, bits.hasAlpha)
-                         : reduced(view, seen, width, height, hasAlpha(view));
+      bits = recolor ? reduced(viewOf(bits), bits.seen, width, height, bits.hasAlpha)
+                     : reducedOf(view, seen, width, height, step);
       if (!bits.pixels) return true;
       if (isAlong) return imageOut(bits, onWholePixels(whole), smooth);
     }
@@ -159,11 +203,16 @@ bool DrawingContext::drawImageTurned(IAGImage* image, i32 x, i32 y, i32 width, i
 
 bool DrawingContext::drawImageMask(IAGImage* image, i32 x, i32 y, i32 width, i32 height) {
   ImageView view;
-  if (!canDraw() || !viewOf(image, view) || view.bitsPerPixel != 1) return false;
-  const Color colors[2] = {0, fillColor_};
-  view.palette = colors;
-  view.paletteSize = 2;
-  return placeImage(view, unitOnto(x, y, width, height));
+  Stencil stencil;
+  return canDraw() && viewOf(image, view) && view.bitsPerPixel == 1 && stencil.make(view, fillColor_) &&
+         placeImage(view, unitOnto(x, y, width, height));
+}
+
+bool DrawingContext::drawMaskTransformed(IAGImage* mask, const Matrix& unitToUser) {
+  ImageView view;
+  Stencil stencil;
+  return canDraw() && viewOf(mask, view) && stencil.make(view, fillColor_) &&
+         (isSingular_ || placeImage(view, unitToUser.then(transform_)));
 }
 
 bool DrawingContext::blitOut(HDC source, i32 x, i32 y, i32 width, i32 height) {

@@ -113,7 +113,7 @@ bool AGDC::drawRectangle(double x, double y, double width, double height) {
   const bool isNear = x + origin_.x > room.left && y + origin_.y > room.top && x + width + origin_.x < room.right &&
                       y + height + origin_.y < room.bottom && width >= 0 && height >= 0;
   if (!canDraw() || !isFinite({x, y}) || !isFinite({x + width, y + height})) return false;
-  if (!isNear || !transform_.isIdentity() || (line_.isDashed && cutsDashes())) {
+  if (!isNear || !transform_.isIdentity() || (drawsDashes() && cutsDashes())) {
     return withinMemory([&] {
       Path path;
       path.rectangle(x, y, width, height);

@@ -1,7 +1,5 @@
 // Images made smaller: every pixel of the result is the average of the area that it shows, weighted by alpha.
-#include "graphics/images/CmykConversion_p.h"
 #include "graphics/images/ImageBits_p.h"
-#include "graphics/quality/Quality_p.h"
 
 #include <algorithm>
 #include <cmath>
@@ -10,20 +8,26 @@ namespace corvix {
 
 namespace {
 
-constexpr u32 kWhole = 256;          // the weight of a pixel that lies in one of the result with all of itself
-constexpr i32 kMostToOne = 1 << 16;  // pixels of a row that go into one: their sum fits 32 bits
+constexpr i32 kWhole = 256;          // the weight of a pixel that lies in one of the result with all of itself
+constexpr i32 kMostToOne = 1 << 16;  // pixels of a row that go into one
+constexpr i32 kMostInShort = 257;    // rows of bytes whose sum fits 16 bits
 
 // Where a pixel of the image goes: so much into `target`, the rest into the next.
 struct Share {
   i32 target;
-  u32 weight;
+  i32 weight;
 };
 
 Share shareOf(i32 pixel, i32 all, i32 target) noexcept {
   const i64 begin = i64{pixel} * target;
   const i64 first = begin / all;
   const i64 part = std::min<i64>(target, (first + 1) * all - begin);
-  return {static_cast<i32>(first), static_cast<u32>((part * kWhole + target / 2) / target)};
+  return {static_cast<i32>(first), static_cast<i32>((part * kWhole + target / 2) / target)};
+}
+
+i32 weightIn(i32 pixel, i32 all, i32 target, i32 wanted) noexcept {
+  const Share share = shareOf(pixel, all, target);
+  return share.target == wanted ? share.weight : kWhole - share.weight;
 }
 
 // Those of the result of which nothing is missing.
@@ -32,89 +36,181 @@ void wholeTargets(i32 from, i32 to, i32 all, i32 target, i32& first, i32& end) n
   end = static_cast<i32>(i64{to} * target / all);
 }
 
-void readRow(const ImageView& view, i32 x, i32 y, i32 count, std::vector<u8>& work, Color* colors) {
-  if (view.model != ColorModel::Cmyk) return readColors(view, x, y, 1, count, colors);
-  work.resize(3 * static_cast<std::size_t>(count));
-  cmykToRgb(view.rows + static_cast<std::ptrdiff_t>(view.strideBytes) * y + 4 * static_cast<std::ptrdiff_t>(x),
-            static_cast<std::size_t>(count), quality().cmykMode(), work.data());
-  const u8* from = work.data();
-  for (i32 i = 0; i < count; ++i, from += 3) colors[i] = rgb(from[2], from[1], from[0]);
-}
+// The rows of an image in bytes that can be summed: one of grey, three of colour, or four with alpha.
+class Rows {
+ public:
+  Rows(const ImageView& view, i32 left, i32 count, i32 step, bool hasAlpha)
+      : view_(view), left_(left), count_(count), step_(step) {
+    const bool isBytes = view.model != ColorModel::Indexed && view.model != ColorModel::Cmyk;
+    channels_ = hasAlpha || view.model == ColorModel::Argb ? 4 : isBytes ? view.bitsPerPixel / 8 : 3;
+    isDirect_ = isBytes && step == 1;
+    isStepped_ = isBytes && step > 1;
+    if (!isDirect_) work_.resize(static_cast<std::size_t>(channels_) * static_cast<u32>(count));
+  }
 
+  i32 channels() const noexcept { return channels_; }
+
+  const u8* at(i32 y) {
+    if (!isDirect_) {
+      read(y * step_, work_.data());
+      return work_.data();
+    }
+    return pixel(left_, y);
+  }
+
+ private:
+  const u8* pixel(i32 x, i32 y) const noexcept {
+    return view_.rows + static_cast<std::ptrdiff_t>(view_.strideBytes) * y + static_cast<std::ptrdiff_t>(channels_) * x;
+  }
+  void read(i32 y, u8* to) const noexcept {
+    if (isStepped_) {
+      const u8* from = pixel(left_ * step_, y);
+      const std::ptrdiff_t next = static_cast<std::ptrdiff_t>(channels_) * step_;
+      for (i32 i = 0; i < count_; ++i, from += next, to += channels_) std::copy(from, from + channels_, to);
+    } else if (channels_ == 4) {
+      readColors(view_, left_ * step_, y, step_, count_, reinterpret_cast<Color*>(to));
+    } else if (step_ == 1) {
+      readRgb(view_, left_, y, count_, to);
+    } else {
+      for (i32 i = 0; i < count_; ++i, to += 3) readRgb(view_, (left_ + i) * step_, y, 1, to);
+    }
+  }
+
+  const ImageView& view_;
+  i32 left_;
+  i32 count_;
+  i32 step_;
+  i32 channels_;
+  bool isDirect_;
+  bool isStepped_;
+  std::vector<u8> work_;
+};
+
+// Sums rows as they are, each column for itself, and columns when a row of the result is whole: what is done for every
+// pixel of the image is an addition in order.
 class Reducer {
  public:
-  Reducer(i32 from, i32 to, i32 all, i32 target, bool hasAlpha) : hasAlpha_(hasAlpha) {
+  Reducer(i32 from, i32 to, i32 all, i32 target, i32 channels, bool hasAlpha)
+      : channels_(channels), hasAlpha_(hasAlpha) {
     wholeTargets(from, to, all, target, first_, end_);
     if (first_ >= end_) return;
-    // One more on either side for what lies there in part.
-    weights_.assign(static_cast<std::size_t>(end_ - first_) + 2, 0);
-    for (i32 x = from; x < to; ++x) {
-      Share share = shareOf(x, all, target);
-      share.target -= first_ - 1;
-      shares_.push_back(share);
-      weights_[static_cast<std::size_t>(share.target)] += share.weight;
-      if (share.weight < kWhole) weights_[static_cast<std::size_t>(share.target) + 1] += kWhole - share.weight;
+    for (i32 i = first_; i < end_; ++i) {
+      Columns columns;
+      columns.begin = static_cast<i32>(i64{i} * all / target);
+      columns.last = static_cast<i32>((i64{i + 1} * all - 1) / target);
+      columns.atBegin = static_cast<float>(weightIn(columns.begin, all, target, i));
+      columns.atLast = static_cast<float>(columns.last > columns.begin ? weightIn(columns.last, all, target, i) : 0);
+      columns.begin -= from;
+      columns.last -= from;
+      columns_.push_back(columns);
     }
-    line_.resize(4 * weights_.size());
-    sums_.assign(line_.size(), 0);
+    sums_.assign(static_cast<std::size_t>(channels) * static_cast<u32>(to - from), 0);
+    if (!hasAlpha) shorts_.assign(sums_.size(), 0);
   }
 
   i32 first() const noexcept { return first_; }
   i32 end() const noexcept { return end_; }
 
-  void takeRow(const Color* colors) noexcept {
-    std::fill(line_.begin(), line_.end(), 0);
-    for (const Share& share : shares_) {
-      const Color color = *colors++;
-      u32* const to = &line_[4 * static_cast<std::size_t>(share.target)];
-      add(to, color, share.weight);
-      if (share.weight < kWhole) add(to + 4, color, kWhole - share.weight);
-    }
-  }
-
-  // The row that was taken, with so much of itself.
-  void addRow(u32 weight) noexcept {
-    const auto part = static_cast<float>(weight);
-    for (std::size_t i = 0; i < line_.size(); ++i) sums_[i] += static_cast<float>(line_[i]) * part;
+  void add(const u8* row, i32 weight) noexcept {
     weight_ += weight;
+    if (hasAlpha_) return addWithAlpha(row, static_cast<float>(weight));
+    if (weight < kWhole) return addPart(row, static_cast<float>(weight));
+    u16* const to = shorts_.data();
+    const std::size_t count = shorts_.size();
+    for (std::size_t i = 0; i < count; ++i) to[i] = static_cast<u16>(to[i] + row[i]);
+    if (++inShorts_ == kMostInShort) takeShorts();
   }
 
   // All that was added, and begins anew.
   void finishRow(Color* colors) noexcept {
-    for (i32 i = 1; i <= end_ - first_; ++i) {
-      const float* const sum = &sums_[4 * static_cast<std::size_t>(i)];
-      const float area = static_cast<float>(weights_[static_cast<std::size_t>(i)]) * static_cast<float>(weight_);
-      const float alpha = hasAlpha_ ? sum[3] / area : 255;
-      const float scale = alpha > 0 ? 255 / (alpha * area) : 0;
-      const auto level = [](float value) { return static_cast<u32>(std::min(value, 255.0F) + 0.5F); };
-      *colors++ = argb(level(alpha), level(sum[0] * scale), level(sum[1] * scale), level(sum[2] * scale));
+    takeShorts();
+    for (const Columns& columns : columns_) {
+      *colors++ = channels_ == 1 ? finish<1>(columns) : channels_ == 3 ? finish<3>(columns) : finish<4>(columns);
     }
     dropRow();
   }
   void dropRow() noexcept {
     std::fill(sums_.begin(), sums_.end(), 0.0F);
-    weight_ = 0;
+    std::fill(shorts_.begin(), shorts_.end(), u16{0});
+    inShorts_ = weight_ = 0;
   }
 
  private:
-  void add(u32* to, Color color, u32 weight) const noexcept {
-    const u32 alpha = hasAlpha_ ? alphaOf(color) : 255;
-    const auto part = [alpha, weight](u32 level) {
-      return alpha == 255 ? level * weight : (level * alpha * weight + 127) / 255;
-    };
-    to[0] += part(redOf(color));
-    to[1] += part(greenOf(color));
-    to[2] += part(blueOf(color));
-    to[3] += alpha * weight;
+  struct Columns {
+    i32 begin;
+    i32 last;
+    float atBegin;
+    float atLast;  // 0: there is one alone
+  };
+
+  void addPart(const u8* row, float weight) noexcept {
+    float* const to = sums_.data();
+    const std::size_t count = sums_.size();
+    for (std::size_t i = 0; i < count; ++i) to[i] += static_cast<float>(row[i]) * weight;
   }
 
+  void addWithAlpha(const u8* row, float weight) noexcept {
+    for (float* to = sums_.data(); to != sums_.data() + sums_.size(); to += 4, row += 4) {
+      const float part = static_cast<float>(row[3]) * weight;
+      to[0] += static_cast<float>(row[0]) * part;
+      to[1] += static_cast<float>(row[1]) * part;
+      to[2] += static_cast<float>(row[2]) * part;
+      to[3] += part;
+    }
+  }
+
+  void takeShorts() noexcept {
+    if (!inShorts_) return;
+    float* const to = sums_.data();
+    u16* const from = shorts_.data();
+    const std::size_t count = shorts_.size();
+    for (std::size_t i = 0; i < count; ++i) {
+      to[i] += static_cast<float>(from[i]) * static_cast<float>(kWhole);
+      from[i] = 0;
+    }
+    inShorts_ = 0;
+  }
+
+  template <int Channels>
+  Color finish(const Columns& columns) const noexcept {
+    const float* from = &sums_[static_cast<std::size_t>(Channels * columns.begin)];
+    float sum[Channels];
+    for (int c = 0; c < Channels; ++c) sum[c] = 0;
+    const i32 between = columns.last - columns.begin - 1;
+    for (i32 i = 0; i < between; ++i) {
+      for (int c = 0; c < Channels; ++c) sum[c] += from[Channels * (i + 1) + c];
+    }
+    for (int c = 0; c < Channels; ++c) {
+      sum[c] = sum[c] * static_cast<float>(kWhole) + from[c] * columns.atBegin +
+               from[Channels * (columns.last - columns.begin) + c] * columns.atLast;
+    }
+    const float area = (columns.atBegin + columns.atLast + static_cast<float>(kWhole * std::max(between, 0))) *
+                       static_cast<float>(weight_);
+    const auto level = [](float value) { return static_cast<u32>(std::min(value, 255.0F) + 0.5F); };
+    if constexpr (Channels == 1) {
+      const u32 grey = level(sum[0] / area);
+      return rgb(grey, grey, grey);
+    } else {
+      float alpha = 255;
+      float scale = 1 / area;
+      if constexpr (Channels == 4) {
+        if (hasAlpha_) {
+          alpha = sum[3] / area;
+          scale = sum[3] > 0 ? 1 / sum[3] : 0;
+        }
+      }
+      return argb(level(alpha), level(sum[2] * scale), level(sum[1] * scale), level(sum[0] * scale));
+    }
+  }
+
+  i32 channels_;
   bool hasAlpha_;
   i32 first_ = 0;
   i32 end_ = 0;
-  u32 weight_ = 0;             // of the rows in the sums
-  std::vector<Share> shares_;  // counted from one before the first
-  std::vector<u32> weights_;
-  std::vector<u32> line_;
+  i32 inShorts_ = 0;  // rows
+  i32 weight_ = 0;    // of the rows in the sums
+  std::vector<Columns> columns_;
+  std::vector<u16> shorts_;  // of whole rows
   std::vector<float> sums_;
 };
 
@@ -145,23 +241,25 @@ void reducedSize(const ImageView& view, const Matrix& unitToDevice, i32& width, 
   height = side(std::hypot(unit.c, unit.d), view.height);
 }
 
-ImageBits reduced(const ImageView& view, const PixelBox& seen, i32 width, i32 height, bool hasAlpha) {
+ImageBits reduced(const ImageView& view, const PixelBox& seen, i32 width, i32 height, bool hasAlpha, i32 step) {
   ImageBits result;
-  Reducer reducer(seen.left, seen.right, view.width, width, hasAlpha);
+  const auto stepped = [step](i32 pixels) { return static_cast<i32>((i64{pixels} + step - 1) / step); };
+  const PixelBox read = {seen.left / step, seen.top / step, stepped(seen.right), stepped(seen.bottom)};
+  const i32 allWide = stepped(view.width);
+  const i32 allHigh = stepped(view.height);
+  Rows rows(view, read.left, read.right - read.left, step, hasAlpha);
+  Reducer reducer(read.left, read.right, allWide, width, rows.channels(), hasAlpha);
   PixelBox whole = {reducer.first(), 0, reducer.end(), 0};
-  wholeTargets(seen.top, seen.bottom, view.height, height, whole.top, whole.bottom);
+  wholeTargets(read.top, read.bottom, allHigh, height, whole.top, whole.bottom);
   if (whole.left >= whole.right || whole.top >= whole.bottom) return result;
   allocatePixels(result, width, height, 32);
   result.hasAlpha = hasAlpha;
   result.seen = whole;
-  std::vector<Color> colors(static_cast<std::size_t>(seen.right - seen.left));
-  std::vector<u8> work;
-  for (i32 y = seen.top; y < seen.bottom; ++y) {
-    const Share share = shareOf(y, view.height, height);
-    readRow(view, seen.left, y, seen.right - seen.left, work, colors.data());
-    reducer.takeRow(colors.data());
-    reducer.addRow(share.weight);
-    if (i64{y + 1} * height < i64{share.target + 1} * view.height) continue;
+  for (i32 y = read.top; y < read.bottom; ++y) {
+    const Share share = shareOf(y, allHigh, height);
+    const u8* const row = rows.at(y);
+    reducer.add(row, share.weight);
+    if (i64{y + 1} * height < i64{share.target + 1} * allHigh) continue;
     if (share.target >= whole.top && share.target < whole.bottom) {
       reducer.finishRow(reinterpret_cast<Color*>(result.converted.data() +
                                                  static_cast<std::ptrdiff_t>(result.strideBytes) * share.target) +
@@ -169,7 +267,7 @@ ImageBits reduced(const ImageView& view, const PixelBox& seen, i32 width, i32 he
     } else {
       reducer.dropRow();
     }
-    if (share.weight < kWhole) reducer.addRow(kWhole - share.weight);
+    if (share.weight < kWhole) reducer.add(row, kWhole - share.weight);
   }
   return result;
 }

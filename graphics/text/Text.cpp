@@ -7,6 +7,7 @@
 #include "graphics/fonts/FontKeeper.h"
 #include "graphics/fonts/FontSettings_p.h"
 #include "graphics/fonts/GlyphCache_p.h"
+#include "graphics/text/Characters_p.h"
 #include "graphics/text/TextTarget.h"
 
 #include <algorithm>
@@ -44,8 +45,6 @@ u32 nextCodePoint(const wchar_t* text, i32 count, i32& at) noexcept {
   return isSurrogate(unit, 0xD800) || isSurrogate(unit, 0xDC00) ? kReplacement : static_cast<u16>(unit);
 }
 
-bool isControl(u32 codePoint) noexcept { return codePoint < 0x20 || (codePoint >= 0x7F && codePoint < 0xA0); }
-
 // What drawing leaves with a font of another module.
 class KeptFallbacks final : public BSmartObject, public FallbackFonts {
   CORVIX_IDENTITY(KeptFallbacks, 0x23F37A25, 0x277349E3, 0x6B41FB30, 0xD78F2464, BSmartObject, FallbackFonts)
@@ -75,7 +74,14 @@ class Line {
     glyphs_.reserve(static_cast<std::size_t>(count));
     for (i32 at = 0; at < count;) {
       const u32 codePoint = nextCodePoint(text, count, at);
-      if (!isControl(codePoint)) addGlyph(codePoint);
+      if (isLeftOut(codePoint)) continue;
+      if (isMark(codePoint) && base_) {
+        addMark(codePoint);
+      } else {
+        addGlyph(codePoint);
+        base_ = codePoint;
+        baseAt_ = glyphs_.size() - 1;
+      }
     }
   }
 
@@ -87,13 +93,37 @@ class Line {
   const std::vector<Placed>& glyphs() const noexcept { return glyphs_; }
 
  private:
-  void addGlyph(u32 codePoint) {
+  // At the end of the line so far, which does not move.
+  const Placed& place(u32 codePoint) {
     IFMFontSource* source = source_;
     u32 number = fallback_->number;
     u32 glyph = source->glyphOf(codePoint);
     if (glyph == 0) glyph = otherGlyph(codePoint, source, number);
     glyphs_.push_back({source, number, glyph, x_, 0});
-    x_ += source->advance(glyph) * size_;
+    return glyphs_.back();
+  }
+  void addGlyph(u32 codePoint) {
+    const Placed& placed = place(codePoint);
+    x_ += placed.source->advance(placed.glyph) * size_;
+  }
+
+  // As one character with the one before it, if the font has such; else upon it. Glyphs of marks that have a width of
+  // their own are put over its middle, the others stand where the font's author meant them to.
+  void addMark(u32 codePoint) {
+    const u32 one = baseAt_ + 1 == glyphs_.size() ? composed(base_, codePoint) : 0;
+    if (one && source_->glyphOf(one)) {
+      x_ = glyphs_.back().x;
+      glyphs_.pop_back();
+      addGlyph(one);
+      base_ = one;
+      return;
+    }
+    const double markWidth = [&] {
+      const Placed& mark = place(codePoint);
+      return mark.source->advance(mark.glyph) * size_;
+    }();
+    const double baseX = glyphs_[baseAt_].x;
+    if (markWidth > 0) glyphs_.back().x = baseX + (x_ - baseX - markWidth) / 2;
   }
 
   // From a font that came to help before, or another one.
@@ -126,6 +156,8 @@ class Line {
   IFMFontSource* source_;
   double size_;
   double x_ = 0;
+  u32 base_ = 0;  // the last character that is no mark, and where it is; 0: there is none
+  std::size_t baseAt_ = 0;
   std::vector<Placed> glyphs_;
 };
 
