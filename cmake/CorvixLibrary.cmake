@@ -18,6 +18,17 @@ function(corvix_room)
     endif()
 endfunction()
 
+# corvix_set_wide_options(TARGET SOURCE...): sources of the target with wide registers in them. Callers align the stack to 4
+# bytes, those of 64 bits to 16: registers of 32 bytes that have to be put there want more. GCC does not align it for them in
+# 64 bits, so its assembler takes moves that need no alignment.
+function(corvix_set_wide_options target)
+    if(CMAKE_SIZEOF_VOID_P EQUAL 4)
+        set_property(SOURCE ${ARGN} TARGET_DIRECTORY ${target} APPEND PROPERTY COMPILE_OPTIONS -mstackrealign)
+    elseif(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+        set_property(SOURCE ${ARGN} TARGET_DIRECTORY ${target} APPEND PROPERTY COMPILE_OPTIONS -Wa,-muse-unaligned-vector-move)
+    endif()
+endfunction()
+
 # From the ground up.
 foreach(room IN ITEMS
     core/baselib

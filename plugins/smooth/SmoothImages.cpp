@@ -123,8 +123,8 @@ bool SmoothContext::setTilePaint(PaintUse use, IAGImage* tile, const Matrix& uni
     i32 height;
     reducedSize(view, {std::hypot(place.a, place.b), 0, 0, std::hypot(place.c, place.d), 0, 0}, width, height);
     const bool isSmaller = width < view.width || height < view.height;
-    const ImageBits bits = isSmaller ? reduced(view, wholeOf(view), width, height, hasAlpha(view))
-                                     : makeBits(view, INT64_MAX, wholeOf(view));
+    const ImageBits bits =
+        isSmaller ? reduced(view, wholeOf(view), width, height, hasAlpha(view)) : makeBits(view, wholeOf(view));
     const Matrix back = place.inverse().then(Matrix::scaling(bits.width, bits.height));
     // Pixel for pixel nothing is between them.
     const bool isStraight = back.a == 1 && back.d == 1 && back.b == 0 && back.c == 0 && back.e == std::floor(back.e) &&
