@@ -192,7 +192,7 @@ class PagedView final : public BSmartObject,
     InvalidateRect(window(), nullptr, FALSE);
   }
 
-  // Tells where the user is.
+  // Where the user is.
   void follow() {
     lastScale_ = scale();
     const RECT client = clientOf(window());
@@ -202,7 +202,10 @@ class PagedView final : public BSmartObject,
                           std::max(placed_[i].top, static_cast<double>(scrolled_[SB_VERT]));
       if (seen > most) most = seen, current_ = static_cast<i32>(i);
     }
-    if (!IsWindowVisible(window())) return;
+  }
+
+  // While it is in front; what stands there may be another view's.
+  void tellPlace() {
     const std::wstring place = L"Page " + std::to_wstring(current_ + 1) + L" of " + std::to_wstring(placed_.size());
     shell().changeStatusText(1, place.c_str());
     shell().changeStatusText(2, (std::to_wstring(std::lround(zoom() * 100)) + L" %").c_str());
@@ -252,6 +255,7 @@ class PagedView final : public BSmartObject,
     if (!isDrawn_) draw();
     if (!canvas_ || !canvas_->copyTo(device, 0, 0))
       FillRect(device, &painting.rcPaint, GetSysColorBrush(COLOR_APPWORKSPACE));
+    tellPlace();
     EndPaint(window(), &painting);
     if (!isDrawn_ && canvas_) SetTimer(window(), 1, 30, nullptr);  // the rest when the input is done
   }
@@ -307,12 +311,8 @@ class PagedView final : public BSmartObject,
         layOut();
         redraw();
         return true;
-      case WM_SHOWWINDOW:
-        if (wparam) PostMessageW(window(), WM_TIMER, 1, 0);
-        return false;
       case WM_TIMER:
         KillTimer(window(), 1);
-        follow();
         InvalidateRect(window(), nullptr, FALSE);
         return true;
       case WM_PAINT:

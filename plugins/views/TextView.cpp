@@ -11,6 +11,7 @@
 #include "shell/gui/GUIManager.h"
 
 #include <algorithm>
+#include <cwchar>
 #include <memory>
 
 namespace corvix::views {
@@ -20,9 +21,26 @@ using namespace windows;
 namespace {
 
 constexpr WORD kEdit = 1;
+constexpr UINT kFollowMs = 200;
 constexpr int kTabWidth = 4 * 4;  // in quarters of a letter, as the system counts
 
 IShell& shell() { return *IShell::getInstance(); }
+
+int CALLBACK endEnumeration(const LOGFONTW*, const TEXTMETRICW*, DWORD, LPARAM) { return 0; }
+
+// A font whose letters are all as wide, of those that are there.
+const wchar_t* fixedFamily() {
+  const HDC device = GetDC(nullptr);
+  const wchar_t* found = L"";
+  for (const wchar_t* const family : {L"DejaVu Sans Mono", L"Courier New", L"Consolas"}) {
+    LOGFONTW wanted = {};
+    wanted.lfCharSet = DEFAULT_CHARSET;
+    std::wcscpy(wanted.lfFaceName, family);
+    if (!EnumFontFamiliesExW(device, &wanted, &endEnumeration, 0, 0)) found = family;
+  }
+  ReleaseDC(nullptr, device);
+  return found;
+}
 
 // The control ends its lines with "\r\n", documents theirs with "\n".
 std::wstring forControl(std::wstring_view text) {
@@ -70,6 +88,7 @@ class TextView final : public BSmartObject, public IDocumentView, public ITextLi
     adoptLook();
     showAll();
     source_->textSender().addListener(static_cast<ITextListener*>(this));
+    SetTimer(window(), 1, kFollowMs, nullptr);  // the system does not tell where the caret goes
     return true;
   }
   void detach() override {
@@ -87,8 +106,9 @@ class TextView final : public BSmartObject, public IDocumentView, public ITextLi
   void adoptLook() {
     look_ = std::make_unique<Look>(window());
     const HFONT before = font_;
-    font_ = CreateFontW(-MulDiv(10, look_->scaled(96), 72), 0, 0, 0, FW_NORMAL, FALSE, FALSE, FALSE, DEFAULT_CHARSET,
-                        OUT_DEFAULT_PRECIS, CLIP_DEFAULT_PRECIS, DEFAULT_QUALITY, FIXED_PITCH | FF_MODERN, L"Consolas");
+    font_ =
+        CreateFontW(-MulDiv(10, look_->scaled(96), 72), 0, 0, 0, FW_NORMAL, FALSE, FALSE, FALSE, DEFAULT_CHARSET,
+                    OUT_DEFAULT_PRECIS, CLIP_DEFAULT_PRECIS, DEFAULT_QUALITY, FIXED_PITCH | FF_MODERN, fixedFamily());
     setFont(edit_, font_);
     if (before) DeleteObject(before);
     SendMessageW(edit_, EM_SETTABSTOPS, 1, reinterpret_cast<LPARAM>(&kTabWidth));
@@ -151,7 +171,7 @@ class TextView final : public BSmartObject, public IDocumentView, public ITextLi
 
   void tellPlace() {
     DWORD from = 0, to = 0;
-    if (!IsWindowVisible(window())) return;
+    if (!IsWindowVisible(window())) return place_.clear();
     SendMessageW(edit_, EM_GETSEL, reinterpret_cast<WPARAM>(&from), reinterpret_cast<LPARAM>(&to));
     const auto line = SendMessageW(edit_, EM_LINEFROMCHAR, to, 0);
     const auto column = static_cast<LRESULT>(to) - SendMessageW(edit_, EM_LINEINDEX, static_cast<WPARAM>(line), 0);
@@ -159,6 +179,7 @@ class TextView final : public BSmartObject, public IDocumentView, public ITextLi
     if (place == place_) return;
     place_ = place;
     shell().changeStatusText(1, place.c_str());
+    shell().changeStatusText(2, L"");  // what another view has there
   }
 
   bool handle(UINT message, WPARAM wparam, LPARAM, LRESULT&) override {
@@ -172,13 +193,7 @@ class TextView final : public BSmartObject, public IDocumentView, public ITextLi
         return true;
       case WM_COMMAND:
         if (HIWORD(wparam) == EN_CHANGE) typed();
-        if (HIWORD(wparam) == EN_SETFOCUS) SetTimer(window(), 1, 200, nullptr);
-        if (HIWORD(wparam) == EN_KILLFOCUS) KillTimer(window(), 1);
         return true;
-      case WM_SHOWWINDOW:
-        place_.clear();
-        if (wparam) PostMessageW(window(), WM_TIMER, 1, 0);
-        return false;
       case WM_TIMER:
         tellPlace();
         return true;

@@ -30,6 +30,10 @@ class Desk:
         for plugin in plugins:
             if plugin not in without:
                 shutil.copy(bin_folder / "plugins" / f"{plugin}.dll", self.folder / "plugins")
+        shutil.copy(bin_folder / "test-plugins" / "testformats.dll", self.folder / "plugins")
+        (self.folder / "three.pages").write_text("abc")
+        (self.folder / "many.pages").write_text("x" * 300)
+        (self.folder / "words.plain").write_text("first line\nsecond line\n")
 
     def run(self, steps, *arguments, code=0):
         file = self.folder / "steps.txt"
@@ -108,5 +112,86 @@ expect enabled Actions.File.Exit yes
 action Actions.View.ToolBar
 wait idle
 action Actions.File.Exit
+""")
+# Documents in views, by what the user does.
+Desk("documents").run("""wait idle
+size 800 600
+open three.pages
+wait idle
+expect title three.pages - Corvix Desk
+expect status 1 Page 1 of 3
+expect status 2 100 %
+expect focus CorvixPages
+key Ctrl+PgDn
+wait idle
+expect status 1 Page 2 of 3
+key End
+wait idle
+expect status 1 Page 3 of 3
+key Ctrl+Plus
+wait idle
+expect status 2 125 %
+expect enabled Actions.View.FitWidth yes
+key Ctrl+1
+wait idle
+expect enabled Actions.View.ActualSize no
+panel Panel.Pages yes
+wait idle
+wait 500
+shot pages.png
+open words.plain
+wait idle
+expect documents 2
+expect panel Panel.Pages no
+expect focus Edit
+expect status 1 Line 1, column 1
+type Hi,
+wait idle
+wait 400
+expect status 1 Line 1, column 4
+expect title * words.plain - Corvix Desk
+expect enabled Actions.File.Save yes
+expect enabled Actions.Edit.Cut no
+key Ctrl+A
+wait idle
+expect enabled Actions.Edit.Cut yes
+key Ctrl+X
+wait idle
+wait 400
+expect status 1 Line 1, column 1
+key Ctrl+V
+wait idle
+wait 400
+expect status 1 Line 3, column 1
+shot text.png
+key Ctrl+Tab
+wait idle
+expect title three.pages - Corvix Desk
+expect panel Panel.Pages yes
+key F6
+wait idle
+expect focus CorvixPagePictures
+key Home
+wait idle
+expect status 1 Page 1 of 3
+key Esc
+wait idle
+expect focus CorvixPages
+key Ctrl+W
+wait idle
+expect documents 1
+expect title * words.plain - Corvix Desk
+open many.pages
+wait idle
+wait 500
+key Ctrl+End
+wait idle
+shot many.png
+key Ctrl+W
+wait idle
+action Actions.File.Exit
+wait idle
+expect dialog Teldane Quill
+key N
 """)
 sys.exit(wrong != 0)
