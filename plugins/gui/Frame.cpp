@@ -153,8 +153,11 @@ std::unique_ptr<Place> Frame::makeView(IDocument* document) {
     auto place = Place::make<IDocumentView>(
         *declared.entry, *this, *this, tabs_.window(), [&](IDocumentView& view) { return view.setDocument(document); },
         reason);
+    if (!place)
+      why += std::wstring(L" ") + declared.name() + L": " + (reason.empty() ? L"it cannot show it" : reason) + L".";
+    if (place && !why.empty())
+      manager_.report()->addLine((std::wstring(document->title()) + L" is shown by another view." + why).c_str());
     if (place) return place;
-    why += std::wstring(L" ") + declared.name() + L": " + (reason.empty() ? L"it cannot show it" : reason) + L".";
   }
   const std::wstring line = L"No view can show " + std::wstring(document->title()) + L"." + why;
   manager_.report()->addLine(line.c_str());
