@@ -43,7 +43,7 @@ bool hasZeros(std::string_view bytes, std::size_t first) noexcept {
     zeros += bytes[i + first] == 0;
     others += bytes[i + 1 - first] == 0;
   }
-  return others == 0 && zeros > 0 && zeros * 8 >= std::min(bytes.size(), kLooked);
+  return others == 0 && zeros > 0 && zeros * 4 >= std::min(bytes.size(), kLooked);
 }
 
 template <class String>
