@@ -4,6 +4,7 @@
 #include "core/baselib/streams/ChunkInputStream.h"
 #include "core/baselib/system/KernelFile_p.h"
 #include "core/baselib/system/Log.h"
+#include "core/baselib/system/PartFile_p.h"
 #include "shell/GlobalEvent.h"
 #include "shell/Locations.h"
 #include "shell/documents/DocFormat.h"
