@@ -58,9 +58,8 @@ bool Frame::make() {
 }
 
 bool Frame::makeInside() {
-  look_ = std::make_unique<Look>(window_);
-  if (!tabs_.make(window_, kWhenEmpty) || !panels_.make(window_) || !toolbar_.make(window_) || !status_.make(window_))
-    return false;
+  if (!tabs_.make(window_, kWhenEmpty) || !toolbar_.make(window_) || !status_.make(window_)) return false;
+  panels_.setParent(window_);
   ShowWindow(tabs_.window(), SW_SHOWNA);
   adoptLook();
   isReady_ = true;
@@ -378,16 +377,20 @@ bool Frame::mayClose() {
   return true;
 }
 
+// The system's shell is loaded when something is dropped first.
 void Frame::dropFiles(HANDLE drop) {
+  static const auto query = lateFunction<decltype(&DragQueryFileW)>(L"shell32.dll", "DragQueryFileW");
+  static const auto finish = lateFunction<decltype(&DragFinish)>(L"shell32.dll", "DragFinish");
+  if (!query || !finish) return;
   const auto files = static_cast<HDROP>(drop);
-  const UINT count = DragQueryFileW(files, 0xFFFFFFFF, nullptr, 0);
+  const UINT count = query(files, 0xFFFFFFFF, nullptr, 0);
   std::vector<std::wstring> paths;
   for (UINT i = 0; i < count; ++i) {
-    std::wstring path(DragQueryFileW(files, i, nullptr, 0), L'\0');
-    DragQueryFileW(files, i, path.data(), static_cast<UINT>(path.size()) + 1);
+    std::wstring path(query(files, i, nullptr, 0), L'\0');
+    query(files, i, path.data(), static_cast<UINT>(path.size()) + 1);
     paths.push_back(std::move(path));
   }
-  DragFinish(files);
+  finish(files);
   for (const std::wstring& path : paths) openLocation(path);
 }
 

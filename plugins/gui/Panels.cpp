@@ -35,17 +35,11 @@ IDocumentPanel* panelIn(Place& place) {
 
 }  // namespace
 
-bool Panels::make(HWND parent) {
-  for (Edge& edge : edges_) {
-    edge.tabs = std::make_unique<Tabs>(static_cast<ITabsOwner&>(*this));
-    if (!edge.tabs->make(parent, L"")) return false;
-  }
-  return true;
-}
-
 void Panels::adopt(const Look& look) {
   look_ = &look;
-  for (Edge& edge : edges_) edge.tabs->adopt(look);
+  for (Edge& edge : edges_) {
+    if (edge.tabs) edge.tabs->adopt(look);
+  }
 }
 
 Panels::Panel* Panels::find(const wchar_t* name) noexcept {
@@ -119,6 +113,12 @@ void Panels::arrange(Edge& edge) {
   for (const auto& panel : panels_) {
     if (panel->side == index && panel->isShown()) edge.shown.push_back(panel.get());
   }
+  if (!edge.tabs) {
+    if (edge.shown.empty()) return;
+    edge.tabs = std::make_unique<Tabs>(static_cast<ITabsOwner&>(*this));
+    if (!edge.tabs->make(parent_, L"")) throw std::bad_alloc();
+    edge.tabs->adopt(*look_);
+  }
   Panel* const front = frontOf(edge);
   // Of more than can be looked through the first have tabs; the menu brings any of the others.
   if (edge.shown.size() > kMostTabs) {
@@ -165,9 +165,10 @@ RECT Panels::place(RECT area) {
   area_ = area;
   for (int i = 3; i >= 0; --i) {  // top and bottom have the whole width
     Edge& edge = edges_[static_cast<std::size_t>(i)];
+    edge.bar = {};
+    if (!edge.tabs) continue;
     const bool isShown = !edge.shown.empty();
     ShowWindow(edge.tabs->window(), isShown ? SW_SHOWNA : SW_HIDE);
-    edge.bar = {};
     if (!isShown) continue;
     const bool isVertical = i < 2;
     const int whole = isVertical ? widthOf(area) : heightOf(area), bar = look_->scaled(kBar);

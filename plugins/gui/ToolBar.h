@@ -13,6 +13,8 @@
 
 namespace corvix::gui {
 
+class IconFiles;
+
 class ToolBar {
  public:
   ~ToolBar();
@@ -31,7 +33,7 @@ class ToolBar {
 
  private:
   void build(const wchar_t* words);
-  int imageOf(const IMenuItem& item);
+  int imageOf(const IMenuItem& item, IconFiles& files);
   std::vector<bool> shown(const wchar_t* words) const;
 
   HWND window_ = nullptr;
