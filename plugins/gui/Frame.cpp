@@ -2,6 +2,7 @@
 
 #include "plugins/gui/ActionCalls.h"
 #include "plugins/gui/Files.h"
+#include "plugins/gui/Languages.h"
 #include "plugins/gui/Manager.h"
 #include "plugins/gui/Store.h"
 #include "plugins/gui/Words.h"
@@ -324,6 +325,8 @@ std::vector<ListedRow> Frame::list(const wchar_t* actionName) {
       rows.push_back(
           {numbered(i, views_[i]->document->title()), i == front_, [self, view] { self->setActiveView(view); }});
     }
+  } else if (wanted == L"Actions.List.Languages") {
+    rows = languages();
   } else if (wanted == L"Actions.List.Recent" && documents()) {
     for (i32 i = 0; i < documents()->recentCount(); ++i) {
       const std::wstring location = orEmpty(documents()->recentAt(i));
@@ -343,6 +346,13 @@ void Frame::refresh() {
   panels_.update(now.c_str(), place ? place->document : nullptr);
   showTitles();
   arrange();
+}
+
+void Frame::changeLanguage() {
+  menu_.forget();
+  toolbar_.forget();
+  refresh();
+  InvalidateRect(tabs_.window(), nullptr, TRUE);
 }
 
 void Frame::arrange() {

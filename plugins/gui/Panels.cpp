@@ -1,6 +1,7 @@
 #include "plugins/gui/Panels.h"
 
 #include "plugins/gui/Store.h"
+#include "plugins/windows/Translated.h"
 #include "shell/Shell.h"
 #include "shell/gui/DocumentPanel.h"
 #include "shell/gui/FrameWindow.h"
@@ -130,7 +131,7 @@ void Panels::arrange(Edge& edge) {
   int inFront = -1;
   for (Panel* const panel : edge.shown) {
     if (panel == front) inFront = static_cast<int>(titles.size());
-    titles.push_back(panel->text);
+    titles.push_back(translated(panel->text));
   }
   if (front) {
     if (edge.front != front->declared.name()) edge.size = front->size;
@@ -247,7 +248,7 @@ bool Panels::isShown(const wchar_t* name) const noexcept {
 std::vector<Panels::Row> Panels::rows() const {
   std::vector<Row> all;
   for (const auto& panel : panels_) {
-    if (!panel->hasFailed) all.push_back({panel->declared.name(), panel->text, panel->isWanted});
+    if (!panel->hasFailed) all.push_back({panel->declared.name(), translated(panel->text), panel->isWanted});
   }
   return all;
 }

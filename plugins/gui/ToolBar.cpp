@@ -1,6 +1,7 @@
 #include "plugins/gui/ToolBar.h"
 
 #include "plugins/gui/ActionCalls.h"
+#include "plugins/windows/Translated.h"
 #include "plugins/windows/Windows.h"
 #include "shell/gui/GUIManager.h"
 #include "shell/menus/MenuManager.h"
@@ -13,6 +14,7 @@ using namespace windows;
 
 namespace {
 
+constexpr wchar_t kName[] = L"Toolbar.Main";
 constexpr WORD kFirst = 0x400, kMost = 0x400;
 
 const IMenuItem* itemAt(IBSmartObject* tree, i32 index) {
@@ -85,7 +87,7 @@ std::vector<bool> ToolBar::shown(const wchar_t* words) const {
 
 void ToolBar::update(const wchar_t* words) {
   IGUIManager* const manager = IShell::getInstance()->guiManager();
-  Ref<IBSmartObject> tree = Ref<IBSmartObject>::adopt(manager ? manager->menu(L"Toolbar.Main") : nullptr);
+  Ref<IBSmartObject> tree = Ref<IBSmartObject>::adopt(manager ? manager->menu(kName) : nullptr);
   const bool isOther = tree != tree_;
   tree_ = std::move(tree);
   if (isOther || shown(words) != shown_) build(words);
@@ -122,7 +124,7 @@ void ToolBar::build(const wchar_t* words) {
     button.fsState = TBSTATE_ENABLED;
     button.fsStyle =
         static_cast<BYTE>(BTNS_BUTTON | BTNS_AUTOSIZE | (button.iBitmap == I_IMAGENONE ? BTNS_SHOWTEXT : 0));
-    std::wstring text = plain(item->text());
+    std::wstring text = plain(translated(item->text(), kName));
     button.iString = reinterpret_cast<INT_PTR>(text.c_str());
     SendMessageW(window_, TB_ADDBUTTONSW, 1, reinterpret_cast<LPARAM>(&button));
   }
@@ -147,7 +149,7 @@ bool ToolBar::choose(WORD id) const {
 std::wstring ToolBar::tip(WORD id) const {
   const IMenuItem* const item = id >= kFirst && id < kFirst + kMost ? itemAt(tree_.get(), id - kFirst) : nullptr;
   if (!item) return {};
-  return plain(item->text()) + (*item->key() ? std::wstring(L" (") + item->key() + L")" : L"");
+  return plain(translated(item->text(), kName)) + (*item->key() ? std::wstring(L" (") + item->key() + L")" : L"");
 }
 
 }  // namespace corvix::gui

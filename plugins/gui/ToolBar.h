@@ -27,6 +27,7 @@ class ToolBar {
   // Shows what there is now, for a view of those words.
   void update(const wchar_t* words);
   bool choose(WORD id) const;
+  void forget() noexcept { tree_.reset(); }  // texts are others now
 
   // What to say of a button: "Zoom in (Ctrl+Plus)".
   std::wstring tip(WORD id) const;
