@@ -84,7 +84,8 @@ int main(int, char** arguments) {
   if (!window) return 1;
   makeMenus();
   makeTools();
-  for (int i = 0; i < 5; ++i) add(WC_TABCONTROLW, 0), add(L"BUTTON", 0);  // documents and four sides
+  add(WC_TABCONTROLW, 0);  // of documents, and what closes one
+  add(L"BUTTON", 0);
   status = add(STATUSCLASSNAMEW, WS_VISIBLE | SBARS_SIZEGRIP | CCS_NOPARENTALIGN | CCS_NORESIZE);
   add(PROGRESS_CLASSW, 0);
   add(L"BUTTON", 0);

@@ -2,6 +2,7 @@
 #include "plugins/dialogs/Dialogs.h"
 #include "plugins/dialogs/ModalDialog.h"
 #include "plugins/windows/List.h"
+#include "plugins/windows/Translated.h"
 #include "shell/Shell.h"
 #include "shell/gui/Dialog.h"
 
@@ -17,7 +18,7 @@ class AboutDialog final : public BSmartObject, public IDialog, private ModalDial
  public:
   int show(CustomDialogRequest& request) override {
     if (IShell::getInstance()->isUnattended()) return notify::kStop;
-    request.answer = run(L"About", 520, 320, true) == IDOK ? IDOK : IDCANCEL;
+    request.answer = run(translated(L"About"), 520, 320, true) == IDOK ? IDOK : IDCANCEL;
     return notify::kTaken;
   }
 

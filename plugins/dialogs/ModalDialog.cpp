@@ -1,5 +1,6 @@
 #include "plugins/dialogs/ModalDialog.h"
 
+#include "plugins/windows/Translated.h"
 #include "shell/Shell.h"
 #include "shell/gui/FrameWindow.h"
 #include "shell/gui/GUIManager.h"
@@ -54,7 +55,7 @@ HWND ModalDialog::add(const wchar_t* windowClass, const wchar_t* text, DWORD sty
 
 void ModalDialog::addButton(const wchar_t* text, int id) {
   const DWORD kind = buttons_.empty() ? BS_DEFPUSHBUTTON : BS_PUSHBUTTON;
-  buttons_.push_back(add(L"BUTTON", text, WS_TABSTOP | kind, id));
+  buttons_.push_back(add(L"BUTTON", translated(text), WS_TABSTOP | kind, id));
 }
 
 bool ModalDialog::begin(HWND window) {

@@ -4,6 +4,7 @@
 #include "plugins/dialogs/ModalDialog.h"
 #include "plugins/windows/DeclaredSetting.h"
 #include "plugins/windows/OwnWindow.h"
+#include "plugins/windows/Translated.h"
 #include "shell/Shell.h"
 #include "shell/gui/Dialog.h"
 #include "tools/xmlbinc/Harmless.h"
@@ -85,7 +86,7 @@ class Page : public OwnWindow {
 
   Line makeLine(const Option& option, int index) {
     const DeclaredSetting& setting = option.setting;
-    const std::wstring label = xmlbinc::harmless(setting.label, kLongest);
+    const std::wstring label = xmlbinc::harmless(translated(setting.label), kLongest);
     Line line;
     const int id = kFirst + index;
     if (setting.isCheck()) {
@@ -95,10 +96,10 @@ class Page : public OwnWindow {
       line.control = setting.isList() ? add(L"COMBOBOX", L"", WS_TABSTOP | WS_VSCROLL | CBS_DROPDOWNLIST, id)
                                       : add(L"EDIT", L"", WS_TABSTOP | ES_AUTOHSCROLL, id, WS_EX_CLIENTEDGE);
       for (const std::wstring& choice : setting.choices)
-        SendMessageW(line.control, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(choice.c_str()));
+        SendMessageW(line.control, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(translated(choice)));
     }
     if (!setting.comment.empty() && setting.comment != setting.label)
-      line.comment = add(L"STATIC", xmlbinc::harmless(setting.comment, kLongest), SS_NOPREFIX, kComment);
+      line.comment = add(L"STATIC", xmlbinc::harmless(translated(setting.comment), kLongest), SS_NOPREFIX, kComment);
     showValue(line, option);
     return line;
   }
@@ -256,7 +257,7 @@ class OptionsDialog final : public BSmartObject, public IDialog, private ModalDi
       options_.push_back(std::make_unique<Option>(Option{std::move(setting), value, value}));
       byFolder_[options_.back()->setting.folder].push_back(options_.back().get());
     }
-    request.answer = run(L"Options", 660, 420, true) == IDOK ? IDOK : IDCANCEL;
+    request.answer = run(translated(L"Options"), 660, 420, true) == IDOK ? IDOK : IDCANCEL;
     return notify::kTaken;
   }
 
@@ -278,7 +279,7 @@ class OptionsDialog final : public BSmartObject, public IDialog, private ModalDi
     if (known != items_.end()) return known->second;
     const std::size_t cut = folder.find_last_of(L'\\');
     const HTREEITEM parent = cut == folder.npos ? TVI_ROOT : itemOf(folder.substr(0, cut));
-    std::wstring name = xmlbinc::harmless(folder.substr(cut + 1), kLongest);
+    std::wstring name = xmlbinc::harmless(translated(folder.substr(cut + 1)), kLongest);
     TVINSERTSTRUCTW insert = {};
     insert.hParent = parent;
     insert.hInsertAfter = TVI_LAST;

@@ -1,6 +1,7 @@
 // "Dialog.Password". What was written is wiped when it was handed on.
 #include "plugins/dialogs/Dialogs.h"
 #include "plugins/dialogs/ModalDialog.h"
+#include "plugins/windows/Translated.h"
 #include "shell/Shell.h"
 #include "shell/gui/Dialog.h"
 #include "shell/gui/Requests.h"
@@ -23,7 +24,7 @@ class PasswordDialog final : public BSmartObject, public IDialog, private ModalD
     about_ = corvix::query<IPasswordRequest>(request.argument);
     if (!about_) return notify::kGoOn;
     if (IShell::getInstance()->isUnattended()) return notify::kStop;
-    request.answer = run(L"Password", 380, 132, false) == IDOK ? IDOK : IDCANCEL;
+    request.answer = run(translated(L"Password"), 380, 132, false) == IDOK ? IDOK : IDCANCEL;
     return notify::kTaken;
   }
 
@@ -37,7 +38,7 @@ class PasswordDialog final : public BSmartObject, public IDialog, private ModalD
     text_ = add(L"EDIT", L"", WS_TABSTOP | ES_PASSWORD | ES_AUTOHSCROLL, kText, WS_EX_CLIENTEDGE);
     SendMessageW(text_, EM_SETPASSWORDCHAR, kBullet, 0);
     SendMessageW(text_, EM_SETLIMITTEXT, kMostUnits - 1, 0);
-    visible_ = add(L"BUTTON", L"&Show it", WS_TABSTOP | BS_AUTOCHECKBOX, kVisible);
+    visible_ = add(L"BUTTON", translated(L"&Show it"), WS_TABSTOP | BS_AUTOCHECKBOX, kVisible);
     addButton(L"OK", IDOK);
     addButton(L"Cancel", IDCANCEL);
   }

@@ -6,6 +6,7 @@
 #include "shell/documents/DocManager.h"
 #include "shell/gui/FrameWindow.h"
 #include "shell/gui/GUIManager.h"
+#include "shell/language/Translator.h"
 #include "shell/services/Report.h"
 
 #include <cstdio>
@@ -174,6 +175,9 @@ void Steps::run(const Step& step) {
   } else if (what == L"shot") {
     if (!frameWindow() || !saveWithAllOver(*shell().pluginManager(), frameWindow(), rest.c_str()))
       fail(step, L"the picture could not be written");
+  } else if (what == L"language") {
+    const auto translator = createObject<IBTranslator>(*shell().pluginManager(), L"IBTranslator.Instance");
+    if (!translator || !translator->setLanguage(rest.c_str())) fail(step, L"there is none");
   } else if (what == L"log") {
     if (!switchLog(rest == L"on")) fail(step, L"the registry does not let us");
   } else if (what == L"quit") {

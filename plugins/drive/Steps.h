@@ -3,7 +3,7 @@
 //
 //   open FILE                       action NAME            key Ctrl+O    type TEXT
 //   click X Y [BUTTON TEXT]         size WIDTH HEIGHT      wait idle     wait MILLISECONDS
-//   shot FILE.png                   log on|off (of the next run)                   quit
+//   shot FILE.png                   language CODE          log on|off    quit
 //   expect title TEXT               expect status PANE TEXT       expect enabled NAME yes|no
 //   expect documents COUNT          expect panel NAME yes|no      expect dialog TEXT
 //   expect focus CLASS              panel NAME yes|no

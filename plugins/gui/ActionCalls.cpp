@@ -1,6 +1,7 @@
 #include "plugins/gui/ActionCalls.h"
 
 #include "core/baselib/system/ForeignCall.h"
+#include "plugins/windows/Translated.h"
 #include "shell/gui/ActionState.h"
 
 namespace corvix::gui {
@@ -44,7 +45,7 @@ ActionLook lookOf(const wchar_t* actionName) {
 std::wstring describe(const wchar_t* actionName) {
   const auto entry = declared(actionName);
   const wchar_t* const text = entry ? entry->attribute(L"sHumanName") : nullptr;
-  return text ? text : L"";
+  return text ? windows::translated(text) : L"";
 }
 
 bool isPossible(const wchar_t* actionName) {

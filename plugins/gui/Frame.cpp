@@ -2,6 +2,7 @@
 
 #include "plugins/gui/ActionCalls.h"
 #include "plugins/gui/Files.h"
+#include "plugins/gui/Languages.h"
 #include "plugins/gui/Manager.h"
 #include "plugins/gui/Store.h"
 #include "plugins/gui/Words.h"
@@ -58,9 +59,8 @@ bool Frame::make() {
 }
 
 bool Frame::makeInside() {
-  look_ = std::make_unique<Look>(window_);
-  if (!tabs_.make(window_, kWhenEmpty) || !panels_.make(window_) || !toolbar_.make(window_) || !status_.make(window_))
-    return false;
+  if (!tabs_.make(window_, kWhenEmpty) || !toolbar_.make(window_) || !status_.make(window_)) return false;
+  panels_.setParent(window_);
   ShowWindow(tabs_.window(), SW_SHOWNA);
   adoptLook();
   isReady_ = true;
@@ -328,6 +328,8 @@ std::vector<ListedRow> Frame::list(const wchar_t* actionName) {
       rows.push_back(
           {numbered(i, views_[i]->document->title()), i == front_, [self, view] { self->setActiveView(view); }});
     }
+  } else if (wanted == L"Actions.List.Languages") {
+    rows = languages();
   } else if (wanted == L"Actions.List.Recent" && documents()) {
     for (i32 i = 0; i < documents()->recentCount(); ++i) {
       const std::wstring location = orEmpty(documents()->recentAt(i));
@@ -347,6 +349,13 @@ void Frame::refresh() {
   panels_.update(now.c_str(), place ? place->document : nullptr);
   showTitles();
   arrange();
+}
+
+void Frame::changeLanguage() {
+  menu_.forget();
+  toolbar_.forget();
+  refresh();
+  InvalidateRect(tabs_.window(), nullptr, TRUE);
 }
 
 void Frame::arrange() {
@@ -381,16 +390,20 @@ bool Frame::mayClose() {
   return true;
 }
 
+// The system's shell is loaded when something is dropped first.
 void Frame::dropFiles(HANDLE drop) {
+  static const auto query = lateFunction<decltype(&DragQueryFileW)>(L"shell32.dll", "DragQueryFileW");
+  static const auto finish = lateFunction<decltype(&DragFinish)>(L"shell32.dll", "DragFinish");
+  if (!query || !finish) return;
   const auto files = static_cast<HDROP>(drop);
-  const UINT count = DragQueryFileW(files, 0xFFFFFFFF, nullptr, 0);
+  const UINT count = query(files, 0xFFFFFFFF, nullptr, 0);
   std::vector<std::wstring> paths;
   for (UINT i = 0; i < count; ++i) {
-    std::wstring path(DragQueryFileW(files, i, nullptr, 0), L'\0');
-    DragQueryFileW(files, i, path.data(), static_cast<UINT>(path.size()) + 1);
+    std::wstring path(query(files, i, nullptr, 0), L'\0');
+    query(files, i, path.data(), static_cast<UINT>(path.size()) + 1);
     paths.push_back(std::move(path));
   }
-  DragFinish(files);
+  finish(files);
   for (const std::wstring& path : paths) openLocation(path);
 }
 

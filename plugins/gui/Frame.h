@@ -43,7 +43,8 @@ class Frame final : public BSmartObject, public IFrameWindow, private IPlaceOwne
 
   // Of the manager: a message of the loop on its way to this frame; true when it was a key of ours.
   bool takeKey(const MSG& message);
-  void refresh();  // brings all up to date
+  void refresh();         // brings all up to date
+  void changeLanguage();  // what is shown has other texts now
   void closeViewsOf(IDocument* document);
   StatusBar& statusBar() noexcept { return status_; }
 

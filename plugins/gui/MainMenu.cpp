@@ -1,6 +1,7 @@
 #include "plugins/gui/MainMenu.h"
 
 #include "plugins/gui/ActionCalls.h"
+#include "plugins/windows/Translated.h"
 #include "shell/gui/GUIManager.h"
 #include "shell/menus/MenuManager.h"
 
@@ -11,16 +12,19 @@ namespace corvix::gui {
 namespace {
 
 constexpr WORD kFirstItem = 0x1000, kFirstListed = 0xC000, kEnd = 0xF000;
+constexpr wchar_t kName[] = L"Menu.Main";
 constexpr std::wstring_view kListPrefix = L"Actions.List.";
 
 Ref<IBSmartObject> mainTree() {
   IGUIManager* const manager = IShell::getInstance()->guiManager();
-  return Ref<IBSmartObject>::adopt(manager ? manager->menu(L"Menu.Main") : nullptr);
+  return Ref<IBSmartObject>::adopt(manager ? manager->menu(kName) : nullptr);
 }
 
 UINT flagsOf(const ActionLook& look) {
   return MF_STRING | (look.isEnabled ? 0u : UINT{MF_GRAYED}) | (look.isChecked ? UINT{MF_CHECKED} : 0u);
 }
+
+const wchar_t* shownText(const IMenuItem& item) { return windows::translated(item.text(), kName); }
 
 void clear(HMENU menu) {
   while (DeleteMenu(menu, 0, MF_BYPOSITION)) {
@@ -75,7 +79,7 @@ void MainMenu::build(HWND window, const wchar_t* words) {
       if (!inBar_[static_cast<std::size_t>(i)] || item.childCount() == 0) continue;
       const HMENU popup = CreatePopupMenu();
       popups_[popup] = &item;
-      AppendMenuW(bar_, MF_POPUP | MF_STRING, reinterpret_cast<UINT_PTR>(popup), item.text());
+      AppendMenuW(bar_, MF_POPUP | MF_STRING, reinterpret_cast<UINT_PTR>(popup), shownText(item));
     }
   }
   SetMenu(window, bar_);
@@ -102,12 +106,12 @@ void MainMenu::fill(HMENU menu, const IMenuItem& from, const wchar_t* words) {
     if (item.childCount() != 0) {
       const HMENU popup = CreatePopupMenu();
       popups_[popup] = &item;
-      AppendMenuW(menu, MF_POPUP | MF_STRING, reinterpret_cast<UINT_PTR>(popup), item.text());
+      AppendMenuW(menu, MF_POPUP | MF_STRING, reinterpret_cast<UINT_PTR>(popup), shownText(item));
     } else if (std::wstring_view(item.actionName()).substr(0, kListPrefix.size()) == kListPrefix) {
       appendList(menu, item);
     } else if (const auto known = numbers_.find(&item); known != numbers_.end()) {
       const ActionLook look = lookOf(item.actionName());
-      std::wstring text = look.text.empty() ? item.text() : look.text;
+      std::wstring text = look.text.empty() ? shownText(item) : look.text;
       if (*item.key()) text += std::wstring(L"\t") + item.key();
       AppendMenuW(menu, flagsOf(look), known->second, text.c_str());
     }
@@ -116,7 +120,7 @@ void MainMenu::fill(HMENU menu, const IMenuItem& from, const wchar_t* words) {
 
 void MainMenu::appendList(HMENU menu, const IMenuItem& item) {
   std::vector<ListedRow> rows = list_(item.actionName());
-  if (rows.empty()) AppendMenuW(menu, MF_STRING | MF_GRAYED, 0, item.text());
+  if (rows.empty()) AppendMenuW(menu, MF_STRING | MF_GRAYED, 0, shownText(item));
   for (ListedRow& row : rows) {
     if (listed_.size() == std::size_t{kEnd - kFirstListed}) listed_.clear();
     const ActionLook look{true, row.isChecked, {}};

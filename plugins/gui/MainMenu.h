@@ -39,6 +39,9 @@ class MainMenu {
   void begin() { listed_.clear(); }
   bool opens(HMENU menu, const wchar_t* words);
   bool choose(WORD id);
+
+  // Texts are others now.
+  void forget() noexcept { tree_.reset(); }
   std::wstring describe(WORD id) const;
 
   // The action of a key, if it may be now; null when there is none.

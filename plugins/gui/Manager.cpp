@@ -105,6 +105,8 @@ void Manager::listen(bool begin) {
   for (const ShellNotification one : {ShellNotification::SysMsgBox, ShellNotification::ShowConfirmation})
     change(shell.sender(one), static_cast<IDialogListener*>(this));
   change(shell.pluginManager()->postEventSender(), static_cast<IGlobalEventTarget*>(this));
+  if (const auto translator = createObject<IBTranslator>(*shell.pluginManager(), L"IBTranslator.Instance"))
+    change(translator->sender(), static_cast<ILanguageListener*>(this));
 }
 
 IBReport* Manager::report() noexcept { return corvix::query<IBReport>(report_.get()); }
@@ -271,6 +273,11 @@ int Manager::onShowConfirmation(ConfirmationRequest& request) {
   if (onSysMsgBox(box) != notify::kTaken) return notify::kGoOn;
   request.isConfirmed = box.answer == IDYES;
   return notify::kTaken;
+}
+
+int Manager::onLanguageChanged(IBTranslator&) {
+  for (const Ref<Frame>& frame : std::vector<Ref<Frame>>(frames_)) frame->changeLanguage();
+  return notify::kGoOn;
 }
 
 int Manager::onGlobalEvent(IGlobalEvent& event) {

@@ -5,6 +5,7 @@
 #include "shell/GlobalEvent.h"
 #include "shell/Notifications.h"
 #include "shell/gui/GUIManager.h"
+#include "shell/language/Translator.h"
 
 #include <memory>
 
@@ -18,9 +19,11 @@ class Manager final : public BSmartObject,
                       public IProgressCallback,
                       public IActionTarget,
                       public IDialogListener,
-                      public IGlobalEventTarget {
+                      public IGlobalEventTarget,
+                      public ILanguageListener {
   CORVIX_IDENTITY(Manager, 0x1600E7CA, 0xD618ED5F, 0x906DA1F1, 0x7D04DD63, BSmartObject, IGUIManager, IShellListener,
-                  IStatusListener, IProgressCallback, IActionTarget, IDialogListener, IGlobalEventTarget)
+                  IStatusListener, IProgressCallback, IActionTarget, IDialogListener, IGlobalEventTarget,
+                  ILanguageListener)
 
  public:
   Manager();
@@ -56,6 +59,7 @@ class Manager final : public BSmartObject,
   int onShowCustomDialog(CustomDialogRequest&) override { return notify::kGoOn; }
   int onShowConfirmation(ConfirmationRequest& request) override;
   int onGlobalEvent(IGlobalEvent& event) override;
+  int onLanguageChanged(IBTranslator& translator) override;
   void listen(bool begin);
   bool translate(const MSG& message);
   void refresh();

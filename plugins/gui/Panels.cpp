@@ -1,6 +1,7 @@
 #include "plugins/gui/Panels.h"
 
 #include "plugins/gui/Store.h"
+#include "plugins/windows/Translated.h"
 #include "shell/Shell.h"
 #include "shell/gui/DocumentPanel.h"
 #include "shell/gui/FrameWindow.h"
@@ -35,17 +36,11 @@ IDocumentPanel* panelIn(Place& place) {
 
 }  // namespace
 
-bool Panels::make(HWND parent) {
-  for (Edge& edge : edges_) {
-    edge.tabs = std::make_unique<Tabs>(static_cast<ITabsOwner&>(*this));
-    if (!edge.tabs->make(parent, L"")) return false;
-  }
-  return true;
-}
-
 void Panels::adopt(const Look& look) {
   look_ = &look;
-  for (Edge& edge : edges_) edge.tabs->adopt(look);
+  for (Edge& edge : edges_) {
+    if (edge.tabs) edge.tabs->adopt(look);
+  }
 }
 
 Panels::Panel* Panels::find(const wchar_t* name) noexcept {
@@ -119,6 +114,12 @@ void Panels::arrange(Edge& edge) {
   for (const auto& panel : panels_) {
     if (panel->side == index && panel->isShown()) edge.shown.push_back(panel.get());
   }
+  if (!edge.tabs) {
+    if (edge.shown.empty()) return;
+    edge.tabs = std::make_unique<Tabs>(static_cast<ITabsOwner&>(*this));
+    if (!edge.tabs->make(parent_, L"")) throw std::bad_alloc();
+    edge.tabs->adopt(*look_);
+  }
   Panel* const front = frontOf(edge);
   // Of more than can be looked through the first have tabs; the menu brings any of the others.
   if (edge.shown.size() > kMostTabs) {
@@ -130,7 +131,7 @@ void Panels::arrange(Edge& edge) {
   int inFront = -1;
   for (Panel* const panel : edge.shown) {
     if (panel == front) inFront = static_cast<int>(titles.size());
-    titles.push_back(panel->text);
+    titles.push_back(translated(panel->text));
   }
   if (front) {
     if (edge.front != front->declared.name()) edge.size = front->size;
@@ -165,9 +166,10 @@ RECT Panels::place(RECT area) {
   area_ = area;
   for (int i = 3; i >= 0; --i) {  // top and bottom have the whole width
     Edge& edge = edges_[static_cast<std::size_t>(i)];
+    edge.bar = {};
+    if (!edge.tabs) continue;
     const bool isShown = !edge.shown.empty();
     ShowWindow(edge.tabs->window(), isShown ? SW_SHOWNA : SW_HIDE);
-    edge.bar = {};
     if (!isShown) continue;
     const bool isVertical = i < 2;
     const int whole = isVertical ? widthOf(area) : heightOf(area), bar = look_->scaled(kBar);
@@ -246,7 +248,7 @@ bool Panels::isShown(const wchar_t* name) const noexcept {
 std::vector<Panels::Row> Panels::rows() const {
   std::vector<Row> all;
   for (const auto& panel : panels_) {
-    if (!panel->hasFailed) all.push_back({panel->declared.name(), panel->text, panel->isWanted});
+    if (!panel->hasFailed) all.push_back({panel->declared.name(), translated(panel->text), panel->isWanted});
   }
   return all;
 }

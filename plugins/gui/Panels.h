@@ -23,7 +23,7 @@ class Panels final : private ITabsOwner {
   Panels(IFrameWindow& frame, IPlaceOwner& owner, std::wstring frameName)
       : frame_(frame), owner_(owner), frameName_(std::move(frameName)) {}
 
-  bool make(HWND parent);
+  void setParent(HWND parent) noexcept { parent_ = parent; }
   void adopt(const windows::Look& look);
 
   // Which there are now, what is shown of them for these words, and the document that they are about.
@@ -69,7 +69,7 @@ class Panels final : private ITabsOwner {
     bool isShown() const noexcept { return isWanted && holds && !hasFailed; }
   };
   struct Edge {
-    std::unique_ptr<Tabs> tabs;
+    std::unique_ptr<Tabs> tabs;  // once there was something on this side
     std::vector<Panel*> shown;
     std::wstring front;  // by its name
     int size = 200;      // in 1/96 inch
@@ -89,6 +89,7 @@ class Panels final : private ITabsOwner {
   IFrameWindow& frame_;
   IPlaceOwner& owner_;
   std::wstring frameName_;
+  HWND parent_ = nullptr;
   const windows::Look* look_ = nullptr;
   i32 knownInterfaces_ = -1;
   std::vector<std::unique_ptr<Panel>> panels_;

@@ -1,5 +1,6 @@
 #include "plugins/gui/StatusBar.h"
 
+#include "plugins/windows/Translated.h"
 #include "plugins/windows/Windows.h"
 #include "shell/Shell.h"
 #include "tools/xmlbinc/Harmless.h"
@@ -133,6 +134,7 @@ void StatusBar::show(Running* running) {
     } else {
       SendMessageW(progress_, PBM_SETMARQUEE, TRUE, 50);
     }
+    SetWindowTextW(stop_, translated(L"Stop"));
     EnableWindow(stop_, !running->isStopped);
   }
   const bool canStop = running && (running->now.flags & kProgressCanStop);

@@ -1,5 +1,6 @@
 #include "plugins/gui/Tabs.h"
 
+#include "plugins/windows/Translated.h"
 #include "plugins/windows/Windows.h"
 #include "tools/xmlbinc/Harmless.h"
 
@@ -92,7 +93,7 @@ void Tabs::paintEmpty() {
     const HGDIOBJ before = SelectObject(device, look_->font());
     SetBkMode(device, TRANSPARENT);
     SetTextColor(device, GetSysColor(COLOR_WINDOW));
-    DrawTextW(device, whenEmpty_.c_str(), -1, &area, DT_CENTER | DT_VCENTER | DT_SINGLELINE | DT_NOPREFIX);
+    DrawTextW(device, translated(whenEmpty_), -1, &area, DT_CENTER | DT_VCENTER | DT_SINGLELINE | DT_NOPREFIX);
     SelectObject(device, before);
   }
   EndPaint(window_, &painting);

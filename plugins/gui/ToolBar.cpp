@@ -1,9 +1,12 @@
 #include "plugins/gui/ToolBar.h"
 
 #include "plugins/gui/ActionCalls.h"
+#include "plugins/windows/Translated.h"
 #include "plugins/windows/Windows.h"
 #include "shell/gui/GUIManager.h"
 #include "shell/menus/MenuManager.h"
+
+#include <map>
 
 namespace corvix::gui {
 
@@ -11,6 +14,7 @@ using namespace windows;
 
 namespace {
 
+constexpr wchar_t kName[] = L"Toolbar.Main";
 constexpr WORD kFirst = 0x400, kMost = 0x400;
 
 const IMenuItem* itemAt(IBSmartObject* tree, i32 index) {
@@ -24,21 +28,31 @@ std::wstring plain(std::wstring text) {
   return text;
 }
 
-// From the module that has the template, else one of ours.
-HICON iconNamed(const wchar_t* name, const wchar_t* modulePath, int size) {
-  const auto from = [&](HMODULE module) {
-    return static_cast<HICON>(LoadImageW(module, name, IMAGE_ICON, size, size, LR_DEFAULTCOLOR));
-  };
-  HICON icon = nullptr;
-  constexpr DWORD kAsData = LOAD_LIBRARY_AS_DATAFILE | LOAD_LIBRARY_AS_IMAGE_RESOURCE;
-  if (const HMODULE module = LoadLibraryExW(modulePath, nullptr, kAsData)) {
-    if (FindResourceW(module, name, reinterpret_cast<LPCWSTR>(RT_GROUP_ICON))) icon = from(module);
-    FreeLibrary(module);
-  }
-  return icon ? icon : from(ownModule());
-}
-
 }  // namespace
+
+// Modules as data, each opened once.
+class IconFiles {
+ public:
+  ~IconFiles() {
+    for (const auto& [path, module] : modules_) {
+      if (module) FreeLibrary(module);
+    }
+  }
+
+  // From the module that has the template, else one of ours.
+  HICON find(const wchar_t* name, const wchar_t* modulePath, int size) {
+    auto [known, isNew] = modules_.try_emplace(modulePath, nullptr);
+    constexpr DWORD kAsData = LOAD_LIBRARY_AS_DATAFILE | LOAD_LIBRARY_AS_IMAGE_RESOURCE;
+    if (isNew) known->second = LoadLibraryExW(modulePath, nullptr, kAsData);
+    const HMODULE module = known->second;
+    const bool isThere = module && FindResourceW(module, name, reinterpret_cast<LPCWSTR>(RT_GROUP_ICON));
+    return static_cast<HICON>(
+        LoadImageW(isThere ? module : ownModule(), name, IMAGE_ICON, size, size, LR_DEFAULTCOLOR));
+  }
+
+ private:
+  std::map<std::wstring, HMODULE> modules_;
+};
 
 ToolBar::~ToolBar() {
   if (images_) ImageList_Destroy(images_);
@@ -73,7 +87,7 @@ std::vector<bool> ToolBar::shown(const wchar_t* words) const {
 
 void ToolBar::update(const wchar_t* words) {
   IGUIManager* const manager = IShell::getInstance()->guiManager();
-  Ref<IBSmartObject> tree = Ref<IBSmartObject>::adopt(manager ? manager->menu(L"Toolbar.Main") : nullptr);
+  Ref<IBSmartObject> tree = Ref<IBSmartObject>::adopt(manager ? manager->menu(kName) : nullptr);
   const bool isOther = tree != tree_;
   tree_ = std::move(tree);
   if (isOther || shown(words) != shown_) build(words);
@@ -95,6 +109,7 @@ void ToolBar::build(const wchar_t* words) {
   SendMessageW(window_, TB_SETIMAGELIST, 0, reinterpret_cast<LPARAM>(images_));
   if (before) ImageList_Destroy(before);
   shown_ = shown(words);
+  IconFiles files;
   const IMenuItem* last = nullptr;
   for (i32 i = 0; const IMenuItem* const item = itemAt(tree_.get(), i); ++i) {
     if (i >= kMost || !shown_[static_cast<std::size_t>(i)]) continue;
@@ -104,20 +119,20 @@ void ToolBar::build(const wchar_t* words) {
       SendMessageW(window_, TB_ADDBUTTONSW, 1, reinterpret_cast<LPARAM>(&button));
     }
     last = item;
-    button.iBitmap = imageOf(*item);
+    button.iBitmap = imageOf(*item, files);
     button.idCommand = kFirst + i;
     button.fsState = TBSTATE_ENABLED;
     button.fsStyle =
         static_cast<BYTE>(BTNS_BUTTON | BTNS_AUTOSIZE | (button.iBitmap == I_IMAGENONE ? BTNS_SHOWTEXT : 0));
-    std::wstring text = plain(item->text());
+    std::wstring text = plain(translated(item->text(), kName));
     button.iString = reinterpret_cast<INT_PTR>(text.c_str());
     SendMessageW(window_, TB_ADDBUTTONSW, 1, reinterpret_cast<LPARAM>(&button));
   }
   SendMessageW(window_, TB_AUTOSIZE, 0, 0);
 }
 
-int ToolBar::imageOf(const IMenuItem& item) {
-  const HICON icon = *item.icon() ? iconNamed(item.icon(), item.module()->path(), iconSize_) : nullptr;
+int ToolBar::imageOf(const IMenuItem& item, IconFiles& files) {
+  const HICON icon = *item.icon() ? files.find(item.icon(), item.module()->path(), iconSize_) : nullptr;
   const int index = icon ? ImageList_AddIcon(images_, icon) : -1;
   if (icon) DestroyIcon(icon);
   return index >= 0 ? index : I_IMAGENONE;
@@ -134,7 +149,7 @@ bool ToolBar::choose(WORD id) const {
 std::wstring ToolBar::tip(WORD id) const {
   const IMenuItem* const item = id >= kFirst && id < kFirst + kMost ? itemAt(tree_.get(), id - kFirst) : nullptr;
   if (!item) return {};
-  return plain(item->text()) + (*item->key() ? std::wstring(L" (") + item->key() + L")" : L"");
+  return plain(translated(item->text(), kName)) + (*item->key() ? std::wstring(L" (") + item->key() + L")" : L"");
 }
 
 }  // namespace corvix::gui

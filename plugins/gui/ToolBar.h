@@ -13,6 +13,8 @@
 
 namespace corvix::gui {
 
+class IconFiles;
+
 class ToolBar {
  public:
   ~ToolBar();
@@ -25,13 +27,14 @@ class ToolBar {
   // Shows what there is now, for a view of those words.
   void update(const wchar_t* words);
   bool choose(WORD id) const;
+  void forget() noexcept { tree_.reset(); }  // texts are others now
 
   // What to say of a button: "Zoom in (Ctrl+Plus)".
   std::wstring tip(WORD id) const;
 
  private:
   void build(const wchar_t* words);
-  int imageOf(const IMenuItem& item);
+  int imageOf(const IMenuItem& item, IconFiles& files);
   std::vector<bool> shown(const wchar_t* words) const;
 
   HWND window_ = nullptr;

@@ -1,26 +1,22 @@
 #include "plugins/windows/Look.h"
 
+#include "plugins/windows/Windows.h"
+
 namespace corvix::windows {
 
 namespace {
 
-// Functions that Windows has had since version 1607 of 10.
-template <class Function>
-Function lateFunction(const char* name) {
-  return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"user32.dll"), name)));
-}
-
 int systemDpi(HDC device) { return GetDeviceCaps(device, LOGPIXELSY); }
 
 int dpiOf(HWND window, HDC device) {
-  static const auto dpiForWindow = lateFunction<UINT(WINAPI*)(HWND)>("GetDpiForWindow");
+  static const auto dpiForWindow = lateFunction<UINT(WINAPI*)(HWND)>(L"user32.dll", "GetDpiForWindow");
   const int dpi = window && dpiForWindow ? static_cast<int>(dpiForWindow(window)) : 0;
   return dpi > 0 ? dpi : systemDpi(device);
 }
 
 HFONT messageFont(int dpi, HDC device) {
   static const auto parametersForDpi =
-      lateFunction<BOOL(WINAPI*)(UINT, UINT, PVOID, UINT, UINT)>("SystemParametersInfoForDpi");
+      lateFunction<BOOL(WINAPI*)(UINT, UINT, PVOID, UINT, UINT)>(L"user32.dll", "SystemParametersInfoForDpi");
   NONCLIENTMETRICSW metrics = {};
   metrics.cbSize = sizeof metrics;
   if (!parametersForDpi ||

@@ -25,6 +25,12 @@ const wchar_t* windowClass(const wchar_t* name, WNDPROC procedure, int backgroun
 HWND makeChild(HWND parent, const wchar_t* windowClass, const wchar_t* text, DWORD style, int id = 0,
                DWORD exStyle = 0);
 
+// One that not every system has, or whose module is loaded when it is needed first; null when there is none.
+template <class Function>
+Function lateFunction(const wchar_t* module, const char* name) {
+  return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(LoadLibraryW(module), name)));
+}
+
 std::wstring textOf(HWND control);
 std::wstring fileName(const wchar_t* path);
 inline std::wstring orEmpty(const wchar_t* text) { return text ? text : L""; }

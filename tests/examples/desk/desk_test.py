@@ -31,6 +31,8 @@ class Desk:
             if plugin not in without:
                 shutil.copy(bin_folder / "plugins" / f"{plugin}.dll", self.folder / "plugins")
         shutil.copy(bin_folder / "test-plugins" / "testformats.dll", self.folder / "plugins")
+        for texts in bin_folder.glob("brisvaneres.*"):
+            shutil.copy(texts, self.folder)
         (self.folder / "three.pages").write_text("abc")
         (self.folder / "many.pages").write_text("x" * 300)
         (self.folder / "words.plain").write_text("first line\nsecond line\n")
@@ -193,5 +195,24 @@ action Actions.File.Exit
 wait idle
 expect dialog Teldane Quill
 key N
+""")
+# In another language, chosen while it runs and kept.
+desk = Desk("language")
+desk.run("""wait idle
+open three.pages
+panel Panel.Pages yes
+language de
+wait idle
+key Alt+A
+wait idle
+shot german.png
+key Esc
+key Esc
+action Actions.Tools.Options
+wait idle
+expect dialog Optionen
+key Esc
+wait idle
+quit
 """)
 sys.exit(wrong != 0)

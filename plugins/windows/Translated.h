@@ -1,0 +1,12 @@
+// Texts in the user's language, at the time when they are shown.
+#pragma once
+
+#include <string>
+
+namespace corvix::windows {
+
+// The text itself when nobody has another. `context` is the menu or toolbar that it stands in, or null.
+const wchar_t* translated(const wchar_t* text, const wchar_t* context = nullptr);
+inline const wchar_t* translated(const std::wstring& text) { return translated(text.c_str()); }
+
+}  // namespace corvix::windows
