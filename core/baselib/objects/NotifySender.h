@@ -69,14 +69,19 @@ struct ListenerEntry {
 };
 
 // One delivery under way, on the stack of who delivers. It allocates nothing. As long as the list does not change it
-// follows the entries; once it has, every step is made under the lock and marks who was told.
+// follows the entries and ends without a lock; once it has, every step is made under the lock and marks who was told.
 class Delivery {
  public:
   explicit Delivery(BNotifySender& sender) {
     if (sender.list_.load(std::memory_order_acquire)) begin(sender);
   }
   ~Delivery() {
-    if (list_) end();
+    if (!list_) return;
+    if (walker_ && version_->load(std::memory_order_acquire) == seenVersion_) {
+      walker_->store(0, std::memory_order_release);
+    } else {
+      end();
+    }
   }
   Delivery(const Delivery&) = delete;
   Delivery& operator=(const Delivery&) = delete;
@@ -103,6 +108,7 @@ class Delivery {
 
   ListenerList* list_ = nullptr;
   const std::atomic<u32>* version_ = nullptr;
+  std::atomic<u32>* walker_ = nullptr;  // tells the list that the delivery is under way; null: the list knows it
   u32 seenVersion_ = 0;
   ListenerEntry* at_ = nullptr;  // where it starts; told last, once it keeps marks
 
