@@ -49,8 +49,11 @@ class CORVIX_API BNotifySender : public virtual IBRTTISupport {
   // Takes out the first entry that holds the listener; nothing happens if there is none.
   void removeListener(IBTransportable* listener) noexcept;
 
-  bool hasListeners() const noexcept { return list_.load(std::memory_order_acquire) && listenerCount() != 0; }
+  bool hasListeners() const noexcept { return hadListeners() && listenerCount() != 0; }
   u32 listenerCount() const noexcept;
+
+  // Ever; a delivery without any needs nothing else.
+  bool hadListeners() const noexcept { return list_.load(std::memory_order_acquire) != nullptr; }
 
   // Tells every listener once, also those that are added meanwhile, not those that are removed before their
   // turn. Returns kStop if a handler did, else kTaken if any did, else kGoOn.
@@ -73,7 +76,7 @@ struct ListenerEntry {
 class Delivery {
  public:
   explicit Delivery(BNotifySender& sender) {
-    if (sender.list_.load(std::memory_order_acquire)) begin(sender);
+    if (sender.hadListeners()) begin(sender);
   }
   ~Delivery() {
     if (!list_) return;
@@ -124,6 +127,7 @@ class Delivery {
 template <class Listener, class Call>
 int broadcastTo(BNotifySender& sender, Call call, const wchar_t* place = Listener::classNameW()) {
   int result = notify::kGoOn;
+  if (!sender.hadListeners()) return result;
   Delivery delivery(sender);
   for (ListenerEntry* at = delivery.start(); at && (at = delivery.next(at))->listener;) {
     IBTransportable* const listener = at->listener;
