@@ -164,19 +164,20 @@ struct LockPairs {
   u32 words[kBatch] = {};
 };
 
-// What the locks alone cost of what malloc does, the least of some rounds of each.
+// What the locks alone cost of what malloc does, the medians of some rounds.
 double lockShareOfMalloc(LockPairs& pairs, Malloc& heap, Order order) {
   const std::vector<std::size_t> places = permutation(order, kBatch);
-  const auto leastNs = [&places](auto& source) {
-    double least = 1e300;
-    for (int round = 0; round < 50; ++round) {
+  const auto medianNs = [&places](auto& source) {
+    std::vector<double> rounds(51);
+    for (double& round : rounds) {
       const auto start = std::chrono::steady_clock::now();
       churn(source, places, 20);
-      least = std::min(least, std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
+      round = std::chrono::duration<double, std::nano>(std::chrono::steady_clock::now() - start).count();
     }
-    return least;
+    std::nth_element(rounds.begin(), rounds.begin() + 25, rounds.end());
+    return rounds[25];
   };
-  return leastNs(pairs) / leastNs(heap);
+  return medianNs(pairs) / medianNs(heap);
 }
 
 // Far less than malloc, or hardly more than the locks that every pool takes.
