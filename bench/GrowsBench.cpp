@@ -5,10 +5,12 @@
 #include "core/baselib/objects/GlobalData.h"
 #include "core/baselib/objects/NotifySender.h"
 #include "core/baselib/objects/Ref.h"
+#include "core/baselib/threads/TimerTable.h"
 #include "core/xml/XmlNode.h"
 #include "shell/Plugin.h"
 
 #include <algorithm>
+#include <chrono>
 #include <memory>
 #include <numeric>
 #include <random>
@@ -67,7 +69,78 @@ void measureListeners(Report& report) {
       });
     });
   }
+  grow(report, "entries of one listener, added, removed", [](std::size_t size) {
+    return repeat([size] {
+      BNotifySender sender;
+      IDestroyListener* const listener = listeners.front().get();
+      for (std::size_t i = 0; i < size; ++i) sender.addListener(listener, static_cast<i32>(i * 7 % 5));
+      for (std::size_t i = 0; i < size; ++i) sender.removeListener(listener);
+    });
+  });
   listeners.clear();
+}
+
+IBSmartObject* makeNothing() { return nullptr; }
+
+// The rows of one module's factory, each asked for once.
+void measureFactoryRows(Report& report) {
+  static std::vector<std::wstring> names;
+  for (std::size_t i = 0; i < kMany; ++i) names.push_back(L"Grown.Row" + std::to_wstring(i));
+  static FactoryRow rows[kMany];
+  for (std::size_t i = 0; i < kMany; ++i) rows[i] = {names[i].c_str(), makeNothing};
+  static TableFactory many(rows);
+  static TableFactory more(reinterpret_cast<const FactoryRow(&)[kMore]>(rows));
+  static TableFactory few(reinterpret_cast<const FactoryRow(&)[kFew]>(rows));
+  grow(report, "rows of one factory", [](std::size_t size) {
+    BClassFactory& factory = size == kMany ? many : size == kMore ? more : few;
+    return repeat([&factory, size] {
+      for (std::size_t i = 0; i < size; ++i) {
+        IBSmartObject* made = factory.createObject(names[i].c_str(), IDestroyListener::classInfo());
+        keep(made);
+      }
+    });
+  });
+}
+
+void ignoreTick(i32, u32) {}
+
+// A tick as a message loop hands it on, while that many timers run; in rounds.
+std::vector<double> ticksNs(std::size_t count) {
+  std::vector<i32> running;
+  for (std::size_t i = 1; i < count; ++i) running.push_back(timerData.start(3600000, ignoreTick, 0));
+  running.push_back(timerData.start(1, ignoreTick, 0));
+  MSG tick{};
+  while (GetMessageW(&tick, nullptr, WM_TIMER, WM_TIMER) <= 0) {
+  }
+  std::vector<double> rounds(31);
+  for (double& round : rounds) {
+    constexpr int kTicks = 2000;
+    const auto start = std::chrono::steady_clock::now();
+    for (int i = 0; i < kTicks; ++i) DispatchMessageW(&tick);
+    round = std::chrono::duration<double, std::nano>(std::chrono::steady_clock::now() - start).count() / kTicks;
+  }
+  for (const i32 timer : running) timerData.stop(timer);
+  return rounds;
+}
+
+void measureTimers(Report& report) {
+  // The system's own calls take longer the more there are.
+  for (const std::size_t size : {kFew, kMore, kMany}) {
+    report.compare("timers started, stopped, each of " + std::to_string(size), "SetTimer, KillTimer, as many", 1.2,
+                   repeat([size] {
+                     std::vector<i32> started;
+                     for (std::size_t i = 0; i < size; ++i) started.push_back(timerData.start(3600000, ignoreTick, 0));
+                     for (const i32 timer : started) timerData.stop(timer);
+                   }),
+                   repeat([size] {
+                     std::vector<UINT_PTR> started;
+                     for (std::size_t i = 0; i < size; ++i) started.push_back(SetTimer(nullptr, 0, 3600000, nullptr));
+                     for (const UINT_PTR timer : started) KillTimer(nullptr, timer);
+                   }),
+                   static_cast<double>(size), static_cast<double>(size));
+  }
+  const std::vector<double> few = ticksNs(kFew);
+  report.add("a tick among 10000 timers", "among 100", 2, ticksNs(kMany), few);
 }
 
 void measureGlobalData(Report& report) {
@@ -190,6 +263,8 @@ void measureGrowth(Report& report) {
   measureSettings(report, *shell.settings());
   measureNodes(report);
   measurePools(report);
+  measureFactoryRows(report);
+  measureTimers(report);
   measureInterfaces(report, *shell.pluginManager());
   measureModules(report, *shell.pluginManager());
 }

@@ -6,6 +6,7 @@
 // with one row for each interface that the module's descriptor declares.
 #pragma once
 
+#include "core/baselib/heap/HeapBuffer.h"
 #include "core/baselib/objects/SmartObject.h"
 
 #include <string_view>
@@ -36,33 +37,66 @@ IBSmartObject* create() {
   return new Class;
 }
 
-// A factory over a table of interface names.
+// A row of a module's factory: what makes the objects of one interface.
 struct FactoryRow {
   const wchar_t* interfaceName;
   IBSmartObject* (*create)();
 };
 
+// A factory over a table of interface names; of two rows with the same name the first counts. It looks at a few rows
+// one by one, more are looked up.
 class TableFactory final : public BClassFactory {
  public:
   template <std::size_t count>
-  explicit TableFactory(const FactoryRow (&rows)[count]) noexcept : rows_(rows), count_(count) {}
+  explicit TableFactory(const FactoryRow (&rows)[count]) noexcept : rows_(rows), count_(count) {
+    if (count > kFewRows) arrange();
+  }
 
   IBSmartObject* createObject(const wchar_t* interfaceName, const stype_info&) override {
-    for (std::size_t i = 0; interfaceName && i < count_; ++i) {
-      if (isSame(interfaceName, rows_[i].interfaceName)) return rows_[i].create();
-    }
-    return nullptr;
+    if (!interfaceName) return nullptr;
+    const FactoryRow* const row = places_ ? *placeOf(interfaceName) : findInTurn(interfaceName);
+    return row ? row->create() : nullptr;
   }
 
  private:
+  static constexpr std::size_t kFewRows = 8;
+
   // Most rows differ in one of the first letters.
   static bool isSame(const wchar_t* a, const wchar_t* b) noexcept {
     while (*a && *a == *b) ++a, ++b;
     return *a == *b;
   }
 
+  const FactoryRow* findInTurn(const wchar_t* name) const noexcept {
+    for (std::size_t i = 0; i < count_; ++i) {
+      if (isSame(name, rows_[i].interfaceName)) return rows_ + i;
+    }
+    return nullptr;
+  }
+
+  // Where the row of that name is, or would be: at the place that its letters say, or at one of those behind it.
+  const FactoryRow** placeOf(const wchar_t* name) const noexcept {
+    u32 hash = 0;
+    for (const wchar_t* at = name; *at; ++at) hash = (hash ^ *at) * 0x9E3779B1u;
+    std::size_t place = (hash ^ hash >> 15) & mask_;
+    while (places_[place] && !isSame(name, places_[place]->interfaceName)) place = (place + 1) & mask_;
+    return &places_[place];
+  }
+
+  // Half of the places stay free. Without memory the rows are looked at one by one.
+  void arrange() noexcept {
+    std::size_t places = kFewRows * 4;
+    while (places < count_ * 2) places *= 2;
+    if (!places_.tryAllocate(places)) return;
+    mask_ = places - 1;
+    for (std::size_t i = 0; i < places; ++i) places_[i] = nullptr;
+    for (std::size_t i = count_; i-- > 0;) *placeOf(rows_[i].interfaceName) = rows_ + i;
+  }
+
   const FactoryRow* rows_;
   std::size_t count_;
+  HeapBuffer<const FactoryRow*> places_;
+  std::size_t mask_ = 0;
 };
 
 }  // namespace corvix

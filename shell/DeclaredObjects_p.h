@@ -27,11 +27,17 @@ bool visitDeclared(IPluginInterface& entry, const wchar_t* name, Visit& visit) {
 
 // Each entry once, in their order, until a visit answers false. A visit may have more modules registered: what comes
 // in behind the place that is reached is visited as well, what comes in before it moves the others.
-template <class Visit>
-void forEachEntry(IBCollection& entries, Visit visit) {
+template <class Entries, class Visit>
+void forEachEntry(Entries& entries, Visit visit) {
   for (i32 i = 0; i < entries.count(); ++i) {
-    IBTransportable* const item = entries.item(i);
-    const auto entry = Ref<IPluginInterface>::share(query<IPluginInterface>(item));
+    auto* const item = entries.item(i);
+    IPluginInterface* found;
+    if constexpr (std::is_convertible_v<decltype(item), IPluginInterface*>) {
+      found = item;
+    } else {
+      found = query<IPluginInterface>(item);
+    }
+    const auto entry = Ref<IPluginInterface>::share(found);
     if (!visit(*entry)) return;
     while (i < entries.count() && entries.item(i) != item) ++i;
   }

@@ -19,16 +19,11 @@ void makeRoom(std::vector<Owner*>& owners) {
   if (owners.size() == owners.capacity()) owners.reserve(owners.size() * 2 + 4);
 }
 
+// Null outside the list.
 template <class Owner>
-const wchar_t* nameAt(const std::vector<Owner*>& owners, i32 index) noexcept {
-  const auto at = static_cast<std::size_t>(index);
-  return index >= 0 && at < owners.size() ? owners[at]->name.c_str() : nullptr;
-}
-
-template <class Table>
-auto* findIn(const Table& table, const wchar_t* name) noexcept {
-  const auto* const found = table.find(viewOf(name));
-  return found ? found->get() : nullptr;
+Owner* at(const std::vector<Owner*>& owners, i32 index) noexcept {
+  return index >= 0 && static_cast<std::size_t>(index) < owners.size() ? owners[static_cast<std::size_t>(index)]
+                                                                       : nullptr;
 }
 
 }  // namespace
@@ -43,16 +38,19 @@ BNotifySender& settingsFinishChanges() {
   return sender.get();
 }
 
-BSettings::Group* BSettings::findGroup(const wchar_t* group) const noexcept { return findIn(groups_, group); }
+BSettings::Group* BSettings::findGroup(const wchar_t* group) const noexcept {
+  const auto* const found = groups_.find(viewOf(group));
+  return found ? found->get() : nullptr;
+}
 
 BSettings::Item* BSettings::findItem(const wchar_t* group, const wchar_t* item) const noexcept {
   Known& known = known_.at(group, item);
   const auto isIt = [&] {
-    return text::saysSame(known.group->name.c_str(), group) && text::saysSame(known.item->name.c_str(), item);
+    return text::saysSame(known.group->name.c_str(), group) && text::saysSame(Items::nameOf(*known.item), item);
   };
   if (known.item && isIt()) return known.item;
   const Group* const found = findGroup(group);
-  Item* const inGroup = found ? findIn(found->items, item) : nullptr;
+  Item* const inGroup = found ? found->items.find(viewOf(item)) : nullptr;
   if (inGroup) known = {found, inGroup};
   return inGroup;
 }
@@ -65,17 +63,15 @@ BSettings::Group& BSettings::makeGroup(const wchar_t* group) {
 }
 
 BSettings::Item& BSettings::makeItem(Group& group, const wchar_t* item) {
-  if (Item* const found = findIn(group.items, item)) return *found;
-  auto made = std::make_unique<Item>();
-  made->name = viewOf(item);
-  return *group.items.add(viewOf(item), std::move(made));
+  Item* const found = group.items.find(viewOf(item));
+  return found ? *found : group.items.add(viewOf(item), Item());
 }
 
 // Lists the item unless it is listed already; whoever calls gives it a value without failing. An item that is only
 // watched is not listed, nor is a group of such items.
 BSettings::Item& BSettings::listItem(const wchar_t* group, const wchar_t* item) {
   Item* const known = findItem(group, item);
-  if (known && (known->current.isSet || known->standard.isSet)) return *known;
+  if (known && (known->hasCurrent || known->hasStandard)) return *known;
   Group& itsGroup = makeGroup(group);
   Item& made = makeItem(itsGroup, item);
   const bool isFirst = itsGroup.listed.empty();
@@ -86,42 +82,45 @@ BSettings::Item& BSettings::listItem(const wchar_t* group, const wchar_t* item) 
   return made;
 }
 
-bool BSettings::get(const wchar_t* group, const wchar_t* item, Slot Item::*slot, Variant& value) const {
+bool BSettings::getValue(const wchar_t* group, const wchar_t* item, Variant& value) const {
   Lock lock(section_);
   const Item* const found = findItem(group, item);
-  if (!found || !(found->*slot).isSet) return false;
-  value = (found->*slot).value;
+  if (!found || !found->hasCurrent) return false;
+  value = found->current;
   return true;
 }
 
-bool BSettings::getValue(const wchar_t* group, const wchar_t* item, Variant& value) const {
-  return get(group, item, &Item::current, value);
-}
-
 bool BSettings::getDefault(const wchar_t* group, const wchar_t* item, Variant& value) const {
-  return get(group, item, &Item::standard, value);
+  Lock lock(section_);
+  const Item* const found = findItem(group, item);
+  if (!found || !found->hasStandard) return false;
+  value = found->standard;
+  return true;
 }
 
 void BSettings::setValue(const wchar_t* group, const wchar_t* item, const Variant& value) {
   Lock lock(section_);
   const Item* const known = findItem(group, item);
-  if (known && known->current.isSet && known->current.value == value) return;
-  Slot fresh{value, true};
+  if (known && known->hasCurrent && known->current == value) return;
+  Variant fresh = value;
   Item& changed = listItem(group, item);
   changed.current = std::move(fresh);
+  changed.hasCurrent = true;
   BNotifySender* const watchers = changed.watchers.get();
   const wchar_t* const groupName = watchers ? findGroup(group)->name.c_str() : nullptr;
   lock.release();
   if (!watchers) return;
   broadcastTo<ISettingListener>(*watchers, [&](ISettingListener& listener) {
-    return listener.onSettingChanged(*this, groupName, changed.name.c_str());
+    return listener.onSettingChanged(*this, groupName, Items::nameOf(changed));
   });
 }
 
 void BSettings::setDefault(const wchar_t* group, const wchar_t* item, const Variant& value) {
-  Slot fresh{value, true};
+  Variant fresh = value;
   Lock lock(section_);
-  listItem(group, item).standard = std::move(fresh);
+  Item& changed = listItem(group, item);
+  changed.standard = std::move(fresh);
+  changed.hasStandard = true;
 }
 
 void BSettings::onStartChanges() {
@@ -151,7 +150,8 @@ i32 BSettings::groupCount() const noexcept {
 
 const wchar_t* BSettings::groupAt(i32 index) const noexcept {
   Lock lock(section_);
-  return nameAt(listed_, index);
+  const Group* const found = at(listed_, index);
+  return found ? found->name.c_str() : nullptr;
 }
 
 i32 BSettings::itemCount(const wchar_t* group) const noexcept {
@@ -163,23 +163,32 @@ i32 BSettings::itemCount(const wchar_t* group) const noexcept {
 const wchar_t* BSettings::itemAt(const wchar_t* group, i32 index) const noexcept {
   Lock lock(section_);
   const Group* const found = findGroup(group);
-  return found ? nameAt(found->listed, index) : nullptr;
+  const Item* const listed = found ? at(found->listed, index) : nullptr;
+  return listed ? Items::nameOf(*listed) : nullptr;
 }
 
 bool BSettings::getAttribute(const wchar_t* group, const wchar_t* item, const wchar_t* attribute,
                              WideString& text) const {
   Lock lock(section_);
   const Item* const found = findItem(group, item);
-  if (!found) return false;
-  const auto named = found->attributes.find(viewOf(attribute));
-  if (named == found->attributes.end()) return false;
+  if (!found || !found->attributes) return false;
+  const auto named = found->attributes->find(viewOf(attribute));
+  if (named == found->attributes->end()) return false;
   text = named->second;
   return true;
 }
 
 void BSettings::setAttribute(const wchar_t* group, const wchar_t* item, const wchar_t* attribute, const wchar_t* text) {
   Lock lock(section_);
-  makeItem(makeGroup(group), item).attributes.insert_or_assign(viewOf(attribute), text);
+  Item* const known = findItem(group, item);
+  Item& described = known ? *known : makeItem(makeGroup(group), item);
+  if (!described.attributes) described.attributes = std::make_unique<AttributeMap>();
+  const auto named = described.attributes->find(viewOf(attribute));
+  if (named == described.attributes->end()) {
+    described.attributes->emplace(viewOf(attribute), text);
+  } else if (named->second.view() != viewOf(text)) {
+    named->second = text;
+  }
 }
 
 // The watchers of an item stay once there are any: a delivery may be under way.

@@ -37,25 +37,25 @@ class BSettings final : public IBSettings {
   BNotifySender& finishSender() noexcept override { return finishSender_; }
 
  private:
-  struct Slot {
-    Variant value;
-    bool isSet = false;
-  };
   struct ByName {
     using is_transparent = void;
     bool operator()(std::wstring_view a, std::wstring_view b) const noexcept { return a < b; }
   };
+  using AttributeMap = std::map<WideString, WideString, ByName>;
   struct Watchers final : BNotifySender {};
-  struct Item : HeapAllocated {
-    WideString name;
-    Slot current;
-    Slot standard;
-    std::map<WideString, WideString, ByName> attributes;
+  // Lies in its group's table, which has its name; what few items have costs the others a pointer.
+  struct Item {
+    Variant current;
+    Variant standard;
+    std::unique_ptr<AttributeMap> attributes;
     std::unique_ptr<Watchers> watchers;
+    bool hasCurrent = false;
+    bool hasStandard = false;
   };
+  using Items = text::NameTable<wchar_t, Item>;
   struct Group : HeapAllocated {
     WideString name;
-    text::NameTable<wchar_t, std::unique_ptr<Item>> items;
+    Items items;
     std::vector<Item*> listed;  // those that have a value, as they came
   };
   struct Known {
@@ -69,8 +69,6 @@ class BSettings final : public IBSettings {
   Group& makeGroup(const wchar_t* group);
   Item& makeItem(Group& group, const wchar_t* item);
   Item& listItem(const wchar_t* group, const wchar_t* item);
-
-  bool get(const wchar_t* group, const wchar_t* item, Slot Item::*slot, Variant& value) const;
 
   mutable SCriticalSection section_;
   text::NameTable<wchar_t, std::unique_ptr<Group>> groups_;

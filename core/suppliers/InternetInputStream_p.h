@@ -40,8 +40,8 @@ class InternetInputStream final : public BRAInputStream, public IInternetStream,
   u32 size() const noexcept override { return isOpen() ? static_cast<u32>(size_) : 0; }
   bool atEnd() override { return !isOpen() || static_cast<i32>(position_) >= size_; }  // -1 after a push at 0
 
-  // Waits for `count` bytes, not for more: bytes that have come already are taken along when `count` is small,
-  // and kept here. What a server sends behind the length that it told is dropped.
+  // Waits for `count` bytes, not for more: bytes that have come already are taken along and kept for the next read.
+  // What a server sends behind the length that it told is dropped.
   u32 read(void* buffer, u32 count) override;
   int readByte() override;
   u32 unreadByte() override;

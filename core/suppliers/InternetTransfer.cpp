@@ -204,14 +204,14 @@ u32 InternetTransfer::readPieces() noexcept {
     const u32 left = wanted_ - filled_;
     DWORD here = 0;
     if (!calls_.queryDataAvailable || !calls_.queryDataAvailable(request_, &here, 0, 0)) here = 0;
-    const u32 asked = here >= left ? std::min<u32>(here, most_ - filled_) : here > 0 ? here : left;
+    const u32 asked = here >= left ? std::min<u32>(here, kBufferBytes - filled_) : here > 0 ? here : left;
     DWORD got = 0;  // a call that fails leaves it alone
     calls_.readFile(request_, buffer_ + filled_, asked, &got);
     got = std::min<DWORD>(got, asked);
     if (got < asked || got >= left || isGivenUp_) return got;
     const SCriticalSection::Lock lock(lock_);
     filled_ += got;
-    SetEvent(news_);
+    if (filled_ - taken_ >= awaited_) SetEvent(news_);
   }
 }
 
@@ -258,23 +258,30 @@ InternetTransfer::Sought InternetTransfer::seek(u32 position, InternetPatience& 
   return Sought::Reached;
 }
 
-// What a call leaves is taken before the next is asked for; a call that is late may have left nothing and not be the
-// end.
+// What a call leaves is taken before the next is asked for, once; a call that is late may have left nothing and not be
+// the end.
 u32 InternetTransfer::read(u8* to, u32 count, u32 most, InternetPatience& patience, bool& isOver) noexcept {
+  u32 got = 0;
   for (bool hasAsked = false;; hasAsked = true) {
-    const bool isReady = waitUntil([&] { return call_ == Call::None || filled_ - taken_ >= count; }, patience);
+    const bool isReady = waitUntil(
+        [&] {
+          awaited_ = count - got;
+          return call_ == Call::None || filled_ - taken_ >= awaited_;
+        },
+        patience);
     SCriticalSection::Lock lock(lock_);
-    const u32 got = std::min(filled_ - taken_, most);
-    std::memcpy(to, buffer_ + taken_, got);
-    taken_ += got;
+    const u32 here = std::min(filled_ - taken_, most - got);
+    std::memcpy(to + got, buffer_ + taken_, here);
+    taken_ += here;
+    got += here;
     isOver = got == 0 && !isReady;
-    if (got > 0 || isOver || hasAsked) return got;
+    if (got >= count || !isReady || hasAsked) return got;
     filled_ = taken_ = 0;
-    wanted_ = count;
-    most_ = most;
+    wanted_ = count - got;
     lock.release();
-    isOver = !ask(Call::Read);
-    if (isOver) return 0;
+    if (ask(Call::Read)) continue;
+    isOver = got == 0;
+    return got;
   }
 }
 

@@ -57,9 +57,9 @@ class InternetTransfer : public HeapAllocated {
 
   bool checkConnection(InternetPatience& patience) noexcept;
 
-  // Waits for `count` bytes, at most kBufferBytes, and takes up to `most` of them along that are here already. Fewer at
-  // the end, or when patience ended: what comes then is kept for the next call. `isOver` says that there was nothing at
-  // all in time.
+  // Waits for `count` bytes, at most kBufferBytes, and takes up to `most` of them that are here already. Fewer at the
+  // end, or when patience ended. What comes then, or was here beyond that, is kept for the next call. `isOver` says
+  // that there was nothing at all in time.
   u32 read(u8* to, u32 count, u32 most, InternetPatience& patience, bool& isOver) noexcept;
 
  private:
@@ -96,10 +96,10 @@ class InternetTransfer : public HeapAllocated {
   i32 size_ = -1;
   u32 target_ = 0;  // of a seek
   bool isReached_ = false;
-  u32 wanted_ = 0;  // bytes, and at most
-  u32 most_ = 0;
-  u32 filled_ = 0;  // of the buffer
-  u32 taken_ = 0;   // of those; only the stream's thread changes it
+  u32 wanted_ = 0;   // bytes
+  u32 awaited_ = 0;  // of those that were not taken: who reads waits for so many
+  u32 filled_ = 0;   // of the buffer
+  u32 taken_ = 0;    // of those; only the stream's thread changes it
   u8 buffer_[kBufferBytes];
 };
 

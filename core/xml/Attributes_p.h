@@ -1,5 +1,5 @@
-// The attributes of a descriptor's elements. AttributeTable holds those of one module: every text once, terminated,
-// side by side in one block. Attributes is a view of one element's.
+// The attributes of a descriptor's elements. AttributeTable holds those of one module in one block: where their texts
+// are, and every text once, terminated. Attributes is a view of one element's.
 #pragma once
 
 #include "core/baselib/heap/HeapAllocated.h"
@@ -15,7 +15,7 @@ bool equalInAnyCase(std::wstring_view a, std::wstring_view b) noexcept;
 
 class AttributeTable;
 
-// Good as long as its table, which has grown for the last time before.
+// Good as long as its table; its texts stay where they are once the table is finished.
 class Attributes {
  public:
   Attributes() = default;
@@ -41,35 +41,45 @@ class Attributes {
 
 class AttributeTable {
  public:
-  // Fills a table; `finish` gives back what it needs no more.
+  // Fills a table, which has nothing in it before `finish`.
   class Builder;
 
   AttributeTable() = default;
   AttributeTable(const AttributeTable&) = delete;
   AttributeTable& operator=(const AttributeTable&) = delete;
+  ~AttributeTable() {
+    if (isFinished_) _sfree(const_cast<void*>(offsets_));
+  }
+
+  // Of the element that was added first.
+  Attributes first(u32 count) const noexcept { return {*this, 0, count}; }
 
  private:
   friend class Attributes;
-  struct Entry {
-    u32 name;  // where it begins in the block
-    u32 value;
-  };
-  const wchar_t* text(u32 offset) const noexcept { return units_.data() + offset; }
 
-  std::vector<Entry, HeapAllocator<Entry>> entries_;
-  std::vector<wchar_t, HeapAllocator<wchar_t>> units_;
+  // Of an attribute's name, at twice its number, or of its value, behind that.
+  const wchar_t* text(u32 place) const noexcept;
+
+  const void* offsets_ = nullptr;   // the block, or the builder's: where each text begins, in 32 bits or, if small, 16
+  const wchar_t* units_ = nullptr;  // the texts; in the block behind the offsets
+  bool isSmall_ = false;
+  bool isFinished_ = false;
 };
 
 // The texts that are added stand until `finish`. A text ends at its first zero.
 class AttributeTable::Builder {
  public:
   explicit Builder(AttributeTable& table) noexcept : table_(table) {}
+  Builder(const Builder&) = delete;
+  Builder& operator=(const Builder&) = delete;
 
   void add(std::wstring_view name, std::wstring_view value);
 
-  // All that was added since the last call: the attributes of one element.
+  // All that was added since the last call: the attributes of one element, to be looked at as long as nothing is
+  // added, and again once the table is finished.
   Attributes endElement() noexcept;
 
+  // Once, at the end. Throws std::bad_alloc.
   void finish();
 
  private:
@@ -85,6 +95,8 @@ class AttributeTable::Builder {
   u32 offsetOf(std::wstring_view text);
 
   AttributeTable& table_;
+  std::vector<u32, HeapAllocator<u32>> offsets_;
+  std::vector<wchar_t, HeapAllocator<wchar_t>> units_;
   u32 elementBegin_ = 0;
   std::unordered_map<std::wstring_view, u32, Hash, Equal> known_;
 };

@@ -2,6 +2,8 @@
 
 #include "core/xml/XmlArena_p.h"
 
+#include <algorithm>
+
 namespace corvix {
 
 XMLNode::XMLNode(XMLNodeNode* parent, XmlNodeType type, std::wstring_view name)
@@ -89,35 +91,73 @@ XMLNodeNode::XMLNodeNode(XmlArena& arena, XMLNodeNode* parent, Text name) noexce
 // Children are left only when the element was deleted rather than released.
 XMLNodeNode::~XMLNodeNode() {
   for (i32 i = 0; i < count_; ++i) children_[i]->release();
-  if (!childrenInArena_) _sfree(children_);
+  freeChildren();
 }
 
+namespace {
+
+constexpr i32 kFirstCapacity = 8;
+
+void move(XMLNode** to, XMLNode* const* from, i32 count) noexcept {
+  if (count > 0) std::memmove(to, from, static_cast<std::size_t>(count) * sizeof *to);
+}
+
+}  // namespace
+
+// The shorter side moves; the place that becomes free at the front is used again.
 XMLNode* XMLNodeNode::removeChild(i32 index) {
   if (!isInside(index)) return nullptr;
   XMLNode* const child = children_[index];
   --count_;
-  std::memmove(children_ + index, children_ + index + 1, static_cast<std::size_t>(count_ - index) * sizeof *children_);
+  if (index < count_ - index) {
+    move(children_ + 1, children_, index);
+    shiftFront(1);
+  } else {
+    move(children_ + index, children_ + index + 1, count_ - index);
+  }
   return child;
 }
 
 void XMLNodeNode::insertAt(XMLNode* node, i32 index) {
   if (!node || index < 0 || index > count_) return;
-  if (count_ == capacity_) grow();
-  std::memmove(children_ + index + 1, children_ + index, static_cast<std::size_t>(count_ - index) * sizeof *children_);
+  if (before_ > 0 && index < count_ - index) {
+    shiftFront(-1);
+    move(children_, children_ + 1, index);
+  } else {
+    if (count_ == capacity_) makeRoom();
+    move(children_ + index + 1, children_ + index, count_ - index);
+  }
   children_[index] = node;
   ++count_;
   node->addRef();
 }
 
-void XMLNodeNode::grow() {
-  constexpr i32 kFirstCapacity = 8;
-  const i32 capacity = capacity_ ? capacity_ * 2 : kFirstCapacity;
+void XMLNodeNode::shiftFront(i32 places) noexcept {
+  children_ += places;
+  before_ += places;
+  capacity_ -= places;
+}
+
+// At the end: where half of it is free at the front, the children go there.
+void XMLNodeNode::makeRoom() {
+  if (before_ > count_ / 2) {
+    XMLNode** const from = children_;
+    shiftFront(-before_);
+    move(children_, from, count_);
+    return;
+  }
+  const i32 capacity = std::max(kFirstCapacity, count_ * 2);
   auto** const grown = static_cast<XMLNode**>(heapAllocate(static_cast<std::size_t>(capacity) * sizeof *children_));
-  if (count_) std::memcpy(grown, children_, static_cast<std::size_t>(count_) * sizeof *children_);
-  if (!childrenInArena_) _sfree(children_);
+  move(grown, children_, count_);
+  freeChildren();
   children_ = grown;
   capacity_ = capacity;
+  before_ = 0;
   childrenInArena_ = false;
+}
+
+void XMLNodeNode::freeChildren() noexcept {
+  if (!childrenInArena_ && children_) _sfree(children_ - before_);
 }
 
 }  // namespace corvix

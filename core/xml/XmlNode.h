@@ -120,11 +120,14 @@ class CORVIX_API XMLNodeNode : public XMLNode {
 
   bool isInside(i32 index) const noexcept { return index >= 0 && index < count_; }
   void insertAt(XMLNode* node, i32 index);
-  void grow();
+  void shiftFront(i32 places) noexcept;
+  void makeRoom();
+  void freeChildren() noexcept;
 
   XMLNode** children_ = nullptr;
   i32 count_ = 0;
   i32 capacity_ = 0;
+  i32 before_ = 0;  // free places before the first child
   bool childrenInArena_ = false;
   XMLNodeNode* outer_ = nullptr;  // while the tree is being released: the element to go on with
 };

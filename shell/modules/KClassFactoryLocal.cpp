@@ -30,28 +30,48 @@ i32 interfaceOrder(const IPluginInterface& entry) noexcept {
 
 void setLibraryObjects(std::span<const FactoryRow> rows) noexcept { libraryObjects = rows; }
 
-IPluginInterface* KInterfaceCollection::item(i32 index) const noexcept {
-  if (index < 0 || index >= count()) return nullptr;
+IPluginInterface* KInterfaceCollection::Many::item(i32 index) noexcept {
+  const auto place = static_cast<std::size_t>(index);
+  if (index < 0 || place >= all.size()) return nullptr;
   sort();
-  return interfaces_[static_cast<std::size_t>(index)].entry.get();
+  return all[place].entry.get();
+}
+
+void KInterfaceCollection::add(Ref<IPluginInterface> entry, i32 order) {
+  Ordered added{order, newStep_, std::move(entry)};
+  if (count() == 0) {
+    many_.reset();
+    only_ = std::move(added);
+    return;
+  }
+  if (!many_) {
+    auto many = std::make_unique<Many>();
+    many->all.reserve(4);
+    many->all.push_back(std::exchange(only_, {}));
+    many_ = std::move(many);
+  }
+  many_->all.push_back(std::move(added));
 }
 
 void KInterfaceCollection::forget(const IPluginModule& module) noexcept {
-  sort();
-  std::erase_if(interfaces_, [&](const Ordered& one) { return one.entry->module() == &module; });
-  sorted_ = interfaces_.size();
+  const auto isGone = [&](const Ordered& one) { return one.entry->module() == &module; };
+  if (only_.entry && isGone(only_)) only_ = {};
+  if (!many_) return;
+  many_->sort();
+  std::erase_if(many_->all, isGone);
+  many_->sorted = many_->all.size();
 }
 
 // Stable: equal orders stay as they were registered. Needs no memory, only goes faster with some.
-void KInterfaceCollection::sort() const noexcept {
-  if (sorted_ == interfaces_.size()) return;
+void KInterfaceCollection::Many::sort() noexcept {
+  if (sorted == all.size()) return;
   const auto before = [](const Ordered& a, const Ordered& b) {
     return a.order != b.order ? a.order < b.order : a.step < b.step;
   };
-  const auto middle = interfaces_.begin() + static_cast<std::ptrdiff_t>(sorted_);
-  std::stable_sort(middle, interfaces_.end(), before);
-  std::inplace_merge(interfaces_.begin(), middle, interfaces_.end(), before);
-  sorted_ = interfaces_.size();
+  const auto middle = all.begin() + static_cast<std::ptrdiff_t>(sorted);
+  std::stable_sort(middle, all.end(), before);
+  std::inplace_merge(all.begin(), middle, all.end(), before);
+  sorted = all.size();
 }
 
 IBSmartObject* KClassFactoryLocal::createObject(const wchar_t* interfaceName, const stype_info&) {
@@ -67,10 +87,15 @@ IBSmartObject* KClassFactoryLocal::createObject(const wchar_t* interfaceName, co
   return nullptr;
 }
 
-Attributes KClassFactoryLocal::nameAlone(const wchar_t* name) {
-  AttributeTable::Builder builder(names_.emplace_front());
+Attributes KClassFactoryLocal::declare(const wchar_t* name, const stype_info& identifier) {
+  const std::string_view words = identifier.text();
+  const std::wstring text(words.begin(), words.end());
+  AttributeTable::Builder builder(declared_.emplace_front());
   builder.add(L"Name", name);
-  return builder.endElement();
+  builder.add(L"GUID", text);
+  const Attributes attributes = builder.endElement();
+  builder.finish();
+  return attributes;
 }
 
 void KClassFactoryLocal::setInstance(const wchar_t* interfaceName, Ref<IBSmartObject> instance) {
@@ -81,37 +106,52 @@ void KClassFactoryLocal::setInstance(const wchar_t* interfaceName, Ref<IBSmartOb
   }
 }
 
+KClassFactoryLocal::~KClassFactoryLocal() {
+  byName_.removeIf([](KInterfaceCollection& one) { return one.release(), true; });
+}
+
 void KClassFactoryLocal::registerInterface(Ref<IPluginInterface> entry) {
   const i32 order = interfaceOrder(*entry);
   all_.push_back(entry);
-  const std::wstring_view name = entry->name();
-  Ref<KInterfaceCollection>* collection = byName_.find(name);
-  if (!collection) collection = &byName_.add(name, make<KInterfaceCollection>());
-  (*collection)->add(std::move(entry), order);
+  const wchar_t* const name = entry->name();
+  if (KInterfaceCollection* const known = find(name)) {
+    known->add(std::move(entry), order);
+    return;
+  }
+  auto made = make<KInterfaceCollection>(name, hashOf(name, {}));
+  made->add(std::move(entry), order);
+  byName_.enter(made.detach());
 }
 
 void KClassFactoryLocal::forgetInterfaces(const IPluginModule& module) {
   std::erase_if(all_, [&](const Ref<IPluginInterface>& entry) { return entry->module() == &module; });
-  byName_.forEach([&](std::wstring_view, Ref<KInterfaceCollection>& collection) { collection->forget(module); });
+  known_ = {};
+  byName_.removeIf([&](KInterfaceCollection& one) {
+    one.forget(module);
+    return one.count() == 0 && (one.release(), true);
+  });
+}
+
+u32 KClassFactoryLocal::hashOf(std::wstring_view first, std::wstring_view rest) noexcept {
+  return text::stringHash(rest.data(), rest.size(), text::stringHash(first.data(), first.size()),
+                          static_cast<u32>(first.size()));
 }
 
 KInterfaceCollection* KClassFactoryLocal::find(std::wstring_view first, std::wstring_view rest) const noexcept {
-  const auto isSame = [](const wchar_t* a, std::wstring_view b) {
-    return std::memcmp(a, b.data(), b.size() * sizeof(wchar_t)) == 0;
+  const u32 hash = hashOf(first, rest);
+  const auto isName = [&](const wchar_t* name) {
+    return std::wcsncmp(name, first.data(), first.size()) == 0 &&
+           std::wcsncmp(name + first.size(), rest.data(), rest.size()) == 0 && !name[first.size() + rest.size()];
   };
-  const u32 firstLength = static_cast<u32>(first.size());
-  const u32 hash =
-      text::stringHash(rest.data(), rest.size(), text::stringHash(first.data(), first.size()), firstLength);
-  const Ref<KInterfaceCollection>* const found =
-      byName_.find(hash, firstLength + static_cast<u32>(rest.size()),
-                   [&](const wchar_t* name) { return isSame(name, first) && isSame(name + firstLength, rest); });
-  return found && (*found)->count() ? found->get() : nullptr;
+  KInterfaceCollection* one = byName_.firstIn(hash);
+  while (one && !(one->nameHash == hash && isName(one->name))) one = one->sameBucket;
+  return one;
 }
 
 KInterfaceCollection* KClassFactoryLocal::findNamed(const wchar_t* interfaceName) const noexcept {
   if (!interfaceName) return nullptr;
   KInterfaceCollection*& known = known_.at(interfaceName);
-  if (known && known->count() && text::saysSame(known->item(0)->name(), interfaceName)) return known;
+  if (known && text::saysSame(known->name, interfaceName)) return known;
   KInterfaceCollection* const found = find(interfaceName);
   if (found) known = found;
   return found;

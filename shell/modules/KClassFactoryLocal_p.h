@@ -1,6 +1,7 @@
 // KClassFactoryLocal: the registry of interfaces by name, and the class factory of the library itself.
 #pragma once
 
+#include "core/baselib/heap/AddressIndex_p.h"
 #include "core/baselib/text/LatelyFound_p.h"
 #include "core/baselib/text/NameTable_p.h"
 #include "core/xml/Attributes_p.h"
@@ -9,6 +10,7 @@
 
 #include <forward_list>
 #include <limits>
+#include <memory>
 #include <span>
 #include <utility>
 #include <vector>
@@ -20,21 +22,33 @@ class KInterfaceCollection final : public IBCollection {
   CORVIX_IDENTITY(KInterfaceCollection, 0xD4A2790E, 0x4F135BC8, 0x89BE6023, 0xA7C1F465, IBCollection)
 
  public:
-  i32 count() const noexcept override { return static_cast<i32>(interfaces_.size()); }
-  IPluginInterface* item(i32 index) const noexcept override;
+  // The name stands as long as there are entries.
+  KInterfaceCollection(const wchar_t* itsName, u32 itsHash) noexcept : name(itsName), nameHash(itsHash) {}
 
-  // Behind every entry of the same or a smaller order.
-  void add(Ref<IPluginInterface> entry, i32 order) { interfaces_.push_back({order, newStep_, std::move(entry)}); }
+  i32 count() const noexcept override { return many_ ? static_cast<i32>(many_->all.size()) : only_.entry ? 1 : 0; }
+  IPluginInterface* item(i32 index) const noexcept override {
+    if (!many_) return index == 0 ? only_.entry.get() : nullptr;
+    return many_->item(index);
+  }
+
+  // Behind every entry of the same or a smaller order. Throws std::bad_alloc.
+  void add(Ref<IPluginInterface> entry, i32 order);
 
   // From now on equal orders stand by what `stepOf` says of each; new ones stand behind them.
   template <class StepOf>
   void arrange(StepOf stepOf) {
-    for (Ordered& one : interfaces_) one.step = stepOf(std::as_const(*one.entry));
     newStep_ = std::numeric_limits<i32>::max();
-    sorted_ = 0;
+    if (only_.entry) only_.step = stepOf(std::as_const(*only_.entry));
+    if (!many_) return;
+    for (Ordered& one : many_->all) one.step = stepOf(std::as_const(*one.entry));
+    many_->sorted = 0;
   }
 
   void forget(const IPluginModule& module) noexcept;
+
+  const wchar_t* const name;
+  const u32 nameHash;
+  KInterfaceCollection* sameBucket = nullptr;  // in the registry
 
  private:
   struct Ordered {
@@ -42,11 +56,17 @@ class KInterfaceCollection final : public IBCollection {
     i32 step;
     Ref<IPluginInterface> entry;
   };
-  void sort() const noexcept;
+  struct Many {
+    std::vector<Ordered> all;
+    std::size_t sorted = 0;  // so many of them, from the first on
+    void sort() noexcept;
+    IPluginInterface* item(i32 index) noexcept;
+  };
 
-  mutable std::vector<Ordered> interfaces_;
+  // Most names have one.
+  Ordered only_{};
+  std::unique_ptr<Many> many_;  // instead of it
   i32 newStep_ = 0;
-  mutable std::size_t sorted_ = 0;  // so many of them, from the first on
 };
 
 // What the attribute "Order" says; smaller ones come earlier.
@@ -60,6 +80,8 @@ class KClassFactoryLocal final : public BClassFactory {
   CORVIX_IDENTITY(KClassFactoryLocal, 0x1F96B0A4, 0x47D83E5C, 0xB25A71C9, 0xE60D148F, BClassFactory)
 
  public:
+  ~KClassFactoryLocal() override;
+
   // The library's own objects; those that there is one of get a further reference.
   IBSmartObject* createObject(const wchar_t* interfaceName, const stype_info& identifier) override;
 
@@ -68,8 +90,8 @@ class KClassFactoryLocal final : public BClassFactory {
   // As if none of the module's had been registered.
   void forgetInterfaces(const IPluginModule& module);
 
-  // Attributes with nothing but a "Name", for good: those of an interface that no descriptor declares.
-  Attributes nameAlone(const wchar_t* name);
+  // What a descriptor would say, for good, of an interface that none declares.
+  Attributes declare(const wchar_t* name, const stype_info& identifier);
 
   // The one object of that name, until it is forgotten.
   void setInstance(const wchar_t* interfaceName, Ref<IBSmartObject> instance);
@@ -87,10 +109,12 @@ class KClassFactoryLocal final : public BClassFactory {
   }
 
  private:
-  text::NameTable<wchar_t, Ref<KInterfaceCollection>> byName_;
+  static u32 hashOf(std::wstring_view first, std::wstring_view rest) noexcept;
+
+  AddressIndex<KInterfaceCollection, &KInterfaceCollection::nameHash> byName_;  // with a reference on each
   mutable text::LatelyFound<KInterfaceCollection*> known_;
   text::NameTable<wchar_t, Ref<IBSmartObject>> instances_;
-  std::forward_list<AttributeTable> names_;
+  std::forward_list<AttributeTable> declared_;
   std::vector<Ref<IPluginInterface>> all_;  // as they were registered
 };
 

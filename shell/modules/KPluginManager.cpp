@@ -56,12 +56,8 @@ std::wstring absolutePath(const wchar_t* path) {
   return absolute;
 }
 
-constexpr wchar_t kNoMemory[] = L"There is not enough memory to read its descriptor.";
-
-}  // namespace
-
 // Letters count as the file system counts them.
-std::size_t PathHash::operator()(std::wstring_view path) const {
+u32 hashOfPath(std::wstring_view path) noexcept {
   u32 hash = 0;
   for (std::size_t at = 0; at < path.size();) {
     wchar_t upper[128];
@@ -74,10 +70,21 @@ std::size_t PathHash::operator()(std::wstring_view path) const {
   return hash;
 }
 
-bool SamePath::operator()(std::wstring_view a, std::wstring_view b) const noexcept {
+bool isSamePath(std::wstring_view a, std::wstring_view b) noexcept {
   return CompareStringOrdinal(a.data(), static_cast<int>(a.size()), b.data(), static_cast<int>(b.size()), TRUE) ==
          CSTR_EQUAL;
 }
+
+// Any of the words may be the one in which the identifiers of a maker's modules differ.
+u32 hashOfWords(const ClassWords& words) noexcept {
+  u32 hash = 0;
+  for (const u32 word : {words.word1, words.word2, words.word3, words.word4}) hash = (hash ^ word) * 0x9E3779B1;
+  return hash ^ hash >> 16;
+}
+
+constexpr wchar_t kNoMemory[] = L"There is not enough memory to read its descriptor.";
+
+}  // namespace
 
 BNotifySender& preGlobalEvents() {
   static GlobalSender sender(IPluginManager::classInfo(), "preGlobalEvent");
@@ -161,8 +168,8 @@ void KPluginManager::tellBeforeDestroy() {
 
 void KPluginManager::registerInstance(const wchar_t* interfaceName, Ref<IBSmartObject> instance) {
   if (modules_.empty()) return;
-  const ClassWords identifier = instance->typeInfo().words();
-  registry_.registerInterface(make<KPluginInterface>(modules_.front(), registry_.nameAlone(interfaceName), identifier));
+  const Attributes attributes = registry_.declare(interfaceName, instance->typeInfo());
+  registry_.registerInterface(make<KPluginInterface>(modules_.front(), attributes));
   registry_.setInstance(interfaceName, std::move(instance));
 }
 
@@ -204,17 +211,18 @@ void KPluginManager::orFailed(KPluginModule& module, Call call) {
 }
 
 void KPluginManager::registerAll(const Ref<KPluginModule>& module, const XMLNodeNode& plugin) {
-  module->readDescriptor(plugin);
-  if (const stype_info* const identifier = module->identifier())
-    byIdentifier_.try_emplace(identifier->words(), module.get());
-  ModuleDescriptor& descriptor = module->descriptor();
-  for (const Attributes& attributes : descriptor.takeInterfaces()) {
+  const std::vector<Attributes> interfaces = module->readDescriptor(plugin);
+  const ClassWords* const words = module->identifierWords();
+  if (words && !findByIdentifier(*words)) {
+    module->identifierHash = hashOfWords(*words);
+    byIdentifier_.enter(module.get());
+  }
+  for (const Attributes& attributes : interfaces) {
     const wchar_t* const text = attributes.find(L"GUID");
     const auto identifier = text ? parseClassWords(text, std::wcslen(text)) : std::nullopt;
-    if (identifier && attributes.find(L"Name"))
-      registry_.registerInterface(make<KPluginInterface>(module, attributes, *identifier));
+    if (identifier && attributes.find(L"Name")) registry_.registerInterface(make<KPluginInterface>(module, attributes));
   }
-  for (const Attributes& declared : descriptor.settings()) {
+  for (const Attributes& declared : module->descriptor().settings()) {
     const wchar_t* const imposed = ini_ ? ini_->option(declared.find(L"Group"), declared.find(L"Item")) : nullptr;
     settingsRegistry_.registerSetting(declared, *settings_, imposed);
   }
@@ -300,24 +308,33 @@ IPluginModule* KPluginManager::moduleAt(i32 index) const noexcept {
 }
 
 IPluginModule* KPluginManager::findModule(const stype_info& identifier) const noexcept {
-  const auto found = byIdentifier_.find(identifier.words());
-  if (found != byIdentifier_.end()) return found->second;
-  if (!hasUnlisted_) return nullptr;
+  KPluginModule* const found = findByIdentifier(identifier.words());
+  if (found || !hasUnlisted_) return found;
   for (const Ref<KPluginModule>& module : modules_) {
-    if (module->identifier() && *module->identifier() == identifier) return module.get();
+    if (module->identifierWords() && *module->identifierWords() == identifier.words()) return module.get();
   }
   return nullptr;
 }
 
-KPluginModule* KPluginManager::findByPath(const std::wstring& path) const {
-  const auto found = byPath_.find(path);
-  return found == byPath_.end() ? nullptr : *found;
+KPluginModule* KPluginManager::findByIdentifier(const ClassWords& words) const noexcept {
+  const u32 hash = hashOfWords(words);
+  KPluginModule* module = byIdentifier_.firstIn(hash);
+  while (module && !(module->identifierHash == hash && *module->identifierWords() == words))
+    module = module->sameIdentifierBucket;
+  return module;
+}
+
+KPluginModule* KPluginManager::findByPath(std::wstring_view path) const noexcept {
+  const u32 hash = hashOfPath(path);
+  KPluginModule* module = byPath_.firstIn(hash);
+  while (module && !(module->pathHash == hash && isSamePath(module->path(), path))) module = module->samePathBucket;
+  return module;
 }
 
 void KPluginManager::addRecord(const Ref<KPluginModule>& module) {
-  if (modules_.size() == modules_.capacity()) modules_.reserve(modules_.size() * 2 + 16);
-  byPath_.insert(module.get());
   modules_.push_back(module);
+  module->pathHash = hashOfPath(module->path());
+  if (!findByPath(module->path())) byPath_.enter(module.get());
 }
 
 }  // namespace corvix

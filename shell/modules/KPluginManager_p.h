@@ -11,35 +11,8 @@
 #include "shell/modules/ProgramIni_p.h"
 
 #include <memory>
-#include <unordered_map>
-#include <unordered_set>
 
 namespace corvix {
-
-// Modules looked up by their paths.
-struct PathHash {
-  using is_transparent = void;
-  std::size_t operator()(std::wstring_view path) const;
-  std::size_t operator()(const KPluginModule* module) const { return operator()(module->path()); }
-};
-struct SamePath {
-  using is_transparent = void;
-  bool operator()(std::wstring_view a, std::wstring_view b) const noexcept;
-  bool operator()(const KPluginModule* a, std::wstring_view b) const noexcept { return operator()(a->path(), b); }
-  bool operator()(std::wstring_view a, const KPluginModule* b) const noexcept { return operator()(a, b->path()); }
-  bool operator()(const KPluginModule* a, const KPluginModule* b) const noexcept {
-    return operator()(a->path(), b->path());
-  }
-};
-
-// Any of the words may be the one in which the identifiers of a maker's modules differ.
-struct WordsHash {
-  std::size_t operator()(const ClassWords& words) const noexcept {
-    u32 hash = 0;
-    for (const u32 word : {words.word1, words.word2, words.word3, words.word4}) hash = (hash ^ word) * 0x9E3779B1;
-    return hash ^ hash >> 16;
-  }
-};
 
 class KPluginManager final : public IPluginManager, public IModuleCatalogue, public IObjectWatch {
   CORVIX_IDENTITY(KPluginManager, 0x2BD7046F, 0x4E68A9C3, 0x8071F35D, 0xD9163EA2, IPluginManager, IModuleCatalogue,
@@ -119,15 +92,16 @@ class KPluginManager final : public IPluginManager, public IModuleCatalogue, pub
   template <class Interface, class Call>
   void forEachObject(KInterfaceCollection* declared, Call call);
   void arrangeByNeeds(const wchar_t* interfaceName);
-  KPluginModule* findByPath(const std::wstring& path) const;
+  KPluginModule* findByPath(std::wstring_view path) const noexcept;
+  KPluginModule* findByIdentifier(const ClassWords& words) const noexcept;
   void addRecord(const Ref<KPluginModule>& module);
 
   KClassFactoryLocal& registry_;
   IUserAlert& alert_;
   std::vector<Ref<KPluginModule>> modules_;
   // Of two with the same path or identifier the first.
-  std::unordered_set<KPluginModule*, PathHash, SamePath> byPath_;
-  std::unordered_map<ClassWords, KPluginModule*, WordsHash> byIdentifier_;
+  AddressIndex<KPluginModule, &KPluginModule::pathHash, &KPluginModule::samePathBucket> byPath_;
+  AddressIndex<KPluginModule, &KPluginModule::identifierHash, &KPluginModule::sameIdentifierBucket> byIdentifier_;
   bool hasUnlisted_ = false;  // a module failed before it came into the table of identifiers
   Ref<IBSettings> settings_;
   SettingsRegistry settingsRegistry_;

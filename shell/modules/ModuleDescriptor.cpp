@@ -53,13 +53,18 @@ class ModuleDescriptor::Reading {
  public:
   explicit Reading(ModuleDescriptor& into) noexcept : into_(into), builder_(into.table_) {}
 
-  void read(const XMLNodeNode& plugin) {
-    into_.plugin_ = attributesOf(plugin);
+  std::vector<Attributes> read(const XMLNodeNode& plugin) {
+    const u32 pluginCount = attributesOf(plugin).count();
     for (i32 i = 0; i < plugin.childCount(); ++i) {
       if (plugin.childAt(i)->type() == XmlNodeType::Element)
         readElement(static_cast<const XMLNodeNode&>(*plugin.childAt(i)));
     }
     builder_.finish();
+    const bool hasMore = !more_.settings.empty() || !more_.requirements.empty() || more_.attributesLeftOut ||
+                         more_.namesTooLong || more_.settingsTooMany || more_.requirementsTooMany;
+    if (hasMore) into_.more_ = std::make_unique<More>(std::move(more_));
+    into_.pluginCount_ = pluginCount;
+    return std::move(interfaces_);
   }
 
  private:
@@ -67,27 +72,27 @@ class ModuleDescriptor::Reading {
     if (isRequirement(element)) return readRequirement(element);
     if (!isSetting(element) && element.nameView() != L"Interface") return;
     if (hasLongName(element)) {
-      ++into_.namesTooLong_;
+      ++more_.namesTooLong;
     } else if (!isSetting(element)) {
-      into_.interfaces_.push_back(attributesOf(element));
+      interfaces_.push_back(attributesOf(element));
     } else if (mayTakeIn(lengthOf(element))) {
-      into_.settings_.push_back(attributesOf(element));
+      more_.settings.push_back(attributesOf(element));
     } else {
-      ++into_.settingsTooMany_;
+      ++more_.settingsTooMany;
     }
   }
 
   void readRequirement(const XMLNodeNode& element) {
-    if (into_.requirements_.size() >= kMostRequirements) {
-      ++into_.requirementsTooMany_;
+    if (more_.requirements.size() >= kMostRequirements) {
+      ++more_.requirementsTooMany;
       return;
     }
     const Attributes attributes = attributesOf(element);
-    if (attributes.find(L"Interface")) into_.requirements_.push_back(attributes);
+    if (attributes.find(L"Interface")) more_.requirements.push_back(attributes);
   }
 
   bool mayTakeIn(std::size_t settingLength) noexcept {
-    if (into_.settings_.size() >= kMostSettings || settingLength > kMostSettingText - settingText_) return false;
+    if (more_.settings.size() >= kMostSettings || settingLength > kMostSettingText - settingText_) return false;
     settingText_ += settingLength;
     return true;
   }
@@ -99,7 +104,7 @@ class ModuleDescriptor::Reading {
         builder_.add(name, value);
         ++count;
       } else {
-        ++into_.attributesLeftOut_;
+        ++more_.attributesLeftOut;
       }
     });
     return builder_.endElement();
@@ -107,23 +112,31 @@ class ModuleDescriptor::Reading {
 
   ModuleDescriptor& into_;
   AttributeTable::Builder builder_;
+  std::vector<Attributes> interfaces_;
+  More more_;
   std::size_t settingText_ = 0;
 };
 
-void ModuleDescriptor::read(const XMLNodeNode& plugin) { Reading(*this).read(plugin); }
+std::vector<Attributes> ModuleDescriptor::read(const XMLNodeNode& plugin) { return Reading(*this).read(plugin); }
+
+const ModuleDescriptor::More& ModuleDescriptor::more() const noexcept {
+  static const More nothing;
+  return more_ ? *more_ : nothing;
+}
 
 std::wstring ModuleDescriptor::complaints() const {
   const auto number = [](std::size_t value) { return std::to_wstring(value); };
   std::wstring all;
-  complain(all, L"Attributes left out: ", attributesLeftOut_,
+  complain(all, L"Attributes left out: ", more().attributesLeftOut,
            L"an element has at most " + number(kMostAttributes) + L", a name at most " + number(kLongestName) +
                L" letters, a value at most " + number(kLongestValue));
-  complain(all, L"Interfaces and settings left out: ", namesTooLong_,
+  complain(all, L"Interfaces and settings left out: ", more().namesTooLong,
            L"a name has at most " + number(kLongestName) + L" letters");
   complain(
-      all, L"Settings left out: ", settingsTooMany_,
+      all, L"Settings left out: ", more().settingsTooMany,
       L"a module has at most " + number(kMostSettings) + L", of together " + number(kMostSettingText) + L" letters");
-  complain(all, L"Requirements left out: ", requirementsTooMany_, L"a module has at most " + number(kMostRequirements));
+  complain(all, L"Requirements left out: ", more().requirementsTooMany,
+           L"a module has at most " + number(kMostRequirements));
   return all;
 }
 

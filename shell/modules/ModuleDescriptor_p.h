@@ -4,6 +4,7 @@
 
 #include "core/xml/Attributes_p.h"
 
+#include <memory>
 #include <string>
 
 namespace corvix {
@@ -17,15 +18,12 @@ class ModuleDescriptor {
   static constexpr std::size_t kMostSettingText = 1024 * 1024;  // of all settings together: they go to the registry
   static constexpr std::size_t kMostRequirements = 64;
 
-  // Once; the tree is not needed any more afterwards.
-  void read(const XMLNodeNode& plugin);
+  // Once; the tree is not needed any more afterwards. The interfaces in document order.
+  std::vector<Attributes> read(const XMLNodeNode& plugin);
 
-  const Attributes& plugin() const noexcept { return plugin_; }
-  const std::vector<Attributes>& settings() const noexcept { return settings_; }
-  const std::vector<Attributes>& requirements() const noexcept { return requirements_; }
-
-  // In document order; taken over by the caller.
-  std::vector<Attributes> takeInterfaces() noexcept { return std::move(interfaces_); }
+  Attributes plugin() const noexcept { return table_.first(pluginCount_); }
+  const std::vector<Attributes>& settings() const noexcept { return more().settings; }
+  const std::vector<Attributes>& requirements() const noexcept { return more().requirements; }
 
   // Sentences about what was left out; mostly empty.
   std::wstring complaints() const;
@@ -33,15 +31,20 @@ class ModuleDescriptor {
  private:
   class Reading;
 
+  // What most modules have nothing of.
+  struct More {
+    std::vector<Attributes> settings;
+    std::vector<Attributes> requirements;  // each with an "Interface"
+    u32 attributesLeftOut = 0;
+    u32 namesTooLong = 0;  // interfaces and settings
+    u32 requirementsTooMany = 0;
+    u32 settingsTooMany = 0;
+  };
+  const More& more() const noexcept;
+
   AttributeTable table_;
-  Attributes plugin_;
-  std::vector<Attributes> interfaces_;
-  std::vector<Attributes> settings_;
-  std::vector<Attributes> requirements_;  // each with an "Interface"
-  u32 attributesLeftOut_ = 0;
-  u32 namesTooLong_ = 0;  // interfaces and settings
-  u32 requirementsTooMany_ = 0;
-  u32 settingsTooMany_ = 0;
+  u32 pluginCount_ = 0;
+  std::unique_ptr<More> more_;  // null: nothing
 };
 
 }  // namespace corvix

@@ -22,13 +22,20 @@ constexpr wchar_t kCaption[] = L"Teldane Quill";
 
 }  // namespace
 
-void KPluginModule::readDescriptor(const XMLNodeNode& plugin) {
-  descriptor_.read(plugin);
+const stype_info& DeclaredIdentifier::make(const ClassWords& words) const noexcept {
+  alignas(PlainIdentifier) static unsigned char spare[sizeof(PlainIdentifier)];
+  void* const place = made_.tryAllocate(1) ? static_cast<void*>(made_.get()) : spare;
+  return *new (place) PlainIdentifier(words);
+}
+
+std::vector<Attributes> KPluginModule::readDescriptor(const XMLNodeNode& plugin) {
+  std::vector<Attributes> interfaces = descriptor_.read(plugin);
   const wchar_t* const text = descriptor_.plugin().find(L"GUID");
   const std::optional<ClassWords> words = text ? parseClassWords(text, std::wcslen(text)) : std::nullopt;
   std::wstring flaws;
   if (words) {
-    identifier_.emplace(*words);
+    words_ = *words;
+    hasIdentifier_ = true;
   } else {
     flaws = text ? L"Its identifier does not have four numbers; the module cannot be found by identifier."
                  : L"It has no identifier; the module cannot be found by identifier.";
@@ -36,11 +43,17 @@ void KPluginModule::readDescriptor(const XMLNodeNode& plugin) {
   const std::wstring complaints = descriptor_.complaints();
   if (!flaws.empty() && !complaints.empty()) flaws += L' ';
   flaw_ = keep(flaws + complaints);
-  if (state_ == ModuleState::Failed) return;
+  if (state_ == ModuleState::Failed) return interfaces;
   reason_ = flaw_;
   const auto stamp = [&](const wchar_t* name) { return orEmpty(descriptor_.plugin().find(name)); };
   const std::wstring why = whyOtherContract({stamp(L"SdkVersion"), stamp(L"SdkCompiler"), stamp(L"SdkBits")});
   if (!why.empty()) fail(why);
+  return interfaces;
+}
+
+KPluginModule::History& KPluginModule::history() {
+  if (!history_) history_ = std::make_unique<History>();
+  return *history_;
 }
 
 const wchar_t* KPluginModule::keep(const std::wstring& sentence) noexcept {
@@ -48,12 +61,13 @@ const wchar_t* KPluginModule::keep(const std::wstring& sentence) noexcept {
   try {
     std::wstring text = sentence.substr(0, kLongestSentence);
     if (*flaw_) text.append(L" ").append(flaw_);
-    const auto before = std::find(said_.begin(), said_.end(), text);
-    if (before != said_.end()) return before->c_str();
-    if (state_ != ModuleState::Failed && std::distance(said_.begin(), said_.end()) >= kMostSaid)
+    auto& said = history().said;
+    const auto before = std::find(said.begin(), said.end(), text);
+    if (before != said.end()) return before->c_str();
+    if (state_ != ModuleState::Failed && std::distance(said.begin(), said.end()) >= kMostSaid)
       return L"Its class factory failed, and said too much before to be quoted again.";
-    said_.push_front(std::move(text));
-    return said_.front().c_str();
+    said.push_front(std::move(text));
+    return said.front().c_str();
   } catch (const std::bad_alloc&) {
     return L"It failed, and there is not enough memory to say why.";
   }
@@ -93,17 +107,22 @@ XMLNode* KPluginModule::readResource(const wchar_t* name) {
 }
 
 void KPluginModule::leaveOut(EarlierStarts& starts, const EndedStart& ended) {
+  History& itsHistory = history();
   fail(L"The program ended in it at its start of " + EarlierStarts::describe(ended) +
        L", so it is left out. It is tried again once its file has changed, or this one is deleted: " + ended.file);
-  isLeftOut_ = true;
-  starts_ = &starts;
+  itsHistory.starts = &starts;
 }
 
-bool KPluginModule::tryAgain() noexcept { return isLeftOut_ && starts_->forget(path_); }
+bool KPluginModule::tryAgain() noexcept { return isLeftOut() && history_->starts->forget(path_); }
 
 StartMark KPluginModule::markedNow(StartPhase phase) noexcept {
-  if (stamp_ == FileStamp()) stamp_ = stampOf(path_);
-  return {path_, stamp_, phase};
+  if (history_ && !(history_->stamp == FileStamp())) return {path_, history_->stamp, phase};
+  const FileStamp stamp = stampOf(path_);
+  try {
+    history().stamp = stamp;
+  } catch (const std::bad_alloc&) {  // then the file is asked again
+  }
+  return {path_, stamp, phase};
 }
 
 bool KPluginModule::hasWhatItNeeds() {
@@ -167,7 +186,7 @@ IBSmartObject* KPluginModule::cannotCreate(const wchar_t* interfaceName, const s
 }
 
 IBSmartObject* KPluginInterface::createObject() {
-  IBSmartObject* object = module_->createObject(name_, identifier_);
+  IBSmartObject* object = module_->createObject(name_, identifier());
   if (object && !isLookedAt_ && !lookAt(*object)) object = nullptr;  // it cannot be released either
   if (object) {
     reason_ = L"";
@@ -175,6 +194,11 @@ IBSmartObject* KPluginInterface::createObject() {
     setReason(*module_->reason() ? module_->reason() : L"Its module is just being loaded.");
   }
   return object;
+}
+
+ClassWords KPluginInterface::words() const noexcept {
+  const wchar_t* const text = attributes_.find(L"GUID");
+  return text ? parseClassWords(text, std::wcslen(text)).value_or(ClassWords{}) : ClassWords{};
 }
 
 void KPluginInterface::reject(const wchar_t* why) {
@@ -210,7 +234,7 @@ bool KPluginInterface::isSound(IBSmartObject& object) {
   const GuardedOutcome outcome = guardedFromAll([&] {
     const char* const text = object.typeInfo().className();
     className.assign(text, std::find(text, text + kLongestShown, '\0'));
-    answers = object.query(identifier_) != nullptr;
+    answers = object.query(identifier()) != nullptr;
   });
   if (outcome.fault)
     module_->crashed(name_, L"it made an object that crashed when it was asked for its identity", outcome.fault);
@@ -219,7 +243,7 @@ bool KPluginInterface::isSound(IBSmartObject& object) {
   if (outcome.fault || outcome.thrown) return false;
   if (!answers)
     sWriteLog(L"Warning: the object \"%s\" from %s, a %hs, does not answer to the identifier declared for it, %hs\n",
-              name_, module_->path(), className.c_str(), identifier_.text());
+              name_, module_->path(), className.c_str(), identifier().text());
   return true;
 }
 

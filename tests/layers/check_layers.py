@@ -26,7 +26,7 @@ FLOORS = ["core/baselib/" + room for room in
           ("heap", "text", "identity", "system", "objects", "threads", "streams", "memory")]
 # Private headers that other rooms of the library need.
 SHARED = """
-    core/baselib/memory/MemoryShell_p.h core/baselib/objects/GlobalData_p.h core/baselib/system/ApplicationKey_p.h
+    core/baselib/heap/AddressIndex_p.h core/baselib/memory/MemoryShell_p.h core/baselib/objects/GlobalData_p.h core/baselib/system/ApplicationKey_p.h
     core/baselib/system/FileWindow_p.h core/baselib/system/ForeignCall_p.h core/baselib/system/ProcessEnd_p.h
     core/baselib/system/KernelFile_p.h core/baselib/system/NativeSection_p.h core/baselib/system/OwningHandle_p.h core/baselib/system/PartFile_p.h core/baselib/system/UserData_p.h
     core/baselib/system/RegistryKey_p.h core/baselib/text/LatelyFound_p.h core/baselib/text/NameTable_p.h

@@ -54,7 +54,7 @@ void endManager() noexcept {
   systemPool = nullptr;
   hasEnded = true;
   liveState = nullptr;
-  if (isWhole) state->section.~SCriticalSection();
+  if (isWhole) state->~ManagerState();
 }
 
 void ManagerState::holdReserve() noexcept {

@@ -1,7 +1,7 @@
 // Registrations: a list of registered objects, the newest first, that may change while it is visited.
 #pragma once
 
-#include "core/baselib/Api.h"
+#include "core/baselib/heap/AddressIndex_p.h"
 
 namespace corvix::memory {
 
@@ -12,23 +12,25 @@ class Registrations {
     T* object;
     Node* next;
     Node* previous;
+    Node* sameBucket;
   };
 
   Node* first() const noexcept { return first_; }
   u32 count() const noexcept { return count_; }
 
   void push(Node* node, T* object) noexcept {
-    *node = {object, first_, nullptr};
+    *node = {object, first_, nullptr, nullptr};
     if (first_) first_->previous = node;
     first_ = node;
+    byObject_.enter(node);
     ++count_;
   }
 
   // Takes the newest entry of the object out; null if there is none. The node still holds the object.
   Node* unlink(const T* object) noexcept {
-    Node* node = first_;
-    while (node && node->object != object) node = node->next;
+    Node* const node = byObject_.find(object);
     if (!node) return nullptr;
+    byObject_.leave(node);
     for (Visit* visit = visits_; visit; visit = visit->outer) {
       if (visit->next == node) visit->next = node->next;
     }
@@ -64,6 +66,7 @@ class Registrations {
 
   Node* first_ = nullptr;
   u32 count_ = 0;
+  AddressIndex<Node, &Node::object> byObject_;
   Visit* visits_ = nullptr;  // under way, the innermost first
 };
 

@@ -14,12 +14,7 @@ constexpr u32 kRepeat = 1;  // another entry of the listener comes first
 constexpr u32 kFirstVersion = 2;
 constexpr u32 kLastVersion = 1u << 30;  // the numbers begin anew once it is passed and nobody looks at them
 
-constexpr u32 kFirstBuckets = 32;
-
-u32 mixed(const void* address) noexcept {
-  const u32 bits = static_cast<u32>(reinterpret_cast<std::uintptr_t>(address)) * 0x9E3779B1u;
-  return bits ^ bits >> 15;
-}
+constinit ListenerList* orphans = nullptr;  // whose deliveries were not over when they were looked at last
 
 void setState(ListenerEntry& entry, u32 state) noexcept {
   if (entry.state.load(std::memory_order_relaxed) != state) entry.state.store(state, std::memory_order_release);
@@ -46,6 +41,11 @@ ListenerList::~ListenerList() {
   while (kept_) delete std::exchange(kept_, kept_->previous);
 }
 
+bool ListenerList::isWalked() const noexcept {
+  return newest_ || std::any_of(std::begin(walkers_), std::end(walkers_),
+                                [](const std::atomic<u32>& one) { return one.load(std::memory_order_acquire) != 0; });
+}
+
 void ListenerList::add(IBTransportable* listener, i32 priority) {
   std::unique_ptr<Entry> made(new Entry);
   Entry* const before = placeFor(priority);
@@ -62,10 +62,14 @@ void ListenerList::add(IBTransportable* listener, i32 priority) {
   entry->listener = listener;
   entry->priority = priority;
   entry->addedAt = version_.load(std::memory_order_relaxed);
-  const Entry* const other = anyOf(listener);
-  if (other) entry->toldBy = other->toldBy;
-  enterBucket(entry);
-  if (other) settleRepeats(listener);
+  if (const Entry* const other = byListener_.find(listener)) entry->toldBy = other->toldBy;
+  if (Entry* const first = firstOf(listener)) {
+    const bool isFirst = isBefore(*entry, *first);
+    if (isFirst) byListener_.replace(first, entry);
+    addRepeat(isFirst ? entry : first, isFirst ? first : entry);
+  } else {
+    byListener_.enter(entry);
+  }
   link(entry, before);
   // Those that are past it go back to it.
   for (Delivery* one = newest_; one; one = one->older_) {
@@ -83,17 +87,24 @@ void ListenerList::remove(IBTransportable* listener) noexcept {
   }
   unlink(entry);
   setState(*entry, version_.load(std::memory_order_relaxed));
+  if (Entry* const repeat = firstRepeat(*entry)) {
+    repeat->toldBy = entry->toldBy;
+    byListener_.replace(entry, repeat);
+    setState(*repeat, kTellable);
+  } else {
+    byListener_.leave(entry);
+  }
   if (isNeeded(*entry)) {
     entry->previous = std::exchange(kept_, entry);
+    byListener_.enter(entry);
   } else {
-    leaveBucket(entry);
     delete entry;
+    if (kept_ && !isWalked()) freeAllKept();
   }
-  settleRepeats(listener);
 }
 
 void ListenerList::change() noexcept {
-  if (!newest_ && version_.load(std::memory_order_relaxed) > kLastVersion) renumber();
+  if (version_.load(std::memory_order_relaxed) > kLastVersion && !isWalked()) renumber();
   version_.store(version_.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
   std::atomic_thread_fence(std::memory_order_release);
 }
@@ -139,64 +150,42 @@ void ListenerList::unlink(Entry* entry) noexcept {
   count_.store(count() - 1, std::memory_order_relaxed);
 }
 
-ListenerList::Entry*& ListenerList::bucketOf(IBTransportable* listener) const noexcept {
-  return buckets_ ? buckets_[mixed(listener) & bucketMask_] : const_cast<Entry*&>(onlyBucket_);
-}
-
-ListenerList::Entry* ListenerList::anyOf(IBTransportable* listener) const noexcept {
-  Entry* entry = bucketOf(listener);
-  while (entry && entry->listener != listener) entry = entry->sameBucket;
+ListenerList::Entry* ListenerList::firstOf(IBTransportable* listener) const noexcept {
+  Entry* entry = byListener_.firstIn(listener);
+  while (entry && (entry->listener != listener || isRemoved(*entry))) entry = entry->sameBucket;
   return entry;
 }
 
-ListenerList::Entry* ListenerList::firstOf(IBTransportable* listener) const noexcept {
+// A delivery passes over all entries of a listener but the first. The others hang below it in a pairing heap, none
+// before the one above it, `sameBucket` from one to the next of those below the same.
+void ListenerList::addRepeat(Entry* above, Entry* entry) noexcept {
+  entry->sameBucket = std::exchange(above->repeats, entry);
+  setState(*entry, kRepeat);
+}
+
+ListenerList::Entry* ListenerList::melded(Entry* a, Entry* b) noexcept {
+  if (!a || !b) return a ? a : b;
+  if (isBefore(*b, *a)) std::swap(a, b);
+  b->sameBucket = std::exchange(a->repeats, b);
+  return a;
+}
+
+// Those below the entry, in pairs and then together, under the first of them.
+ListenerList::Entry* ListenerList::firstRepeat(Entry& entry) noexcept {
+  Entry* pairs = nullptr;
+  for (Entry* one = std::exchange(entry.repeats, nullptr); one;) {
+    Entry* const two = one->sameBucket;
+    Entry* const behind = two ? two->sameBucket : nullptr;
+    Entry* const pair = melded(one, two);
+    pair->sameBucket = std::exchange(pairs, pair);
+    one = behind;
+  }
   Entry* first = nullptr;
-  for (Entry* entry = bucketOf(listener); entry; entry = entry->sameBucket) {
-    if (entry->listener != listener || isRemoved(*entry)) continue;
-    if (!first || isBefore(*entry, *first)) first = entry;
+  while (pairs) {
+    Entry* const next = pairs->sameBucket;
+    first = melded(first, std::exchange(pairs, next));
   }
   return first;
-}
-
-void ListenerList::enterBucket(Entry* entry) noexcept {
-  if (++held_ > (buckets_ ? bucketMask_ : kFewEntries)) growBuckets();
-  Entry*& bucket = bucketOf(entry->listener);
-  entry->sameBucket = bucket;
-  bucket = entry;
-}
-
-void ListenerList::leaveBucket(Entry* entry) noexcept {
-  Entry** place = &bucketOf(entry->listener);
-  while (*place != entry) place = &(*place)->sameBucket;
-  *place = entry->sameBucket;
-  --held_;
-}
-
-// Without memory for more there are fewer than there should be, until the next time.
-void ListenerList::growBuckets() noexcept {
-  const u32 oldCount = buckets_ ? bucketMask_ + 1 : 1;
-  const u32 newCount = buckets_ ? oldCount * 2 : kFirstBuckets;
-  HeapBuffer<Entry*> grown;
-  if (!grown.tryAllocate(newCount)) return;
-  std::fill_n(grown.get(), newCount, nullptr);
-  for (u32 i = 0; i < oldCount; ++i) {
-    for (Entry* entry = buckets_ ? buckets_[i] : onlyBucket_; entry;) {
-      Entry*& bucket = grown[mixed(entry->listener) & (newCount - 1)];
-      Entry* const next = std::exchange(entry->sameBucket, bucket);
-      bucket = std::exchange(entry, next);
-    }
-  }
-  onlyBucket_ = nullptr;
-  buckets_ = std::move(grown);
-  bucketMask_ = newCount - 1;
-}
-
-// A delivery passes over all entries of a listener but the first.
-void ListenerList::settleRepeats(IBTransportable* listener) noexcept {
-  Entry* const first = firstOf(listener);
-  for (Entry* entry = bucketOf(listener); entry; entry = entry->sameBucket) {
-    if (entry->listener == listener && !isRemoved(*entry)) setState(*entry, entry == first ? kTellable : kRepeat);
-  }
 }
 
 void ListenerList::enter(Delivery& delivery) noexcept {
@@ -205,12 +194,25 @@ void ListenerList::enter(Delivery& delivery) noexcept {
   newest_ = &delivery;
 }
 
+std::atomic<u32>* ListenerList::startWalk(u32 version) noexcept {
+  for (std::atomic<u32>& one : walkers_) {
+    if (one.load(std::memory_order_relaxed) != 0) continue;
+    one.store(version, std::memory_order_relaxed);
+    return &one;
+  }
+  return nullptr;
+}
+
 void ListenerList::leave(Delivery& delivery) noexcept {
-  endMarks(delivery);
-  (delivery.older_ ? delivery.older_->newer_ : oldest_) = delivery.newer_;
-  (delivery.newer_ ? delivery.newer_->older_ : newest_) = delivery.older_;
+  if (delivery.walker_) {
+    delivery.walker_->store(0, std::memory_order_relaxed);
+  } else {
+    endMarks(delivery);
+    (delivery.older_ ? delivery.older_->newer_ : oldest_) = delivery.newer_;
+    (delivery.newer_ ? delivery.newer_->older_ : newest_) = delivery.older_;
+  }
   if (isOrphaned_) {
-    if (!newest_) delete this;
+    sweepOrphans();
   } else {
     freeKept(delivery);
   }
@@ -219,14 +221,28 @@ void ListenerList::leave(Delivery& delivery) noexcept {
 void ListenerList::orphan() noexcept {
   change();
   isOrphaned_ = true;
-  if (!newest_) delete this;
+  nextOrphan_ = std::exchange(orphans, this);
+  sweepOrphans();
+}
+
+// A delivery on another thread may have ended without a word since the last time.
+void ListenerList::sweepOrphans() noexcept {
+  for (ListenerList** place = &orphans; *place;) {
+    ListenerList* const one = *place;
+    if (one->isWalked()) {
+      place = &one->nextOrphan_;
+    } else {
+      *place = one->nextOrphan_;
+      delete one;
+    }
+  }
 }
 
 IBTransportable* ListenerList::next(Delivery& delivery) noexcept {
   if (isOrphaned_) return nullptr;
   if (!delivery.keepsMarks_) startMarks(delivery);
   for (Entry* entry = after(static_cast<Entry*>(delivery.at_)); entry != &ends_; entry = after(entry)) {
-    if (isTold(delivery, *entry)) continue;
+    if (entry->state.load(std::memory_order_relaxed) == kRepeat || isTold(delivery, *entry)) continue;
     setTold(delivery, *entry);
     delivery.at_ = entry;
     return entry->listener;
@@ -238,14 +254,26 @@ IBTransportable* ListenerList::next(Delivery& delivery) noexcept {
 // have passed it, the marks of others may be in no other entry of the listener.
 bool ListenerList::isNeeded(const Entry& removed) const noexcept {
   const u32 removedAt = removed.state.load(std::memory_order_relaxed);
+  for (const std::atomic<u32>& walker : walkers_) {
+    const u32 seen = walker.load(std::memory_order_acquire);
+    if (seen != 0 && seen < removedAt && seen >= removed.addedAt) return true;
+  }
   for (const Delivery* one = newest_; one; one = one->older_) {
     if (!one->keepsMarks_ && one->seenVersion_ < removedAt && one->seenVersion_ >= removed.addedAt) return true;
   }
   if (removed.toldBy == 0) return false;
-  for (const Entry* entry = bucketOf(removed.listener); entry; entry = entry->sameBucket) {
+  for (const Entry* entry = byListener_.firstIn(removed.listener); entry; entry = entry->sameBucket) {
     if (entry != &removed && entry->listener == removed.listener) return false;
   }
   return true;
+}
+
+void ListenerList::freeAllKept() noexcept {
+  while (Entry* const entry = kept_) {
+    kept_ = entry->previous;
+    byListener_.leave(entry);
+    delete entry;
+  }
 }
 
 // Looks at what was removed while the delivery was under way.
@@ -257,7 +285,7 @@ void ListenerList::freeKept(const Delivery& ended) noexcept {
       continue;
     }
     *place = entry->previous;
-    leaveBucket(entry);
+    byListener_.leave(entry);
     delete entry;
   }
 }
@@ -273,7 +301,7 @@ bool ListenerList::isTold(const Delivery& delivery, const Entry& entry) const no
 
 void ListenerList::setTold(Delivery& delivery, const Entry& told) noexcept {
   if (delivery.mark_) {
-    for (Entry* entry = bucketOf(told.listener); entry; entry = entry->sameBucket) {
+    for (Entry* entry = byListener_.firstIn(told.listener); entry; entry = entry->sameBucket) {
       if (entry->listener == told.listener) entry->toldBy |= delivery.mark_;
     }
   } else if (auto* const served = static_cast<Served*>(delivery.served_)) {

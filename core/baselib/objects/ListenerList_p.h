@@ -2,10 +2,11 @@
 //
 // All of it runs under the lock of `dataCSProc`, but for the steps of a delivery that has seen no change: those follow
 // `next` without it. Therefore `version` goes up before a change can be seen, and what such a delivery may stand on
-// is taken out of the order at once but kept in memory until that delivery ends. Only `add` allocates.
+// is taken out of the order at once but kept in memory until that delivery ends. Of the first few such deliveries no
+// more is known than the version that they saw, and they end without a word. Only `add` allocates.
 #pragma once
 
-#include "core/baselib/heap/HeapBuffer.h"
+#include "core/baselib/heap/AddressIndex_p.h"
 #include "core/baselib/objects/NotifySender.h"
 
 #include <functional>
@@ -28,23 +29,30 @@ struct ListenerList : HeapAllocated {
   void add(IBTransportable* listener, i32 priority);
   void remove(IBTransportable* listener) noexcept;
 
-  // From `enter` to `leave` a delivery is known here. `leave` deletes a list without a sender with its last delivery.
+  // A place that holds the version until 0 is stored there, by whom is known to stand on no entry any more; null when
+  // there is none left.
+  std::atomic<u32>* startWalk(u32 version) noexcept;
+
+  // From `enter` to `leave` a delivery is known here; one with such a place may leave too. A list without a sender goes
+  // with its last delivery.
   void enter(Delivery& delivery) noexcept;
   void leave(Delivery& delivery) noexcept;
 
   // The first listener that was not told yet, for a delivery during which the list has changed.
   IBTransportable* next(Delivery& delivery) noexcept;
 
-  // The sender goes: deliveries end, and so does the list, at once or with the last of them.
+  // The sender goes: deliveries end, and so does the list, at once or with the last of them, or with another one later
+  // where that delivery ended without a word.
   void orphan() noexcept;
 
  private:
   struct Entry : ListenerEntry, HeapAllocated {
     Entry* previous = nullptr;  // of one that is kept: the one that was removed before it
     Entry* sameBucket = nullptr;
+    Entry* repeats = nullptr;  // of the same listener and later in the order
     u32 addedAt = 0;
     i32 priority = 0;
-    u32 toldBy = 0;  // a bit for each delivery that keeps marks; the same in all entries of a listener
+    u32 toldBy = 0;  // a bit for each delivery that keeps marks; in a listener's first entry and in removed ones
   };
   struct Served : HeapAllocated {
     std::vector<IBTransportable*, HeapAllocator<IBTransportable*>> all;
@@ -59,20 +67,19 @@ struct ListenerList : HeapAllocated {
 
   void change() noexcept;
   void renumber() noexcept;
+  bool isWalked() const noexcept;
+  void freeAllKept() noexcept;
+  static void sweepOrphans() noexcept;
 
   // The order.
   Entry* placeFor(i32 priority) noexcept;
   void link(Entry* entry, Entry* before) noexcept;
   void unlink(Entry* entry) noexcept;
 
-  // The entries of each listener, removed ones included as long as they are kept.
-  Entry*& bucketOf(IBTransportable* listener) const noexcept;
-  Entry* anyOf(IBTransportable* listener) const noexcept;
   Entry* firstOf(IBTransportable* listener) const noexcept;
-  void enterBucket(Entry* entry) noexcept;
-  void leaveBucket(Entry* entry) noexcept;
-  void growBuckets() noexcept;
-  void settleRepeats(IBTransportable* listener) noexcept;
+  static void addRepeat(Entry* above, Entry* entry) noexcept;
+  static Entry* melded(Entry* a, Entry* b) noexcept;
+  static Entry* firstRepeat(Entry& entry) noexcept;
 
   // Deliveries.
   bool isNeeded(const Entry& removed) const noexcept;
@@ -85,18 +92,16 @@ struct ListenerList : HeapAllocated {
   void startMarks(Delivery& delivery) noexcept;
   void endMarks(Delivery& delivery) noexcept;
 
-  static constexpr u32 kFewEntries = 8;  // that one bucket is enough for
-
   Entry ends_;
   std::atomic<u32> count_{0};  // in the order
-  u32 held_ = 0;               // in the buckets
   std::atomic<u32> version_;
   bool isOrphaned_ = false;
-  Levels levels_;  // the last entry of every priority but the greatest
-  Entry* onlyBucket_ = nullptr;
-  HeapBuffer<Entry*> buckets_;
-  u32 bucketMask_ = 0;
-  Entry* kept_ = nullptr;  // removed, the latest first
+  Levels levels_;                                             // the last entry of every priority but the greatest
+  AddressIndex<Entry, &ListenerEntry::listener> byListener_;  // the first of each listener, and removed ones
+  Entry* kept_ = nullptr;                                     // removed, the latest first
+  static constexpr int kWalkers = 4;
+  std::atomic<u32> walkers_[kWalkers] = {};  // versions, 0 where no delivery is
+  ListenerList* nextOrphan_ = nullptr;
   Delivery* oldest_ = nullptr;
   Delivery* newest_ = nullptr;
   u32 marksInUse_ = 0;

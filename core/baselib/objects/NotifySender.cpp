@@ -1,9 +1,10 @@
 #include "core/baselib/objects/NotifySender.h"
 
 #include "core/baselib/objects/ListenerList_p.h"
-#include "core/baselib/system/CriticalSection.h"
+#include "core/baselib/system/NativeSection_p.h"
 
 #include <new>
+#include <utility>
 
 namespace corvix {
 
@@ -14,24 +15,44 @@ SCriticalSection& dataCSProc() noexcept {
   return *made;
 }
 
+namespace {
+
+class DataLock {
+ public:
+  DataLock() noexcept : section_(native(dataCSProc())) { enterNative(section_); }
+  ~DataLock() { leaveNative(section_); }
+  DataLock(const DataLock&) = delete;
+  DataLock& operator=(const DataLock&) = delete;
+
+ private:
+  CRITICAL_SECTION* const section_;
+};
+
+}  // namespace
+
 void Delivery::begin(BNotifySender& sender) noexcept {
-  const SCriticalSection::Lock lock(dataCSProc());
+  const DataLock lock;
   ListenerList* const list = sender.list_.load(std::memory_order_relaxed);
   if (!list || list->count() == 0) return;
   list_ = list;
   version_ = &list->version();
   seenVersion_ = version_->load(std::memory_order_relaxed);
   at_ = list->ends();
-  list->enter(*this);
+  walker_ = list->startWalk(seenVersion_);
+  if (!walker_) list->enter(*this);
 }
 
 void Delivery::end() noexcept {
-  const SCriticalSection::Lock lock(dataCSProc());
+  const DataLock lock;
   list_->leave(*this);
 }
 
 ListenerEntry* Delivery::lookAgain(ListenerEntry* told) noexcept {
-  const SCriticalSection::Lock lock(dataCSProc());
+  const DataLock lock;
+  if (walker_) {
+    list_->enter(*this);
+    std::exchange(walker_, nullptr)->store(0, std::memory_order_relaxed);
+  }
   if (!keepsMarks_) at_ = told;
   own_.listener = list_->next(*this);
   own_.next.store(&own_, std::memory_order_relaxed);
@@ -40,14 +61,14 @@ ListenerEntry* Delivery::lookAgain(ListenerEntry* told) noexcept {
 
 BNotifySender::~BNotifySender() {
   if (!list_.load(std::memory_order_relaxed)) return;
-  const SCriticalSection::Lock lock(dataCSProc());
+  const DataLock lock;
   // A static sender may be asked again after its end: it then has no listeners.
   list_.exchange(nullptr, std::memory_order_relaxed)->orphan();
 }
 
 void BNotifySender::addListener(IBTransportable* listener, i32 priority) {
   if (!listener) return;
-  const SCriticalSection::Lock lock(dataCSProc());
+  const DataLock lock;
   ListenerList* list = list_.load(std::memory_order_relaxed);
   if (!list) {
     list = new ListenerList;
@@ -57,7 +78,7 @@ void BNotifySender::addListener(IBTransportable* listener, i32 priority) {
 }
 
 void BNotifySender::removeListener(IBTransportable* listener) noexcept {
-  const SCriticalSection::Lock lock(dataCSProc());
+  const DataLock lock;
   if (ListenerList* const list = list_.load(std::memory_order_relaxed)) list->remove(listener);
 }
 

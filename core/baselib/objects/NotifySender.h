@@ -49,8 +49,11 @@ class CORVIX_API BNotifySender : public virtual IBRTTISupport {
   // Takes out the first entry that holds the listener; nothing happens if there is none.
   void removeListener(IBTransportable* listener) noexcept;
 
-  bool hasListeners() const noexcept { return list_.load(std::memory_order_acquire) && listenerCount() != 0; }
+  bool hasListeners() const noexcept { return hadListeners() && listenerCount() != 0; }
   u32 listenerCount() const noexcept;
+
+  // Ever; a delivery without any needs nothing else.
+  bool hadListeners() const noexcept { return list_.load(std::memory_order_acquire) != nullptr; }
 
   // Tells every listener once, also those that are added meanwhile, not those that are removed before their
   // turn. Returns kStop if a handler did, else kTaken if any did, else kGoOn.
@@ -69,14 +72,19 @@ struct ListenerEntry {
 };
 
 // One delivery under way, on the stack of who delivers. It allocates nothing. As long as the list does not change it
-// follows the entries; once it has, every step is made under the lock and marks who was told.
+// follows the entries and ends without a lock; once it has, every step is made under the lock and marks who was told.
 class Delivery {
  public:
   explicit Delivery(BNotifySender& sender) {
-    if (sender.list_.load(std::memory_order_acquire)) begin(sender);
+    if (sender.hadListeners()) begin(sender);
   }
   ~Delivery() {
-    if (list_) end();
+    if (!list_) return;
+    if (walker_ && version_->load(std::memory_order_acquire) == seenVersion_) {
+      walker_->store(0, std::memory_order_release);
+    } else {
+      end();
+    }
   }
   Delivery(const Delivery&) = delete;
   Delivery& operator=(const Delivery&) = delete;
@@ -103,6 +111,7 @@ class Delivery {
 
   ListenerList* list_ = nullptr;
   const std::atomic<u32>* version_ = nullptr;
+  std::atomic<u32>* walker_ = nullptr;  // tells the list that the delivery is under way; null: the list knows it
   u32 seenVersion_ = 0;
   ListenerEntry* at_ = nullptr;  // where it starts; told last, once it keeps marks
 
@@ -118,6 +127,7 @@ class Delivery {
 template <class Listener, class Call>
 int broadcastTo(BNotifySender& sender, Call call, const wchar_t* place = Listener::classNameW()) {
   int result = notify::kGoOn;
+  if (!sender.hadListeners()) return result;
   Delivery delivery(sender);
   for (ListenerEntry* at = delivery.start(); at && (at = delivery.next(at))->listener;) {
     IBTransportable* const listener = at->listener;

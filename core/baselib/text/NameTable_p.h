@@ -1,6 +1,6 @@
 // The table behind every map from names: chained buckets, 64 at first, twice as many whenever the load passes
-// three quarters. Walks go bucket by bucket, each chain from its head; new entries come at the head. Not
-// locked: the owner is.
+// three quarters. Walks go bucket by bucket, each chain from its head; new entries come at the head. An entry is one
+// block that stays where it is, the name terminated behind the value. Not locked: the owner is.
 #pragma once
 
 #include "core/baselib/heap/HeapAllocated.h"
@@ -21,7 +21,7 @@ class NameTable {
     u32 length;  // of the name, in units
     Entry* next;
     Value value;
-    Char* name() noexcept { return reinterpret_cast<Char*>(this + 1); }
+    Char* name() noexcept { return reinterpret_cast<Char*>(&value + 1); }
     std::basic_string_view<Char> view() noexcept { return {name(), length}; }
   };
 
@@ -29,6 +29,9 @@ class NameTable {
   NameTable(const NameTable&) = delete;
   NameTable& operator=(const NameTable&) = delete;
   ~NameTable() { clear(); }
+
+  // Of a value in the table.
+  static const Char* nameOf(const Value& value) noexcept { return reinterpret_cast<const Char*>(&value + 1); }
 
   u32 size() const noexcept { return size_; }
   u32 bucketCount() const noexcept { return static_cast<u32>(buckets_.size()); }
@@ -56,10 +59,11 @@ class NameTable {
   // `writeName` fills in the units.
   template <class WriteName>
   Value& add(u32 hash, u32 length, Value value, WriteName writeName) {
-    void* const block = heapAllocate(sizeof(Entry) + length * sizeof(Char));
+    void* const block = heapAllocate(sizeof(Entry) + (std::size_t{length} + 1) * sizeof(Char));
     Entry*& head = buckets_[hash & mask()];
     auto* const entry = new (block) Entry{hash, length, head, std::move(value)};
     writeName(entry->name());
+    entry->name()[length] = 0;
     head = entry;
     ++size_;
     if (isOverfull() && !isWalked_) grow();

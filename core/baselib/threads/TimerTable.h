@@ -39,10 +39,12 @@ class CORVIX_API TimerData {
 
  private:
   struct Entry;
+  struct Tables;
   friend struct TimerProcedure;
 
   Entry* findOrMake(i32 index) noexcept;
   i32 freeSlot() noexcept;
+  void kill(Entry& entry) noexcept;
   void remove(i32 index) noexcept;
   bool isSlot(i32 index) const noexcept { return index >= 0 && index < slotCount_; }
   Entry*& at(i32 slot) noexcept { return entries_[static_cast<std::size_t>(slot)]; }
@@ -50,6 +52,7 @@ class CORVIX_API TimerData {
   HeapBuffer<Entry*> entries_;
   i32 slotCount_ = 0;
   SCriticalSection section_;
+  Tables* tables_ = nullptr;  // made with the first slots
 };
 
 extern CORVIX_API TimerData timerData;

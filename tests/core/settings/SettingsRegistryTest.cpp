@@ -28,7 +28,9 @@ Attributes declare(const Rows& rows) {
   static std::list<AttributeTable> tables;
   AttributeTable::Builder builder(tables.emplace_back());
   for (const auto& [name, value] : rows) builder.add(name, value);
-  return builder.endElement();
+  const Attributes attributes = builder.endElement();
+  builder.finish();
+  return attributes;
 }
 
 Attributes declare(const wchar_t* group, const wchar_t* item, const wchar_t* type, const wchar_t* data,

@@ -2,8 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <random>
 #include <string>
+#include <vector>
 
 #include <windows.h>
 
@@ -247,6 +249,32 @@ TEST(XmlNode, ChildrenAreInsertedMovedAndCounted) {
   EXPECT_EQ(taken->parent(), parent.get());
   EXPECT_EQ(taken->refCount(), 0u);
   EXPECT_EQ(show(*parent), L"p(18 16 14 12 10 8 6 4 2 0 3 5 7 9 11 13 15 17 19)");
+}
+
+TEST(XmlNode, ChildrenComeAndGoAtBothEndsAndBetween) {
+  std::mt19937 random(7);
+  for (const u32 most : {3u, 12u, 60u}) {  // how many there mostly are
+    const auto parent = make<XMLNodeNode>(nullptr, XmlNodeType::Element, L"p");
+    std::vector<XMLNode*> expected;
+    for (int step = 0; step < 600; ++step) {
+      const i32 count = static_cast<i32>(expected.size());
+      const bool adds = random() % most >= static_cast<u32>(count) / 2;
+      const i32 last = adds ? count : count - 1;
+      const i32 place = std::array<i32, 3>{0, last, static_cast<i32>(random()) % (last + 1)}[random() % 3];
+      const i32 at = place < 0 ? -place : place;
+      if (adds) {
+        const auto child = make<XMLNodeText>(parent.get(), XmlNodeType::Text, L"c");
+        parent->insertChild(child.get(), at);
+        expected.insert(expected.begin() + at, child.get());
+      } else {
+        EXPECT_EQ(Ref<XMLNode>::adopt(parent->removeChild(at)).get(), expected[static_cast<std::size_t>(at)]);
+        expected.erase(expected.begin() + at);
+      }
+      ASSERT_EQ(parent->childCount(), static_cast<i32>(expected.size()));
+      for (i32 i = 0; i < parent->childCount(); ++i)
+        ASSERT_EQ(parent->childAt(i), expected[static_cast<std::size_t>(i)]) << step;
+    }
+  }
 }
 
 // Trees that grew by hand go like those that were read: an arena's element may hold nodes that are none of its.

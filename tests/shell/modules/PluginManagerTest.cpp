@@ -11,6 +11,7 @@
 
 #include "core/baselib/objects/Ref.h"
 #include "core/xml/XmlNode.h"
+#include "shell/ClassFactory.h"
 #include "shell/ModuleResources.h"
 #include "shell/Shell.h"
 #include "shell/menus/MenuManager.h"
@@ -90,6 +91,42 @@ u32 wordAt(const std::string& bytes, std::size_t at) {
   return word;
 }
 std::size_t headerOf(const std::string& module) { return wordAt(module, 0x3C); }
+
+int rowAsked = 0;
+
+template <int number>
+IBSmartObject* noteRow() {
+  rowAsked = number;
+  return nullptr;
+}
+
+template <std::size_t count>
+void expectEachRowFound(const FactoryRow (&rows)[count]) {
+  TableFactory factory(rows);
+  const stype_info& any = IBSmartObject::classInfo();
+  for (const auto& [name, row] : {std::pair(L"b", 1), {L"a", 2}, {L"ab", 3}, {L"", 5}, {L"A", 0}, {L"abc", 0}}) {
+    rowAsked = 0;
+    factory.createObject(name, any);
+    EXPECT_EQ(rowAsked, row) << count << " rows, " << name;
+  }
+  EXPECT_EQ(factory.createObject(nullptr, any), nullptr);
+}
+
+TEST(TableFactory, TheFirstRowOfANameIsAskedAmongFewAndMany) {
+  expectEachRowFound(
+      {{L"b", noteRow<1>}, {L"a", noteRow<2>}, {L"ab", noteRow<3>}, {L"a", noteRow<4>}, {L"", noteRow<5>}});
+  constexpr auto other = noteRow<9>;
+  expectEachRowFound({{L"y", other},
+                      {L"b", noteRow<1>},
+                      {L"a", noteRow<2>},
+                      {L"ab", noteRow<3>},
+                      {L"a", noteRow<4>},
+                      {L"", noteRow<5>},
+                      {L"x", other},
+                      {L"a", other},
+                      {L"abd", other},
+                      {L"B", other}});
+}
 
 constexpr auto kFailed = ModuleState::Failed;
 

@@ -7,7 +7,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
+#include <random>
 #include <thread>
 #include <vector>
 
@@ -239,6 +241,31 @@ TEST(RegisterPool, TheNewestFirstUnknownIsRefusedAndTheStaticNodeServesOnce) {
   EXPECT_EQ(heap.liveBlocks(), 0);
   EXPECT_TRUE(BMemoryManager::registerPool(system));  // deliberate: not by the node that it had
   EXPECT_EQ(heap.liveBlocks(), 1);
+}
+
+TEST(RegisterPool, ManyGoInAnyOrderAndOneThatIsEnteredTwiceByItsNewestEntry) {
+  std::vector<Ref<BFixedMemoryPool>> pools;
+  std::vector<BMemoryPool*> expected;  // the oldest first
+  for (u32 i = 0; i < 150; ++i) {
+    pools.push_back(make<BFixedMemoryPool>(16u));
+    expected.push_back(pools.back().get());
+    if (i % 50 != 49) continue;
+    BMemoryManager::registerPool(pools[i / 2].get());
+    expected.push_back(pools[i / 2].get());
+  }
+  std::mt19937 random(3);
+  while (!expected.empty()) {
+    std::vector<BMemoryPool*> seen;
+    const auto note = [](BMemoryPool* one, void* to) {
+      static_cast<std::vector<BMemoryPool*>*>(to)->insert(static_cast<std::vector<BMemoryPool*>*>(to)->begin(), one);
+    };
+    BMemoryManager::visitPools(note, &seen);
+    seen.erase(seen.begin(), seen.end() - static_cast<std::ptrdiff_t>(expected.size()));
+    ASSERT_EQ(seen, expected);
+    BMemoryPool* const gone = expected[random() % expected.size()];
+    ASSERT_TRUE(BMemoryManager::unregisterPool(gone));
+    expected.erase(std::find(expected.rbegin(), expected.rend(), gone).base() - 1);
+  }
 }
 
 // What relies on it: nothing; callers whose numbers come from outside check them first.

@@ -109,6 +109,57 @@ TEST_F(NotifySenderTest, AddedTwiceIsToldOnceAndRemovedTwice) {
   EXPECT_EQ(told(), "");
 }
 
+// A listener's entry that is first in the order is the one that counts, and the one that goes.
+TEST_F(NotifySenderTest, EnteredTimeAndAgainUnderAnyPriorities) {
+  struct One {
+    i32 priority;
+    Listener* listener;
+  };
+  std::vector<Listener*> listeners;
+  std::vector<One> expected;  // in the order of telling
+  const auto toldNext = [&] {
+    std::string marks;
+    for (const One& one : expected) {
+      if (marks.find(one.listener->mark) == std::string::npos) marks += one.listener->mark;
+    }
+    return marks;
+  };
+  const auto addTo = [&](Listener* listener, i32 priority) {
+    sender->addListener(listener, priority);
+    const auto place =
+        std::find_if(expected.begin(), expected.end(), [=](const One& one) { return one.priority > priority; });
+    expected.insert(place, {priority, listener});
+  };
+  const auto removeFrom = [&](Listener* listener) {
+    sender->removeListener(listener);
+    const auto place =
+        std::find_if(expected.begin(), expected.end(), [=](const One& one) { return one.listener == listener; });
+    if (place != expected.end()) expected.erase(place);
+  };
+  for (const char mark : {'a', 'b', 'c'}) {
+    listeners.push_back(&add(mark));
+    removeFrom(listeners.back());
+  }
+  std::mt19937 random(21);
+  for (int step = 0; step < 600; ++step) {
+    Listener* const one = listeners[random() % 3];
+    // Longer and longer, then shorter and shorter.
+    if (random() % 600 >= static_cast<u32>(step)) {
+      addTo(one, static_cast<i32>(random() % 9));
+    } else {
+      removeFrom(one);
+    }
+    ASSERT_EQ(told(), toldNext()) << step;
+    ASSERT_EQ(sender->listenerCount(), expected.size());
+  }
+  // Within a delivery: told once, whichever of its entries goes.
+  addTo(listeners[0], -1);
+  addTo(listeners[0], 4);
+  listeners[0]->act = [&] { sender->removeListener(listeners[0]); };
+  const std::string marks = told();
+  EXPECT_EQ(std::count(marks.begin(), marks.end(), 'a'), 1);
+}
+
 struct ChangeRow {
   const char* why;
   std::function<void()> change;  // while the second of three is told

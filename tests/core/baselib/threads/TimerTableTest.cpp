@@ -6,6 +6,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <random>
+#include <set>
 #include <stdexcept>
 #include <vector>
 
@@ -91,6 +93,27 @@ TEST(TimerTable, SlotsAreReusedFromTheHighestDown) {
   EXPECT_EQ(table.start(60000, hear, 0, 9), 9);  // an empty slot by its number
   for (i32 index : {32, 1000, -2}) EXPECT_EQ(table.start(60000, hear, 0, index), TimerData::kNoTimer) << index;
   for (i32 index = -2; index < 40; ++index) table.stop(index);
+  std::set<i32> expected;  // the free slots
+  for (i32 slot = 0; slot < table.slotCount(); ++slot) expected.insert(slot);
+  std::mt19937 random(9);
+  for (int step = 0; step < 500; ++step) {
+    const i32 some = static_cast<i32>(random() % static_cast<u32>(table.slotCount()));
+    if (random() % 100 < 40) {
+      table.stop(some);
+      expected.insert(some);
+    } else if (random() % 100 < 10) {
+      EXPECT_EQ(table.start(60000, hear, 0, some), some);
+      expected.erase(some);
+    } else {
+      const i32 slots = table.slotCount();
+      const bool grows = expected.empty();
+      const i32 highest = grows ? slots : *expected.rbegin();
+      for (i32 slot = slots; grows && slot < slots + 16; ++slot) expected.insert(slot);
+      ASSERT_EQ(table.start(60000, hear, 0), highest) << step;
+      expected.erase(highest);
+    }
+  }
+  for (i32 slot = 0; slot < table.slotCount(); ++slot) table.stop(slot);
 }
 
 TEST(TimerTable, UnknownTimerMessagesAreIgnored) {
