@@ -49,6 +49,11 @@ inline BOOL FreeLibrary(HMODULE) { return 0; }
 inline BOOL SetFilePointerEx(HANDLE, LARGE_INTEGER, LARGE_INTEGER*, DWORD) { return 0; }
 inline DWORD GetModuleFileNameW(HMODULE, wchar_t*, DWORD) { return 0; }
 
+// Locks, which are SCriticalSections: CriticalSection.cpp.
+struct CRITICAL_SECTION;
+BOOL TryEnterCriticalSection(CRITICAL_SECTION* section);
+void LeaveCriticalSection(CRITICAL_SECTION* section);
+
 inline void Sleep(DWORD milliseconds) { usleep(milliseconds * 1000); }
 
 // Pages, for tests that read up to the edge of one.
