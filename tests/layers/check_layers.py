@@ -41,7 +41,7 @@ SHARED = """
     shell/guard/UserAlert_p.h shell/modules/KClassFactoryLocal_p.h
     shell/documents/manager/KDocManager_p.h shell/services/KReport_p.h
     shell/history/KStateHistory_p.h shell/history/KStateList_p.h
-    shell/menus/KMenuManager_p.h shell/modules/KPluginManager_p.h shell/modules/ModuleFile_p.h""".split()
+    shell/language/KTranslator_p.h shell/menus/KMenuManager_p.h shell/modules/KPluginManager_p.h shell/modules/ModuleFile_p.h""".split()
 # Code that is to run anywhere, and public headers, do not name the system.
 PORTABLE = ["core/baselib/identity", "core/baselib/text", "core/xml"]
 SYSTEM_HEADERS = re.compile(r'#include <(windows|winsock|wininet|shellapi|gdiplus|objidl|winreg|winuser|wingdi)')
