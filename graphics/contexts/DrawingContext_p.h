@@ -194,9 +194,19 @@ class DrawingContext : public IAGDC, public ITextTarget, public IAGStencils {
   // `imageOut`, or `turnedOut`, of what is seen of an image, as the user's settings say. Large images are cut first.
   bool placeImage(const ImageView& view, const Matrix& unitToDevice, ImageTurn turn = ImageTurn::None,
                   const Recolor& recolor = {});
-  // Large opaque images whose pixels each lie on one of the device go straight into a bitmap that the context owns;
-  // false when that is not so, or the clip is no rectangle. Throws std::bad_alloc.
+  // Large opaque images whose pixels, or those of what they are made smaller to, each lie on one of the device go
+  // straight into a bitmap that the context owns; false when that is not so, or the clip is no rectangle. Throw
+  // std::bad_alloc.
   bool copyOut(const ImageView& view, const Matrix& placed, const PixelBox& seen);
+  bool reduceOut(const ImageView& view, const Matrix& placed, const PixelBox& seen, i32 width, i32 height, i32 step);
+  struct OwnPlace {
+    PixelBox part;         // of what is placed there: all that is seen
+    u8* pixels = nullptr;  // of its first corner
+    i32 strideBytes = 0;
+
+    u8* row(i32 y) const noexcept { return pixels + static_cast<std::ptrdiff_t>(strideBytes) * (y - part.top); }
+  };
+  bool ownPlace(const Matrix& placed, i32 width, i32 height, OwnPlace& place);
   bool seenPart(const ImageView& view, const Matrix& unitToDevice, PixelBox& seen);  // false: nothing of it
   PixelBox outputArea() const noexcept;                                              // without the origin
   PixelBox seenArea();                                                               // of that, what the clip leaves

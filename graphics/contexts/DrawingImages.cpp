@@ -96,32 +96,66 @@ bool DrawingContext::seenPart(const ImageView& view, const Matrix& unitToDevice,
   return seen.left < seen.right && seen.top < seen.bottom;
 }
 
-bool DrawingContext::copyOut(const ImageView& view, const Matrix& placed, const PixelBox& seen) {
+bool DrawingContext::ownPlace(const Matrix& placed, i32 width, i32 height, OwnPlace& place) {
   const PixelMemory memory = pixelMemory();
-  const bool isCopy = (view.model == ColorModel::Rgb || view.model == ColorModel::Cmyk) && !drawsEachPixel() &&
-                      placed.a == view.width && placed.d == view.height && placed.b == 0 && placed.c == 0;
   const double left = placed.e + origin_.x;
   const double top = placed.f + origin_.y;
-  if (!memory.pixels || memory.bytesPerPixel != 3 || !isCopy || i64{view.width} * view.height < kLargeImage ||
-      !gdi::isWhole(placed.e) || !gdi::isWhole(placed.f) || !gdi::isWhole(left) || !gdi::isWhole(top)) {
+  if (!memory.pixels || memory.bytesPerPixel != 3 || drawsEachPixel() || placed.a != width || placed.d != height ||
+      placed.b != 0 || placed.c != 0 || !gdi::isWhole(placed.e) || !gdi::isWhole(placed.f) || !gdi::isWhole(left) ||
+      !gdi::isWhole(top)) {
     return false;
   }
   beginGdi();
   const RECT output = {0, 0, memory.width, memory.height};
-  RECT area;
+  RECT box;
   RECT clip = output;
-  if (!gdi::roundRect(left, top, left + view.width, top + view.height, area)) return false;
+  if (!gdi::roundRect(left, top, left + width, top + height, box)) return false;
   if (deviceClip() && GetRgnBox(deviceClip(), &clip) > SIMPLEREGION) return false;
-  const POINT corner = {area.left, area.top};
-  if (!IntersectRect(&area, &area, &output) || !IntersectRect(&area, &area, &clip)) return true;
+  RECT area;
+  if (!IntersectRect(&area, &box, &output) || !IntersectRect(&area, &area, &clip))
+    area = {box.left, box.top, box.left, box.top};
+  GdiFlush();
+  place.part = {area.left - box.left, area.top - box.top, area.right - box.left, area.bottom - box.top};
+  place.pixels = memory.pixels + static_cast<std::ptrdiff_t>(memory.strideBytes) * area.top + 3 * area.left;
+  place.strideBytes = memory.strideBytes;
+  return true;
+}
+
+bool DrawingContext::copyOut(const ImageView& view, const Matrix& placed, const PixelBox& seen) {
+  const bool isCopy = view.model == ColorModel::Rgb || view.model == ColorModel::Cmyk;
+  OwnPlace place;
+  if (!isCopy || i64{view.width} * view.height < kLargeImage || !ownPlace(placed, view.width, view.height, place)) {
+    return false;
+  }
   const bool isConverted = view.finished && view.model == ColorModel::Cmyk;
   const ImageBits bits = isConverted ? bitsOf(view, seen, 1) : ImageBits();
   const ImageView from = isConverted ? viewOf(bits) : view;
-  GdiFlush();
-  for (i32 y = area.top; y < area.bottom; ++y) {
-    readRgb(from, area.left - corner.x, y - corner.y, area.right - area.left,
-            memory.pixels + static_cast<std::ptrdiff_t>(memory.strideBytes) * y + 3 * area.left);
+  for (i32 y = place.part.top; y < place.part.bottom; ++y) {
+    readRgb(from, place.part.left, y, place.part.right - place.part.left, place.row(y));
   }
+  return true;
+}
+
+bool DrawingContext::reduceOut(const ImageView& view, const Matrix& placed, const PixelBox& seen, i32 width, i32 height,
+                               i32 step) {
+  OwnPlace place;
+  if (view.finished || hasAlpha(view) || i64{width} * height < kLargeImage || !ownPlace(placed, width, height, place)) {
+    return false;
+  }
+  const PixelBox& part = place.part;
+  PixelBox whole;
+  reduceRows(view, seen, width, height, false, step, whole, [&](i32 y, const Color* colors) {
+    const i32 left = std::max(part.left, whole.left);
+    const i32 right = std::min(part.right, whole.right);
+    if (y < part.top || y >= part.bottom || left >= right) return;
+    u8* to = place.row(y) + 3 * (left - part.left);
+    const Color* const end = colors + (right - whole.left);
+    for (colors += left - whole.left; colors != end; ++colors) {
+      *to++ = static_cast<u8>(blueOf(*colors));
+      *to++ = static_cast<u8>(greenOf(*colors));
+      *to++ = static_cast<u8>(redOf(*colors));
+    }
+  });
   return true;
 }
 
@@ -158,6 +192,8 @@ bool DrawingContext::placeImage(const ImageView& view, const Matrix& unitToDevic
     const bool isReduced = smooth && !drawsEachPixel() && (width < view.width || height < view.height) &&
                            (!isAlong || onWholePixels(whole).canTurnBack());
     const i32 step = stepFor(seen, quality().largestImage(), std::min(view.width / width, view.height / height));
+    if (isReduced && isAlong && !recolor && reduceOut(view, onWholePixels(whole), seen, width, height, step))
+      return true;
     ImageBits bits;
     if (!isReduced || recolor) bits = bitsOf(view, seen, step);
     if (recolor) {

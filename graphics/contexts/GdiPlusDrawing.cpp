@@ -73,7 +73,8 @@ bool AGDC::tracePath(const Path& path, const Matrix* matrix) noexcept {
   };
   Gdiplus::GpPath* const native = emptyPath();
   if (!native) return false;
-  const bool isLong = work_ && path.pointCount() > std::size(work_->points);
+  constexpr std::size_t kFew = 8;  // points that go faster one by one
+  const bool isLong = work_ && path.pointCount() > kFew;
   if (isLong) work_->count = 0;
   Sink sink{native, matrix, isLong ? work_.get() : nullptr};
   return path.replay(sink) && sink.flush();

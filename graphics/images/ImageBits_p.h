@@ -75,7 +75,12 @@ void reducedSize(const ImageView& view, const Matrix& unitToDevice, i32& width, 
 // what the seen part has all of, empty when that is nothing. All but every `step`th pixel is left out first. Throws
 // std::bad_alloc.
 ImageBits reduced(const ImageView& view, const PixelBox& seen, i32 width, i32 height, bool hasAlpha, i32 step = 1);
-// The same, or what was kept of a frozen image.
+// The same, row by row: take(y, colors) for those of `whole`, which is what the seen part has all of; false when that
+// is nothing. What `take` throws comes out.
+using TakeRow = std::function<void(i32 y, const Color* colors)>;
+bool reduceRows(const ImageView& view, const PixelBox& seen, i32 width, i32 height, bool hasAlpha, i32 step,
+                PixelBox& whole, const TakeRow& take);
+// The whole image, or what was kept of a frozen one.
 ImageBits reducedOf(const ImageView& view, const PixelBox& seen, i32 width, i32 height, i32 step);
 
 // The seen ones alone, without copying them; `part` is where they are, which may be a few more at the left.

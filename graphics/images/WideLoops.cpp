@@ -153,6 +153,15 @@ WIDE std::size_t toGray(const u8* bgr, std::size_t pixels, u8* gray) noexcept {
   return done;
 }
 
+// The compiler makes of it what the registers of its caller allow.
+__attribute__((always_inline)) inline void addRowsHere(const u8* a, const u8* b, const u8* c, const u8* d,
+                                                       std::size_t count, u16* sums) noexcept {
+  for (std::size_t i = 0; i < count; ++i) sums[i] = static_cast<u16>(sums[i] + a[i] + b[i] + c[i] + d[i]);
+}
+WIDE void addRowsWide(const u8* const (&rows)[4], std::size_t count, u16* sums) noexcept {
+  addRowsHere(rows[0], rows[1], rows[2], rows[3], count, sums);
+}
+
 }  // namespace
 
 std::size_t cmykToRgb(const u8* cmyk, std::size_t pixels, CmykMode mode, u8* bgr) noexcept {
@@ -174,6 +183,11 @@ std::size_t cmykToRgb(const u8* cmyk, std::size_t pixels, CmykMode mode, u8* bgr
 
 std::size_t rgbToGray(const u8* bgr, std::size_t pixels, u8* gray) noexcept {
   return isThere() ? toGray(bgr, pixels, gray) : 0;
+}
+
+void addRows(const u8* const (&rows)[4], std::size_t count, u16* sums) noexcept {
+  if (isThere()) return addRowsWide(rows, count, sums);
+  addRowsHere(rows[0], rows[1], rows[2], rows[3], count, sums);
 }
 
 }  // namespace corvix::wide

@@ -13,4 +13,7 @@ namespace corvix::wide {
 std::size_t cmykToRgb(const u8* cmyk, std::size_t pixels, CmykMode mode, u8* bgr) noexcept;
 std::size_t rgbToGray(const u8* bgr, std::size_t pixels, u8* gray) noexcept;
 
+// To each sum the byte of every row; all of them, on any processor.
+void addRows(const u8* const (&rows)[4], std::size_t count, u16* sums) noexcept;
+
 }  // namespace corvix::wide

@@ -14,6 +14,7 @@
 #include <cmath>
 #include <optional>
 #include <stdexcept>
+#include <utility>
 #include <vector>
 
 namespace corvix {
@@ -164,17 +165,56 @@ class Line {
 // Collects glyphs that stand near each other and paints them as one mask.
 class Run {
  public:
-  Run(ITextTarget& target, double sizePx, i32 levels) : target_(target), sizePx_(sizePx), levels_(levels) {}
+  Run(ITextTarget& target, double sizePx, i32 levels)
+      : target_(target), size_(static_cast<u32>(sizePx * 64 + 0.5)), levels_(levels) {
+    const double reach = 4 * sizePx;  // no glyph reaches farther
+    reach_ = target.visibleArea();
+    reach_ = {reach_.left - reach, reach_.top - reach, reach_.right + reach, reach_.bottom + reach};
+  }
 
+  // What is added is painted by `finish` at the latest.
   bool add(const Placed& glyph, Point device) {
-    const Box visible = target_.visibleArea();
-    const double reach = 4 * sizePx_;  // no glyph reaches farther
-    if (!(device.x > visible.left - reach && device.x < visible.right + reach && device.y > visible.top - reach &&
-          device.y < visible.bottom + reach)) {
+    if (!(device.x > reach_.left && device.x < reach_.right && device.y > reach_.top && device.y < reach_.bottom))
       return true;
+    waiting_[count_] = {glyph.source, device};
+    keys_[count_] = {glyph.font, glyph.glyph, size_, levels_};
+    return ++count_ < kTogether || place();
+  }
+
+  bool finish() { return place() && paint(); }
+
+ private:
+  static constexpr std::size_t kTogether = 64;  // glyphs that are looked for at once
+
+  struct Waiting {
+    IFMFontSource* source;
+    Point device;
+  };
+  struct Part {
+    GlyphCache::Entry coverage;
+    i32 left;
+    i32 top;
+  };
+
+  bool place() {
+    GlyphCache::Entry found[kTogether];
+    const std::size_t count = std::exchange(count_, 0);
+    glyphCache().find(keys_, count, found);
+    for (std::size_t i = 0; i < count; ++i) {
+      if (!found[i]) found[i] = make(*waiting_[i].source, keys_[i]);
+      if (!found[i] || !place(std::move(found[i]), waiting_[i].device)) return false;
     }
-    GlyphCache::Entry entry = coverageOf(glyph);
-    if (!entry) return false;
+    return true;
+  }
+
+  GlyphCache::Entry make(IFMFontSource& source, const GlyphCache::Key& key) const {
+    if (GlyphCache::Entry entry = glyphCache().find(key)) return entry;  // of this text
+    GlyphCoverage made;
+    if (!source.coverage(key.glyph, key.size / 64.0, key.levels, made)) return nullptr;
+    return glyphCache().add(key, std::move(made));
+  }
+
+  bool place(GlyphCache::Entry entry, Point device) {
     if (entry->width == 0) return true;
     const i32 left = static_cast<i32>(std::floor(device.x + 0.5)) + entry->left;
     const i32 top = static_cast<i32>(std::floor(device.y + 0.5)) + entry->top;
@@ -207,25 +247,13 @@ class Run {
     return target_.paintCoverage(mask_.data(), width, box_);
   }
 
- private:
-  struct Part {
-    GlyphCache::Entry coverage;
-    i32 left;
-    i32 top;
-  };
-
-  GlyphCache::Entry coverageOf(const Placed& glyph) {
-    const auto size = static_cast<u32>(sizePx_ * 64 + 0.5);
-    const GlyphCache::Key key = {glyph.font, glyph.glyph, size, levels_};
-    if (GlyphCache::Entry entry = glyphCache().find(key)) return entry;
-    GlyphCoverage made;
-    if (!glyph.source->coverage(glyph.glyph, size / 64.0, levels_, made)) return nullptr;
-    return glyphCache().add(key, std::move(made));
-  }
-
   ITextTarget& target_;
-  double sizePx_;
+  u32 size_;  // in 64ths of a pixel
   i32 levels_;
+  Box reach_;
+  std::size_t count_ = 0;
+  Waiting waiting_[kTogether];
+  GlyphCache::Key keys_[kTogether];
   PixelBox box_ = {};
   std::vector<Part> parts_;
   std::vector<u8> mask_;
@@ -347,7 +375,7 @@ bool drawLine(IAGDC& context, const std::vector<Placed>& glyphs, double size, co
     const Point device = toDevice.apply({glyph.x, glyph.y});
     if (!run.add(glyph, device)) return false;
   }
-  return run.paint();
+  return run.finish();
 }
 
 // Runs what may run out of memory: false then.
