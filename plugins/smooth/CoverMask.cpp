@@ -3,29 +3,23 @@
 namespace corvix::smooth {
 
 void CoverMask::addRow(const u8* covers) {
-  const std::size_t begin = runs_.size();
   for (i32 x = 0; x < width();) {
     const u8 cover = covers[x];
     while (x < width() && covers[x] == cover) ++x;
-    runs_.push_back(static_cast<u32>(x) << 8 | cover);
+    add(x, cover);
   }
-  keepRow(begin);
+  endRow();
 }
 
-void CoverMask::addEmptyRow() {
-  const std::size_t begin = runs_.size();
-  runs_.push_back(static_cast<u32>(width()) << 8);
-  keepRow(begin);
-}
-
-void CoverMask::keepRow(std::size_t begin) {
-  const std::size_t count = runs_.size() - begin;
-  const std::size_t before = rows_.empty() ? begin : rows_.back();
-  const bool isSame = before + count == begin && std::equal(runs_.begin() + static_cast<std::ptrdiff_t>(before),
-                                                            runs_.begin() + static_cast<std::ptrdiff_t>(begin),
-                                                            runs_.begin() + static_cast<std::ptrdiff_t>(begin));
-  rows_.push_back(static_cast<u32>(isSame ? before : begin));
-  if (isSame) runs_.resize(begin);
+void CoverMask::endRow() {
+  add(width(), 0);
+  const std::size_t count = runs_.size() - rowBegin_;
+  const std::size_t before = rows_.empty() ? rowBegin_ : rows_.back();
+  const auto at = [this](std::size_t index) { return runs_.begin() + static_cast<std::ptrdiff_t>(index); };
+  const bool isSame = before + count == rowBegin_ && std::equal(at(before), at(rowBegin_), at(rowBegin_));
+  rows_.push_back(static_cast<u32>(isSame ? before : rowBegin_));
+  if (isSame) runs_.resize(rowBegin_);
+  rowBegin_ = runs_.size();
 }
 
 bool CoverMask::isWhole() const noexcept {

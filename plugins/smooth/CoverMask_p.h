@@ -9,9 +9,17 @@ class CoverMask {
  public:
   explicit CoverMask(const PixelBox& box) : box_(box) {}
 
-  // The next row from the top, as wide as the box. Throws std::bad_alloc.
+  // The next row from the top, as wide as the box. These throw std::bad_alloc.
   void addRow(const u8* covers);
-  void addEmptyRow();
+  // The same by its runs, each up to `end` from the left of the box; nothing is seen behind the last.
+  void add(i32 end, u32 cover) {
+    if (runs_.size() > rowBegin_ && coverOf(runs_.back()) == cover) {
+      runs_.back() = static_cast<u32>(end) << 8 | cover;
+    } else if (end > (runs_.size() > rowBegin_ ? endOf(runs_.back()) : 0)) {
+      runs_.push_back(static_cast<u32>(end) << 8 | cover);
+    }
+  }
+  void endRow();
 
   const PixelBox& box() const noexcept { return box_; }
   bool isWhole() const noexcept;  // all of it is seen
@@ -40,11 +48,11 @@ class CoverMask {
   static constexpr u32 coverOf(u32 run) noexcept { return run & 255; }
   i32 width() const noexcept { return box_.right - box_.left; }
   const u32* runsOf(i32 y) const noexcept { return &runs_[rows_[static_cast<std::size_t>(y - box_.top)]]; }
-  void keepRow(std::size_t begin);
 
   PixelBox box_;
   HeapVector<u32> rows_;  // where its runs begin; equal neighbours share them
   HeapVector<u32> runs_;
+  std::size_t rowBegin_ = 0;  // of the row that is made, in the runs
 };
 
 }  // namespace corvix::smooth

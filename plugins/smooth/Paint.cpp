@@ -17,6 +17,32 @@ Color between(Color from, Color to, double part) noexcept {
               mix(blueOf(from), blueOf(to)));
 }
 
+// Where a paint ends, a pixel is the average of sixteen places in it.
+template <class Sample>
+void readEdged(Point first, i32 count, Pixel* to, Sample sample) noexcept {
+  bool isThere[2] = {};  // of the pixel's corners at the left
+  for (i32 i = -1; i < count; ++i) {
+    const double right = first.x + i + 0.5;
+    const bool isNext[2] = {sample({right, first.y - 0.5}) != 0, sample({right, first.y + 0.5}) != 0};
+    if (i >= 0) {
+      const Point middle = {first.x + i, first.y};
+      to[i] = sample(middle);
+      const bool isOne = to[i] != 0;
+      if (isThere[0] != isOne || isThere[1] != isOne || isNext[0] != isOne || isNext[1] != isOne) {
+        u32 sums[4] = {};
+        for (int place = 0; place < 16; ++place) {
+          const Pixel pixel = sample({middle.x + (place % 4 - 1.5) / 4, middle.y + (place / 4 - 1.5) / 4});
+          for (int part = 0; part < 4; ++part) sums[part] += pixel >> (8 * part) & 255;
+        }
+        to[i] = 0;
+        for (int part = 0; part < 4; ++part) to[i] |= (sums[part] + 8) / 16 << (8 * part);
+      }
+    }
+    isThere[0] = isNext[0];
+    isThere[1] = isNext[1];
+  }
+}
+
 }  // namespace
 
 bool ColorRamp::make(const ColorStop* stops, i32 count, u32 extend) {
@@ -56,36 +82,34 @@ AxialPaint::AxialPaint(ColorRamp ramp, Point from, Point to, const Matrix& userT
 }
 
 void AxialPaint::read(Point at, i32 count, Pixel* to) noexcept {
+  if (!ramp_.reachesAll()) {
+    return readEdged(at, count, to, [this](Point p) { return ramp_.at(p.x * perX_ + p.y * perY_ + base_); });
+  }
   double offset = at.x * perX_ + at.y * perY_ + base_;
   if (perX_ == 0) return static_cast<void>(std::fill_n(to, count, ramp_.at(offset)));
   for (i32 i = 0; i < count; ++i, offset += perX_) to[i] = ramp_.at(offset);
 }
 
 // The circle through a point: |p - s d| = r + s g, the larger s that is there first.
-void RadialPaint::read(Point at, i32 count, Pixel* to) noexcept {
+Pixel RadialPaint::at(Point device) const noexcept {
+  const Point user = back_.apply(device);
+  const Point p = {user.x - from_.x, user.y - from_.y};
   const double a = across_.x * across_.x + across_.y * across_.y - grow_ * grow_;
-  for (i32 i = 0; i < count; ++i) {
-    const Point user = back_.apply({at.x + i, at.y});
-    const Point p = {user.x - from_.x, user.y - from_.y};
-    const double b = p.x * across_.x + p.y * across_.y + radius_ * grow_;
-    const double c = p.x * p.x + p.y * p.y - radius_ * radius_;
-    const auto isThere = [this](double s) { return radius_ + s * grow_ >= 0 && ramp_.reaches(s); };
-    to[i] = 0;
-    if (std::abs(a) < 1e-12) {
-      if (b != 0 && isThere(c / (2 * b))) to[i] = ramp_.at(c / (2 * b));
-      continue;
-    }
-    const double square = b * b - a * c;
-    if (!(square >= 0)) continue;
-    const double root = std::sqrt(square);
-    const double larger = std::max((b + root) / a, (b - root) / a);
-    const double smaller = std::min((b + root) / a, (b - root) / a);
-    if (isThere(larger)) {
-      to[i] = ramp_.at(larger);
-    } else if (isThere(smaller)) {
-      to[i] = ramp_.at(smaller);
-    }
-  }
+  const double b = p.x * across_.x + p.y * across_.y + radius_ * grow_;
+  const double c = p.x * p.x + p.y * p.y - radius_ * radius_;
+  const auto isThere = [this](double s) { return radius_ + s * grow_ >= 0 && ramp_.reaches(s); };
+  if (std::abs(a) < 1e-12) return b != 0 && isThere(c / (2 * b)) ? ramp_.at(c / (2 * b)) : 0;
+  const double square = b * b - a * c;
+  if (!(square >= 0)) return 0;
+  const double root = std::sqrt(square);
+  const double larger = std::max((b + root) / a, (b - root) / a);
+  if (isThere(larger)) return ramp_.at(larger);
+  const double smaller = std::min((b + root) / a, (b - root) / a);
+  return isThere(smaller) ? ramp_.at(smaller) : 0;
+}
+
+void RadialPaint::read(Point first, i32 count, Pixel* to) noexcept {
+  readEdged(first, count, to, [this](Point p) { return at(p); });
 }
 
 SampledPaint::SampledPaint(HeapVector<Pixel> own, const Picture& picture, const Matrix& deviceToPicture, Filter filter,

@@ -23,6 +23,7 @@ class ColorRamp {
   bool reaches(double offset) const noexcept {
     return (offset >= 0 || extend_ & kExtendStart) && (offset <= 1 || extend_ & kExtendEnd);
   }
+  bool reachesAll() const noexcept { return extend_ == (kExtendStart | kExtendEnd); }
 
  private:
   static constexpr u32 kSteps = 1024;
@@ -50,9 +51,11 @@ class RadialPaint final : public PaintSource {
         radius_(fromRadius),
         across_{to.x - from.x, to.y - from.y},
         grow_(toRadius - fromRadius) {}
-  void read(Point at, i32 count, Pixel* to) noexcept override;
+  void read(Point first, i32 count, Pixel* to) noexcept override;
 
  private:
+  Pixel at(Point device) const noexcept;
+
   ColorRamp ramp_;
   Matrix back_;
   Point from_;

@@ -40,7 +40,7 @@ class Painter {
   // Throws std::bad_alloc.
   Painter(const How& how, Rows& rows) : how_(how), rows_(rows), loops_(spans()) {
     const auto width = static_cast<std::size_t>(std::max(0, how.clip.right - how.clip.left));
-    if (rows.covers.size() < width) {
+    if (rows.pixels.size() < width) {
       rows.covers.resize(width);
       rows.masks.resize(width);
       rows.pixels.resize(width);

@@ -5,39 +5,54 @@ namespace corvix::smooth {
 
 namespace {
 
-// Rows of a mask, one after the other, out of what a rasterizer tells of them.
+// Rows of a mask, one after the other, out of what a rasterizer tells of them: by bytes where a former mask is to be
+// multiplied with, else by runs.
 class MaskRows {
  public:
   MaskRows(CoverMask& mask, const PlacedMask& former, const PixelBox& box, bool isInside)
-      : mask_(mask), former_(former), box_(box), isInside_(isInside), y_(box.top) {
-    row_.resize(static_cast<std::size_t>(box.right - box.left));
+      : mask_(mask), former_(former), box_(box), around_(isInside ? 0 : 255), y_(box.top) {
+    if (!former.mask) return;
+    row_.resize(static_cast<std::size_t>(box.right - box.left), around_);
     other_.resize(row_.size());
-    begin();
   }
 
   void run(i32 x, i32 y, i32 count, u32 cover) {
     const i32 first = std::max(x, box_.left);
     const i32 end = std::min(x + count, box_.right);
     if (!reach(y) || first >= end) return;
-    std::memset(&row_[static_cast<std::size_t>(first - box_.left)], static_cast<int>(isInside_ ? cover : 255 - cover),
-                static_cast<std::size_t>(end - first));
+    put(first - box_.left, end - box_.left, cover);
   }
   void many(i32 x, i32 y, i32 count, const u8* covers) {
-    for (i32 i = 0; i < count; ++i) run(x + i, y, 1, covers[i]);
+    const i32 first = std::max(x, box_.left);
+    const i32 end = std::min(x + count, box_.right);
+    if (!reach(y)) return;
+    for (i32 at = first; at < end; ++at) put(at - box_.left, at + 1 - box_.left, covers[at - x]);
   }
   void finish() { reach(box_.bottom); }
 
  private:
-  void begin() { std::fill(row_.begin(), row_.end(), static_cast<u8>(isInside_ ? 0 : 255)); }
+  void put(i32 first, i32 end, u32 cover) {
+    if (around_) cover = 255 - cover;
+    if (former_.mask) {
+      std::memset(&row_[static_cast<std::size_t>(first)], static_cast<int>(cover),
+                  static_cast<std::size_t>(end - first));
+      return;
+    }
+    mask_.add(first, around_);
+    mask_.add(end, cover);
+  }
   bool reach(i32 y) {
     for (; y_ < std::min(y, box_.bottom); ++y_) {
       if (former_.mask) {
         const auto width = static_cast<i32>(row_.size());
         former_.mask->read(box_.left - former_.x, y_ - former_.y, width, other_.data());
         spans().multiply(row_.data(), other_.data(), width);
+        mask_.addRow(row_.data());
+        std::fill(row_.begin(), row_.end(), around_);
+      } else {
+        mask_.add(box_.right - box_.left, around_);
+        mask_.endRow();
       }
-      mask_.addRow(row_.data());
-      begin();
     }
     return y >= box_.top && y < box_.bottom;
   }
@@ -45,7 +60,7 @@ class MaskRows {
   CoverMask& mask_;
   PlacedMask former_;
   PixelBox box_;
-  bool isInside_;
+  u8 around_;  // what is seen where nothing is told of
   i32 y_;
   HeapVector<u8> row_;
   HeapVector<u8> other_;

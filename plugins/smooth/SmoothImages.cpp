@@ -21,6 +21,12 @@ void readPixels(const ImageBits& bits, i32 x, i32 y, i32 count, Pixel* to) noexc
   }
 }
 
+// 24 bits, or 32 with alpha.
+void copyRow(const ImageBits& bits, i32 x, i32 y, Pixel* to, i32 count) noexcept {
+  if (bits.bitsPerPixel == 24) return readPixels(bits, x, y, count, to);
+  spans().overColors(to, reinterpret_cast<const Color*>(bits.row(y)) + x, count);
+}
+
 // An image's pixels as they are.
 class StraightPaint final : public PaintSource {
  public:
@@ -68,9 +74,18 @@ bool SmoothContext::imageOut(const ImageBits& bits, const Matrix& unitToDevice, 
   const PixelBox box = {static_cast<i32>(upright.e), static_cast<i32>(upright.f),
                         static_cast<i32>(upright.e + upright.a), static_cast<i32>(upright.f + upright.d)};
   if (isAlong && turnOf(place) == ImageTurn::None && place.a == bits.width && place.d == bits.height) {
+    const PixelBox seen = intersected(how.clip, intersected(box, moved(bits.seen, box.left, box.top)));
+    const bool isPlain =
+        !how.masks[0].mask && !how.masks[1].mask && how.opacity == 255 && how.mode == BlendMode::Normal;
+    if (isPlain && !isEmpty(seen) && (bits.bitsPerPixel == 24 || (bits.bitsPerPixel == 32 && bits.hasAlpha))) {
+      for (i32 y = seen.top; y < seen.bottom; ++y)
+        copyRow(bits, seen.left - box.left, y - box.top, how.surface.at(seen.left, y), seen.right - seen.left);
+      changed(seen);
+      return true;
+    }
     StraightPaint paint(bits, box.left, box.top);
     how.source = &paint;
-    paintBox(how, intersected(box, moved(bits.seen, box.left, box.top)));
+    paintBox(how, seen);
     return true;
   }
   const std::ptrdiff_t stride = bits.seen.right - bits.seen.left;

@@ -22,6 +22,13 @@ void overManyCovered(Pixel* to, const Pixel* from, const u8* covers, i32 count) 
   for (i32 i = 0; i < count; ++i) to[i] = over(to[i], scaled(from[i], covers[i]));
 }
 
+void overColors(Pixel* to, const Color* from, i32 count) noexcept {
+  for (i32 i = 0; i < count; ++i) {
+    const u32 alpha = alphaOf(from[i]);
+    if (alpha) to[i] = alpha == 255 ? from[i] : over(to[i], toPixel(from[i]));
+  }
+}
+
 void multiply(u8* covers, const u8* by, i32 count) noexcept {
   for (i32 i = 0; i < count; ++i) covers[i] = static_cast<u8>(times(covers[i], by[i]));
 }
@@ -32,7 +39,8 @@ void multiplyOne(u8* covers, u32 by, i32 count) noexcept {
 
 }  // namespace
 
-const SpanLoops kScalarSpans = {fill, overOne, overOneCovered, overMany, overManyCovered, multiply, multiplyOne};
+const SpanLoops kScalarSpans = {fill,       overOne,  overOneCovered, overMany, overManyCovered,
+                                overColors, multiply, multiplyOne};
 
 const SpanLoops& spans() noexcept {
   static const SpanLoops& best = __builtin_cpu_supports("sse2") ? kSse2Spans : kScalarSpans;

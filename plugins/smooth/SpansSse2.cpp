@@ -77,8 +77,15 @@ SSE2 void overOneCovered(Pixel* to, const u8* covers, i32 count, Pixel pixel) no
   kScalarSpans.overOneCovered(to, covers, count, pixel);
 }
 
+SSE2 inline bool areOpaque(Words pixels) noexcept {
+  return _mm_movemask_epi8(_mm_cmpeq_epi32(_mm_srli_epi32(pixels, 24), _mm_set1_epi32(255))) == 0xFFFF;
+}
+
 SSE2 void overMany(Pixel* to, const Pixel* from, i32 count) noexcept {
-  for (; count >= 4; count -= 4, to += 4, from += 4) store(to, overFour(load(to), load(from)));
+  for (; count >= 4; count -= 4, to += 4, from += 4) {
+    const Words pixels = load(from);
+    store(to, areOpaque(pixels) ? pixels : overFour(load(to), pixels));
+  }
   kScalarSpans.overMany(to, from, count);
 }
 
@@ -87,6 +94,24 @@ SSE2 void overManyCovered(Pixel* to, const Pixel* from, const u8* covers, i32 co
     store(to, overFour(load(to), coveredFour(load(from), covers)));
   }
   kScalarSpans.overManyCovered(to, from, covers, count);
+}
+
+SSE2 void overColors(Pixel* to, const Color* from, i32 count) noexcept {
+  for (; count >= 16; count -= 16, to += 16, from += 16) {
+    const Words first = load(from);
+    const Words second = load(from + 4);
+    const Words third = load(from + 8);
+    const Words fourth = load(from + 12);
+    if (!areOpaque(_mm_and_si128(_mm_and_si128(first, second), _mm_and_si128(third, fourth)))) {
+      kScalarSpans.overColors(to, from, 16);
+      continue;
+    }
+    store(to, first);
+    store(to + 4, second);
+    store(to + 8, third);
+    store(to + 12, fourth);
+  }
+  kScalarSpans.overColors(to, from, count);
 }
 
 SSE2 inline Words timesBytes(Words a, Words b) noexcept {
@@ -114,6 +139,7 @@ SSE2 void multiplyOne(u8* covers, u32 by, i32 count) noexcept {
 
 }  // namespace
 
-const SpanLoops kSse2Spans = {fill, overOne, overOneCovered, overMany, overManyCovered, multiply, multiplyOne};
+const SpanLoops kSse2Spans = {fill,       overOne,  overOneCovered, overMany, overManyCovered,
+                              overColors, multiply, multiplyOne};
 
 }  // namespace corvix::smooth

@@ -11,6 +11,7 @@ struct SpanLoops {
   void (*overOneCovered)(Pixel* to, const u8* covers, i32 count, Pixel pixel) noexcept;  // by as much as is covered
   void (*overMany)(Pixel* to, const Pixel* from, i32 count) noexcept;                    // pixel over pixel
   void (*overManyCovered)(Pixel* to, const Pixel* from, const u8* covers, i32 count) noexcept;
+  void (*overColors)(Pixel* to, const Color* from, i32 count) noexcept;  // not multiplied by their alpha
   void (*multiply)(u8* covers, const u8* by, i32 count) noexcept;
   void (*multiplyOne)(u8* covers, u32 by, i32 count) noexcept;
 };

@@ -1,0 +1,174 @@
+// Draws scenes through IAGDC:  corvix-pictures SCENES FOLDER
+//
+// FOLDER gets NAME.gdi.png, NAME.gdiplus.png and NAME.smooth.png, and none for a kind that refuses the scene.
+#include "core/baselib/objects/Ref.h"
+#include "core/baselib/streams/MemoryInputStream.h"
+#include "graphics/Blending.h"
+#include "graphics/IAGDCCreator.h"
+#include "graphics/Shading.h"
+#include "graphics/fonts/FontFinder.h"
+#include "graphics/text/Text.h"
+#include "shell/Shell.h"
+#include "tests/pictures/Scene.h"
+
+#include <fstream>
+#include <iterator>
+#include <map>
+
+namespace {
+
+using namespace corvix;
+using namespace pictures;
+
+struct Font {
+  std::string bytes;
+  Ref<IFMFont> font;
+};
+
+IPluginManager& manager() { return *IShell::getInstance()->pluginManager(); }
+
+IFMFont* fontOf(const std::string& path) {
+  static std::map<std::string, Font> fonts;
+  Font& font = fonts[path];
+  if (!font.font) {
+    std::ifstream file(path, std::ios::binary);
+    font.bytes.assign(std::istreambuf_iterator<char>(file), {});
+    const auto machine = createObject<IFMFontChooser>(manager(), L"IFMFontMachine.Instance");
+    const auto stream = make<BMemoryInputStream>(font.bytes.data(), static_cast<u32>(font.bytes.size()),
+                                                 BMemoryInputStream::Bytes::Borrow);
+    FontRequest request;
+    request.program = stream.get();
+    font.font = Ref<IFMFont>::adopt(machine->createFontFor(request));
+  }
+  return font.font.get();
+}
+
+Matrix toMatrix(const Six& six) { return {six.a, six.b, six.c, six.d, six.e, six.f}; }
+
+class Drawing final : public Canvas {
+ public:
+  explicit Drawing(IAGDC& page)
+      : page_(page), shading_(query<IAGShading>(&page)), blending_(query<IAGBlending>(&page)) {}
+
+  bool apply(const std::string& name, const Numbers& n) override {
+    const auto at = [&](std::size_t i) { return n.size() > i ? n[i] : 0; };
+    const auto whole = static_cast<i32>(at(0));
+    if (name == "fill") return page_.setFillColor(static_cast<Color>(at(0)));
+    if (name == "stroke") return page_.setStrokeColor(static_cast<Color>(at(0)));
+    if (name == "width") return page_.setLineWidth(at(0));
+    if (name == "cap") return page_.setLineCap(whole);
+    if (name == "join") return page_.setLineJoin(whole);
+    if (name == "miter") return page_.setMiterLimit(at(0));
+    if (name == "dash") return page_.setDash(n.data() + 1, static_cast<i32>(n.size()) - 1, at(0));
+    if (name == "rule") return page_.setFillRule(whole ? FillRule::Winding : FillRule::EvenOdd);
+    if (name == "transform") return page_.setTransform({n[0], n[1], n[2], n[3], n[4], n[5]});
+    if (name == "interpolate") return page_.setInterpolation(whole), true;
+    if (name == "begin") return page_.beginPath();
+    if (name == "m") return page_.moveTo(n[0], n[1]);
+    if (name == "l") return page_.lineTo(n[0], n[1]);
+    if (name == "c") return page_.curveTo(n[0], n[1], n[2], n[3], n[4], n[5]);
+    if (name == "z") return page_.closePath();
+    if (name == "r") return page_.rectangle(n[0], n[1], n[2], n[3]);
+    if (name == "rect") return page_.fillRect(n[0], n[1], n[2], n[3]);
+    if (name == "paint") return page_.drawPath(static_cast<PathPaint>(whole)) && page_.endPath();
+    if (name == "clip") return page_.clipPath() && page_.endPath();
+    if (name == "clipstroke") return page_.clipStroke() && page_.endPath();
+    if (name == "save") return page_.saveClip();
+    if (name == "restore") return page_.restoreClip();
+    if (name == "all") return shading_ && shading_->paintAll();
+    if (!blending_) return false;
+    if (name == "opacity") return blending_->setOpacity(at(0));
+    if (name == "blend") return blending_->setBlendMode(static_cast<BlendMode>(whole));
+    if (name == "group") return blending_->beginGroup();
+    if (name == "endgroup") return blending_->endGroup();
+    if (name == "endmask") return blending_->endGroupAsMask(static_cast<MaskBy>(whole), kBlack);
+    return name == "nomask" && blending_->setSoftMask(nullptr, {}, MaskBy::Alpha);
+  }
+
+  bool image(const std::string& kind, int width, int height, const Six& place) override {
+    return page_.drawImageTransformed(made(kind, width, height).get(), toMatrix(place));
+  }
+  bool stencil(int width, int height, const Six& place) override {
+    const auto image = Ref<IAGImage>::adopt(page_.createImage(width, height, ColorModel::Indexed, 1));
+    for (int y = 0; image && y < height; ++y) {
+      for (int x = 0; x < width; ++x) {
+        if (pixelOf("bits", width, height, x, y) == 0xFFFFFFFF) image->row(y)[x / 8] |= static_cast<u8>(128 >> x % 8);
+      }
+    }
+    return image && page_.drawImageMask(image.get(), static_cast<i32>(place.e), static_cast<i32>(place.f),
+                                        static_cast<i32>(place.a), static_cast<i32>(place.d));
+  }
+  bool tile(const std::string& kind, int width, int height, const Six& place) override {
+    return shading_ && shading_->setTilePaint(PaintUse::Fill, made(kind, width, height).get(), toMatrix(place));
+  }
+  bool mask(const std::string& kind, int width, int height, const Six& place) override {
+    return blending_ && blending_->setSoftMask(made(kind, width, height).get(), toMatrix(place), MaskBy::Luminosity);
+  }
+  bool gradient(bool isForStrokes, const Numbers& p, unsigned extend, const std::vector<Stop>& stops) override {
+    std::vector<ColorStop> own;
+    for (const Stop& stop : stops) own.push_back({stop.offset, stop.color});
+    const auto use = isForStrokes ? PaintUse::Stroke : PaintUse::Fill;
+    const auto count = static_cast<i32>(own.size());
+    if (!shading_) return false;
+    return p.size() == 4
+               ? shading_->setAxialPaint(use, {p[0], p[1]}, {p[2], p[3]}, own.data(), count, extend)
+               : shading_->setRadialPaint(use, {p[0], p[1]}, p[2], {p[3], p[4]}, p[5], own.data(), count, extend);
+  }
+  bool text(const std::string& font, double size, const Six& place, const std::string& ascii, bool isClip) override {
+    const std::wstring wide(ascii.begin(), ascii.end());
+    IFMFont* const found = fontOf(font);
+    const auto count = static_cast<i32>(wide.size());
+    return found && (isClip ? clipText(page_, *found, size, toMatrix(place), wide.c_str(), count)
+                            : drawText(page_, *found, size, toMatrix(place), wide.c_str(), count));
+  }
+
+ private:
+  Ref<IAGImage> made(const std::string& kind, int width, int height) {
+    auto image = Ref<IAGImage>::adopt(page_.createImage(width, height, ColorModel::Argb, 0));
+    for (int y = 0; image && y < height; ++y) {
+      auto* const row = reinterpret_cast<Color*>(image->row(y));
+      for (int x = 0; x < width; ++x) row[x] = pixelOf(kind, width, height, x, y);
+    }
+    return image;
+  }
+
+  IAGDC& page_;
+  IAGShading* shading_;
+  IAGBlending* blending_;
+};
+
+struct Kind {
+  const char* name;
+  const wchar_t* creator;
+  u32 required;
+};
+constexpr Kind kKinds[] = {
+    {"gdi", L"AGDC.Memory", 0}, {"gdiplus", L"AGDC.Memory", capability::kGdiPlus}, {"smooth", L"AGDC.SmoothMemory", 0}};
+
+}  // namespace
+
+int main(int count, char** arguments) {
+  if (count != 3) return 2;
+  std::ifstream file(arguments[1]);
+  manager();
+  for (const Scene& scene : read(file)) {
+    for (const Kind& kind : kKinds) {
+      const auto creator = createObject<IAGDCCreator>(manager(), kind.creator);
+      const auto page =
+          Ref<IAGDC>::adopt(creator ? creator->create(kind.required, 0, nullptr, kWidth, kHeight) : nullptr);
+      if (!page) return 1;
+      page->setSmoothing(255);
+      Drawing drawing(*page);
+      if (!draw(scene.lines, drawing)) {
+        std::printf("%s: refused by %s\n", scene.name.c_str(), kind.name);
+        continue;
+      }
+      page->resetClip();
+      const auto image = Ref<IAGImage>::adopt(page->createImage(kWidth, kHeight, ColorModel::Rgb, 0));
+      const std::string path = std::string(arguments[2]) + "/" + scene.name + "." + kind.name + ".png";
+      const std::wstring wide(path.begin(), path.end());
+      if (!image || !image->captureFrom(*page, 0, 0) || !image->saveFile(wide.c_str(), ImageFile::Png)) return 1;
+    }
+  }
+  return 0;
+}
