@@ -64,8 +64,8 @@ void print(const Row& row) {
   if (row.wanted > 0) std::snprintf(wanted, sizeof wanted, "%.2f", row.wanted);
   char spread[32] = "counted";
   if (row.low < row.high) std::snprintf(spread, sizeof spread, "%.3f-%.3f", row.low, row.high);
-  std::printf("  %-46s %-44s %12.1f %12.1f %8.3f %15s %7s%s%s\n", row.name.c_str(), row.peer.c_str(), row.oursNs,
-              row.peerNs, row.ratio, spread, wanted, row.isSteady ? "" : "  not steady",
+  std::printf("  %-46s %-44s %12.1f %12.1f %-5s %8.3f %15s %7s%s%s\n", row.name.c_str(), row.peer.c_str(), row.ours,
+              row.theirs, row.unit.c_str(), row.ratio, spread, wanted, row.isSteady ? "" : "  not steady",
               row.isFaulty()                             ? "  NO FIGURE"
               : row.isMissed()                           ? "  missed"
               : row.wanted > 0 && row.ratio > row.wanted ? "  within the spread"
@@ -79,11 +79,11 @@ const Area* Area::first = nullptr;
 
 Area::Area(const char* areaName, void (*areaRun)(Report&)) : name(areaName), run(areaRun), next(first) { first = this; }
 
-bool Row::isFaulty() const noexcept { return !isFigure(oursNs) || !isFigure(peerNs) || !isFigure(ratio); }
+bool Row::isFaulty() const noexcept { return !isFigure(ours) || !isFigure(theirs) || !isFigure(ratio); }
 
 void Report::startArea(std::string area) {
   area_ = std::move(area);
-  std::printf("\n%s\n  %-46s %-44s %12s %12s %8s %15s %7s\n", area_.c_str(), "case", "peer", "ours ns", "peer ns",
+  std::printf("\n%s\n  %-46s %-44s %12s %12s %-5s %8s %15s %7s\n", area_.c_str(), "case", "peer", "ours", "peer's", "",
               "ratio", "spread", "wanted");
 }
 
@@ -103,9 +103,10 @@ void Report::compare(const std::string& name, const std::string& peer, double wa
   add(name, peer, wanted, oursNs, peerNs);
 }
 
-void Report::add(const std::string& name, const std::string& peer, double wanted, double ours, double theirs) {
+void Report::add(const std::string& name, const std::string& peer, double wanted, double ours, double theirs,
+                 const std::string& unit) {
   const double ratio = ours / theirs;
-  keepRow({area_, name, peer, ours, theirs, ratio, ratio, ratio, wanted, true});
+  keepRow({area_, name, peer, ours, theirs, ratio, ratio, ratio, wanted, true, unit});
 }
 
 void Report::add(const std::string& name, const std::string& peer, double wanted, const std::vector<double>& ours,

@@ -12,13 +12,14 @@ struct Row {
   std::string area;
   std::string name;
   std::string peer;
-  double oursNs = 0;  // a single operation, median of the rounds
-  double peerNs = 0;  // likewise
+  double ours = 0;    // a single operation, median of the rounds
+  double theirs = 0;  // likewise
   double ratio = 0;   // ours / peer, median over the rounds
   double low = 0;     // 19 of 20 runs like this one would have their median between this
   double high = 0;    // and this
   double wanted = 0;  // at most; 0 when the row is only told
   bool isSteady = true;
+  std::string unit = "ns";
 
   // A figure that cannot be: what was to be measured was not.
   bool isFaulty() const noexcept;
@@ -36,8 +37,9 @@ class Report {
   void compare(const std::string& name, const std::string& peer, double wanted, const Work& ours, const Work& theirs,
                double ourSize = 1, double peerSize = 1);
 
-  // A row whose figures were counted, in any unit.
-  void add(const std::string& name, const std::string& peer, double wanted, double ours, double theirs);
+  // A row whose figures were counted.
+  void add(const std::string& name, const std::string& peer, double wanted, double ours, double theirs,
+           const std::string& unit = "ns");
 
   // A row of rounds that were measured by other means, ours and theirs in turns.
   void add(const std::string& name, const std::string& peer, double wanted, const std::vector<double>& ours,

@@ -85,16 +85,17 @@ void measureHeld(Report& report) {
   report.add("bytes held by a counted object, as `new` makes it", "40 bytes", 1, heldByEach([&] {
                for (auto& listener : listeners) listener = std::make_unique<Listener>();
              }),
-             40);
+             40, "bytes");
   BNotifySender sender;
   report.add("bytes held by a listener in a list", "64 bytes", 1, heldByEach([&] {
                for (auto& listener : listeners) sender.addListener(static_cast<IDestroyListener*>(listener.get()));
              }),
-             64);
-  report.add("bytes held by a setting", "160 bytes", 1, heldBySetting(*shell.settings()), 160);
+             64, "bytes");
+  report.add("bytes held by a setting", "160 bytes", 1, heldBySetting(*shell.settings()), 160, "bytes");
   report.add("bytes held by an interface with three attributes", "400 bytes", 1,
-             heldByInterface(*shell.pluginManager()), 400);
-  report.add("bytes held by a module with one interface", "700 bytes", 1, heldByModule(*shell.pluginManager()), 700);
+             heldByInterface(*shell.pluginManager()), 400, "bytes");
+  report.add("bytes held by a module with one interface", "700 bytes", 1, heldByModule(*shell.pluginManager()), 700,
+             "bytes");
 }
 
 const Area area{"held", measureHeld};

@@ -246,9 +246,9 @@ void measureMemory(Report& report) {
   for (u32 size : {8u, 100u, 1000u}) compareAll<SizeClasses>(report, "size classes", size, Order::Random);
   for (u32 size : {8u, 32u, 128u, 1024u}) {
     report.add("fixed pool, held per live byte, " + std::to_string(size), "malloc", 0, heldPerLiveByte<Fixed>(size),
-               heldPerLiveByte<Malloc>(size));
+               heldPerLiveByte<Malloc>(size), "bytes");
     report.add("size classes, held per live byte, " + std::to_string(size), "malloc", 0,
-               heldPerLiveByte<SizeClasses>(size), heldPerLiveByte<Malloc>(size));
+               heldPerLiveByte<SizeClasses>(size), heldPerLiveByte<Malloc>(size), "bytes");
   }
   for (Order order : {Order::NewestFirst, Order::Random})
     report.add(std::string("compaction of 10000 chunks, freed ") + nameOf(order), "of 1000", 12,

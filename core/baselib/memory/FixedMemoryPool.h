@@ -1,5 +1,6 @@
-// BFixedMemoryPool: blocks of one size, carved from chunks of sixteen that come from a parent pool. Blocks are
-// aligned to 4 bytes, in 64 bits to 8. A run of free memory is described inside itself: in every pool a block takes at
+// BFixedMemoryPool: blocks of one size, carved from chunks of sixteen that come from a parent pool. In 32
+// bits blocks lie as far apart as they are long, at least 8 bytes, and are aligned no further; in 64 bits they are
+// aligned to 8. A run of free memory is described inside itself: in every pool a block takes at
 // least 8 bytes of its chunk (16 in 64 bits), whatever was asked for, and splitting a run never leaves less.
 #pragma once
 
