@@ -47,8 +47,9 @@ class ITextEditor : public IBTransportable {
   // changed.
   virtual bool replaceText(u32 from, u32 count, const wchar_t* text, u32 length) = 0;
 
-  // How it is written to a file. Both count as a change without a step.
-  enum Encoding : i32 { kUtf8, kUtf8WithMark, kUtf16Little, kUtf16Big };
+  // How it is written to a file. Both count as a change without a step. Ansi is the system's code page, in which not
+  // every text can be written.
+  enum Encoding : i32 { kUtf8, kUtf8Marked, kUtf16Little, kUtf16LittleMarked, kUtf16Big, kUtf16BigMarked, kAnsi };
   enum LineEnd : i32 { kLf, kCrLf, kCr, kMixed };  // mixed: each line keeps its own
   virtual i32 encoding() const noexcept = 0;
   virtual bool setEncoding(i32 encoding) = 0;
