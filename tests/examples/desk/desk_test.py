@@ -245,6 +245,36 @@ quit
     if (desk.folder / "notes.txt").read_bytes() != "Helloone\r\ntwo äöü\r\n".encode():
         complain("text", "the file is " + repr((desk.folder / "notes.txt").read_bytes()))
 
+# Names that are long, or beyond the basic plane; a recent file comes back by the menu's key.
+desk = Desk("names")
+deep = "/".join(["a folder of a name of forty letters, or so"] * 8)
+(desk.folder / deep).mkdir(parents=True)
+(desk.folder / deep / "end.plain").write_text("at the end")
+(desk.folder / "\U0001D11E ünï & co.plain").write_text("a clef")
+desk.run(f"""wait idle
+open \U0001D11E ünï & co.plain
+wait idle
+expect title \U0001D11E ünï & co.plain - Corvix Desk
+expect text a clef
+open {deep}/end.plain
+wait idle
+expect title end.plain - Corvix Desk
+expect text at the end
+shot names.png
+key Ctrl+W
+key Ctrl+W
+wait idle
+expect documents 0
+key Alt+F
+key R
+wait idle
+shot recent.png
+key 1
+wait idle
+expect title end.plain - Corvix Desk
+quit
+""")
+
 # In another language, chosen while it runs and kept.
 desk = Desk("language")
 desk.run("""wait idle
