@@ -82,7 +82,7 @@ class TextFormat : public BSmartObject, public IDocFormat {
                       source.own ? source.own->encoding() : i32{ITextEditor::kUtf8}, bytes);
   }
 
-  // Whether it begins as a text.
+  // Whether it begins as a text: without what no text has for a control character.
   static bool look(IBStream* stream) {
     std::array<char, 4096> beginning;
     BInputStream* const from = query<BInputStream>(stream);
@@ -90,7 +90,10 @@ class TextFormat : public BSmartObject, public IDocFormat {
     const std::string_view bytes(beginning.data(), size);
     const i32 encoding = encodingOf(bytes);
     return (encoding >= ITextEditor::kUtf16Little && encoding <= ITextEditor::kUtf16BigMarked) ||
-           bytes.find('\0') == bytes.npos;
+           std::all_of(bytes.begin(), bytes.end(), [](char c) {
+             const auto byte = static_cast<unsigned char>(c);
+             return byte >= 32 || (byte >= '\b' && byte <= '\r') || byte == 27;
+           });
   }
 };
 
