@@ -9,6 +9,7 @@
 #include "shell/language/Translator.h"
 #include "shell/services/Report.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cwchar>
 #include <memory>
@@ -206,6 +207,9 @@ void Steps::expect(const Step& step) {
   } else if (what == L"dialog") {
     const HWND popup = GetLastActivePopup(frameWindow());
     found = popup && popup != frameWindow() ? textOf(popup) : L"";
+  } else if (what == L"text") {
+    found = textOf(GetFocus());
+    found.erase(std::min(found.find_first_of(L"\r\n"), found.size()));
   } else if (what == L"focus") {
     wchar_t text[64] = L"";
     GetClassNameW(GetFocus(), text, 64);

@@ -2,11 +2,11 @@
 // is taken when nothing else is to be done, also while a menu or a dialog is open. [shell thread]
 //
 //   open FILE                       action NAME            key Ctrl+O    type TEXT
-//   click X Y [BUTTON TEXT]         size WIDTH HEIGHT      wait idle     wait MILLISECONDS
+//   click X Y                       size WIDTH HEIGHT      wait idle     wait MILLISECONDS
 //   shot FILE.png                   language CODE          log on|off    quit
 //   expect title TEXT               expect status PANE TEXT       expect enabled NAME yes|no
 //   expect documents COUNT          expect panel NAME yes|no      expect dialog TEXT
-//   expect focus CLASS              panel NAME yes|no
+//   expect text FIRST LINE (of what has the focus)               expect focus CLASS              panel NAME yes|no
 //
 // The first step that cannot be done, or finds something else, ends the program with 1 and a line on standard error.
 #pragma once

@@ -8,6 +8,7 @@
 #include "shell/Plugin.h"
 #include "shell/documents/DocManager.h"
 #include "shell/documents/Document.h"
+#include "shell/documents/FileFilter.h"
 #include "shell/gui/ActionState.h"
 #include "shell/history/StateList.h"
 
@@ -70,11 +71,18 @@ bool isDeclared(const wchar_t* name) {
   return Ref<IBCollection>::adopt(IShell::getInstance()->pluginManager()->findByName(name)).get() != nullptr;
 }
 
-constexpr Row kNew = {L"Actions.File.New", [] { return hasDocument() && *document()->formatName() != 0; },
-                      [] {
-                        const std::wstring format = document()->formatName();
-                        documents()->newDocument(format.c_str());
-                      }};
+// Of the kind that is in front; else of the first that there are empty ones of.
+void beginDocument() {
+  const std::wstring own = document() ? document()->formatName() : L"";
+  if (!own.empty() && documents()->newDocument(own.c_str())) return;
+  const auto kinds = Ref<IBCollection>::adopt(documents()->dialogFilters(true));
+  for (i32 i = 0; kinds && i < kinds->count(); ++i) {
+    const auto* const kind = query<IFileFilter>(kinds->item(i));
+    if (kind && *kind->formatName() && documents()->newDocument(kind->formatName())) return;
+  }
+}
+
+constexpr Row kNew = {L"Actions.File.New", hasDocuments, beginDocument};
 constexpr Row kOpen = {L"Actions.File.Open", hasDocuments, openByDialog};
 constexpr Row kSave = {L"Actions.File.Save", [] { return hasDocument() && document()->isModified(); },
                        [] { save(*document()); }};

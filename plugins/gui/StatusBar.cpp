@@ -77,8 +77,10 @@ void StatusBar::setText(i32 pane, const wchar_t* text) {
   const auto index = static_cast<std::size_t>(pane);
   std::wstring shown = xmlbinc::harmless(std::wstring(text ? text : L""), kLongestText);
   if (index < texts_.size() && texts_[index] == shown) return;
+  if (index >= texts_.size() && shown.empty()) return;
   if (index >= texts_.size()) texts_.resize(index + 1);
   texts_[index] = std::move(shown);
+  while (texts_.size() > 1 && texts_.back().empty()) texts_.pop_back();
   if (pane == 0) {
     SendMessageW(bar_, SB_SETTEXTW, 0, reinterpret_cast<LPARAM>(texts_[0].c_str()));
   } else {

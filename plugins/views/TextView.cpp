@@ -127,12 +127,13 @@ class TextView final : public BSmartObject, public IDocumentView, public ITextLi
   // What is other now than it was goes to the document as one change.
   void typed() {
     if (isOurs_ || !editor_) return;
-    const std::wstring now = fromControl(textOf(edit_));
+    const std::wstring shown = textOf(edit_), now = fromControl(shown);
+    // Of several places where the same letters may have come or gone, it is the one before the caret.
+    const std::size_t behind = now.size() - fromControl(shown.substr(0, caret())).size();
     const std::size_t most = std::min(now.size(), known_.size());
-    const auto ends = std::mismatch(now.begin(), now.begin() + static_cast<std::ptrdiff_t>(most), known_.begin());
-    const auto same = static_cast<std::size_t>(ends.first - now.begin());
-    std::size_t tail = 0;
-    while (tail < most - same && now[now.size() - 1 - tail] == known_[known_.size() - 1 - tail]) ++tail;
+    std::size_t tail = 0, same = 0;
+    while (tail < std::min(most, behind) && now[now.size() - 1 - tail] == known_[known_.size() - 1 - tail]) ++tail;
+    while (same < most - tail && now[same] == known_[same]) ++same;
     const std::size_t removed = known_.size() - same - tail, added = now.size() - same - tail;
     if (removed == 0 && added == 0) return;
     isOurs_ = true;
@@ -169,10 +170,15 @@ class TextView final : public BSmartObject, public IDocumentView, public ITextLi
     return notify::kGoOn;
   }
 
-  void tellPlace() {
+  std::size_t caret() const {
     DWORD from = 0, to = 0;
-    if (!IsWindowVisible(window())) return place_.clear();
     SendMessageW(edit_, EM_GETSEL, reinterpret_cast<WPARAM>(&from), reinterpret_cast<LPARAM>(&to));
+    return to;
+  }
+
+  void tellPlace() {
+    if (!IsWindowVisible(window())) return place_.clear();
+    const std::size_t to = caret();
     const auto line = SendMessageW(edit_, EM_LINEFROMCHAR, to, 0);
     const auto column = static_cast<LRESULT>(to) - SendMessageW(edit_, EM_LINEINDEX, static_cast<WPARAM>(line), 0);
     const std::wstring place = L"Line " + std::to_wstring(line + 1) + L", column " + std::to_wstring(column + 1);

@@ -23,7 +23,9 @@ inline std::wstring harmless(std::wstring_view text, std::size_t mostLetters) {
                            [c](const auto& range) { return c >= range.first && c <= range.second; });
       },
       L'\xFFFD');
-  return text.size() > mostLetters ? shown + L"..." : shown;
+  if (text.size() <= mostLetters) return shown;
+  if (!shown.empty() && shown.back() >= 0xD800 && shown.back() < 0xDC00) shown.pop_back();  // half a character
+  return shown + L"...";
 }
 
 }  // namespace corvix::xmlbinc
