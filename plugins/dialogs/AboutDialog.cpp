@@ -33,7 +33,7 @@ class AboutDialog final : public BSmartObject, public IDialog, private ModalDial
     SendMessageW(icon_, STM_SETICON,
                  reinterpret_cast<WPARAM>(LoadIconW(nullptr, reinterpret_cast<LPCWSTR>(IDI_APPLICATION))), 0);
     text_ = add(L"STATIC", text.c_str(), SS_NOPREFIX);
-    list_.make(window(), 1, {{L"Module", 170}, {L"Version", 60}, {L"Manufacturer", 140}, {L"File", 120}});
+    list_.make(window(), 100, {{L"Module", 170}, {L"Version", 60}, {L"Manufacturer", 140}, {L"File", 120}});
     setFont(list_.handle(), look().font());
     list_.adopt(look());
     std::vector<windows::Row> rows;

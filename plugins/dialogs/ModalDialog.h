@@ -32,6 +32,7 @@ class ModalDialog {
 
   HWND window() const noexcept { return window_; }
   const windows::Look& look() const noexcept { return *look_; }
+  // `id` is none of the system's for buttons (IDOK and those behind it).
   HWND add(const wchar_t* windowClass, const wchar_t* text, DWORD style, int id = -1, DWORD exStyle = 0);
   void addButton(const wchar_t* text, int id);  // in the row, from left to right
   void end(int answer) { EndDialog(window_, answer); }

@@ -20,7 +20,7 @@ using namespace windows;
 
 namespace {
 
-constexpr int kTree = 1, kDefaults = 3;
+constexpr int kTree = 100, kDefaults = 101;
 constexpr std::size_t kLongest = 200;
 
 // A third of the way to the background; the system's grey is that of what cannot be used.

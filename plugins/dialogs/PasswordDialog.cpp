@@ -13,7 +13,7 @@ using namespace windows;
 
 namespace {
 
-constexpr int kText = 1, kVisible = 2, kMostUnits = 1024;
+constexpr int kText = 100, kVisible = 101, kMostUnits = 1024;
 constexpr wchar_t kBullet = 0x2022;
 
 class PasswordDialog final : public BSmartObject, public IDialog, private ModalDialog {

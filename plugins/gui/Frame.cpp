@@ -145,7 +145,10 @@ bool Frame::setActiveView(IView* view) {
 
 std::unique_ptr<Place> Frame::makeView(IDocument* document) {
   const std::wstring words = wordsOf(document);
-  std::wstring why;
+  const auto say = [&](const std::wstring& line) {
+    manager_.report()->addLine(line.c_str());
+    IShell::getInstance()->changeStatusText(0, line.c_str());
+  };
   for (Declared& declared : declaredIn(L"DocumentView.")) {
     if (!whenHolds(declared.attribute(L"For").c_str(), words.c_str())) continue;
     if (failed_.count({document, declared.name()})) continue;
@@ -153,15 +156,11 @@ std::unique_ptr<Place> Frame::makeView(IDocument* document) {
     auto place = Place::make<IDocumentView>(
         *declared.entry, *this, *this, tabs_.window(), [&](IDocumentView& view) { return view.setDocument(document); },
         reason);
-    if (!place)
-      why += std::wstring(L" ") + declared.name() + L": " + (reason.empty() ? L"it cannot show it" : reason) + L".";
-    if (place && !why.empty())
-      manager_.report()->addLine((std::wstring(document->title()) + L" is shown by another view." + why).c_str());
     if (place) return place;
+    say(std::wstring(declared.name()) + L" cannot show " + document->title() +
+        (reason.empty() ? L"." : L": " + reason + L"."));
   }
-  const std::wstring line = L"No view can show " + std::wstring(document->title()) + L"." + why;
-  manager_.report()->addLine(line.c_str());
-  IShell::getInstance()->changeStatusText(0, line.c_str());
+  say(L"No view can show " + std::wstring(document->title()) + L".");
   return nullptr;
 }
 

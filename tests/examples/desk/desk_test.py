@@ -11,6 +11,7 @@ import subprocess
 import sys
 
 bin_folder, scratch, plugins, emulator = pathlib.Path(sys.argv[1]), pathlib.Path(sys.argv[2]), sys.argv[3].split(","), sys.argv[4:]
+checkout = pathlib.Path(__file__).resolve().parents[3]
 LONGEST_S = 120
 wrong = 0
 
@@ -274,6 +275,24 @@ wait idle
 expect title end.plain - Corvix Desk
 quit
 """)
+
+# The picture of the pages: a picture and a text, with panels.
+if "format-image" in plugins and "format-text" in plugins:
+    desk = Desk("picture")
+    for name in ("docs/page.png", "README.md"):
+        shutil.copy(checkout / name, desk.folder)
+    desk.run("""wait idle
+size 900 640
+open README.md
+open page.png
+wait idle
+panel Panel.Pages yes
+wait idle
+wait 600
+expect title page.png - Corvix Desk
+shot desk.png
+open missing.png
+""", code=1)
 
 # In another language, chosen while it runs and kept.
 desk = Desk("language")

@@ -31,11 +31,12 @@ void CALLBACK act(HWND, UINT, UINT_PTR timer, DWORD) {
 
 i32 show(const wchar_t* name, IBTransportable* about, std::function<void(HWND)> what) {
   inDialog = std::move(what);
-  shell().setUnattended(false);
+  IShell& program = shell();
+  program.setUnattended(false);
   SetTimer(nullptr, 0, 20, &act);
   CustomDialogRequest request{name, about, -1};
-  shell().showCustomDialog(request);
-  shell().setUnattended(true);
+  program.showCustomDialog(request);
+  program.setUnattended(true);
   return request.answer;
 }
 
@@ -86,7 +87,7 @@ TEST(Dialogs, OptionsTakeAllOrNothing) {
       {[&](HWND dialog) { tick(dialog), write(dialog, L"7"), click(dialog, IDOK); }, "171", ""},
       {[&](HWND dialog) { tick(dialog), write(dialog, L"x"), click(dialog, IDOK), click(dialog, IDCANCEL); }, "171",
        "Steps takes a whole number of at most 32 bits."},
-      {[&](HWND dialog) { page(dialog, 2), click(dialog, 3), click(dialog, IDOK); }, "151", ""},
+      {[&](HWND dialog) { page(dialog, 2), click(dialog, 101), click(dialog, IDOK); }, "151", ""},
       {[&](HWND dialog) {
          page(dialog, 3);
          const HWND list = controlOf(dialog, L"Apply options immediately");

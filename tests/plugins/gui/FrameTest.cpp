@@ -10,6 +10,7 @@
 #include "shell/services/Report.h"
 #include "tests/graphics/GdiObjects.h"
 #include "tests/support/HeapBlocks.h"
+#include "tests/support/ImportTable.h"
 #include "tests/support/MessageLoop.h"
 #include "tests/support/OwnPlugin.h"
 #include "tests/support/Soak.h"
@@ -219,6 +220,7 @@ class FrameTest : public testing::Test {
     const IBReport& report = *gui().report();
     return report.lineCount() ? narrow(report.lineAt(report.lineCount() - 1)) : "";
   }
+  static std::string reportLines() { return narrow(reportText(*gui().report()).view()); }
   static HWND ownWindowOf(IView* view) { return static_cast<OwnView*>(query<OwnView>(view))->window; }
   static void press(WPARAM key) {
     PostMessageW(GetFocus(), WM_KEYDOWN, key, 1);
@@ -234,9 +236,9 @@ TEST_F(FrameTest, OutlivesWhatFailsInAView) {
     Where where;
     bool opens;
     const char* said;
-  } rows[] = {{Where::SetDocument, false, "a.test is shown by another view. DocumentView.Own: "},
-              {Where::Attach, false, "a.test is shown by another view. DocumentView.Own: "},
-              {Where::Refuses, false, "DocumentView.Own: it cannot show it"},
+  } rows[] = {{Where::SetDocument, false, " cannot show a.test: "},
+              {Where::Attach, false, " cannot show a.test: "},
+              {Where::Refuses, false, " cannot show a.test."},
               {Where::Words, true, "was closed: "},
               {Where::Message, true, "was closed: "},
               {Where::Sent, true, "was closed: "},
@@ -251,12 +253,11 @@ TEST_F(FrameTest, OutlivesWhatFailsInAView) {
       ASSERT_TRUE(first);
       const auto document = make<TestDocument>();
       if (!row.opens) world.where = row.where, world.how = how;
-      IView* view = frame_->openView(document.get());
-      if (!query<OwnView>(view)) view = nullptr;  // that of the example, which shows any document
+      OwnView* const view = query<OwnView>(frame_->openView(document.get()));  // else the next that fits
       EXPECT_EQ(view != nullptr, row.opens);
       world.where = row.where, world.how = how;
       if (view) {
-        PostMessageW(ownWindowOf(view), kDoIt, 0, 0);
+        PostMessageW(view->window, kDoIt, 0, 0);
         SendMessageW(window(), WM_SIZE, 0, 0);
         SetWindowPos(window(), nullptr, 0, 0, 700 + static_cast<int>(how), 500, SWP_NOMOVE | SWP_NOZORDER);
         shell().actionManager()->processAction(L"Test.Routed", nullptr);
@@ -266,7 +267,7 @@ TEST_F(FrameTest, OutlivesWhatFailsInAView) {
         }
       }
       run();
-      EXPECT_EQ(lastLine().find(row.said) != std::string::npos, true) << lastLine();
+      EXPECT_NE(reportLines().find(row.said), std::string::npos) << reportLines();
       world.where = Where::Nowhere;
       // Where every view fails the sound one is gone, too, and is not tried again for its document.
       while (frame_->viewCount()) frame_->closeView(frame_->viewAt(0));
@@ -450,6 +451,37 @@ TEST_F(FrameTest, ShowsProgressThatTakesLongAndStopsIt) {
     shell().stopProgress(id, 0, 100, 100, row.flags);
     EXPECT_FALSE(isShown(bar) || isShown(stop));
   }
+}
+
+// The calls of gui.dll for windows, one of which is refused: without a display the first.
+int windowsLeft = 0;
+decltype(&CreateWindowExW) realCreate = nullptr;
+
+HWND WINAPI createSome(DWORD exStyle, LPCWSTR name, LPCWSTR text, DWORD style, int x, int y, int width, int height,
+                       HWND parent, HMENU menu, HINSTANCE module, LPVOID argument) {
+  return windowsLeft-- > 0 ? realCreate(exStyle, name, text, style, x, y, width, height, parent, menu, module, argument)
+                           : nullptr;
+}
+
+TEST_F(FrameTest, SaysThatThereAreNoWindows) {
+  void** const slot = importSlotOf(GetModuleHandleW(L"gui.dll"), "CreateWindowExW");
+  ASSERT_TRUE(slot);
+  realCreate = reinterpret_cast<decltype(realCreate)>(*slot);
+  DWORD protection = 0;
+  VirtualProtect(slot, sizeof *slot, PAGE_READWRITE, &protection);
+  int refused = 0;
+  for (IFrameWindow* second = nullptr; !second && refused < 100; ++refused) {
+    gui().report()->clear();
+    windowsLeft = refused;
+    *slot = reinterpret_cast<void*>(&createSome);
+    second = gui().createFrame(L"Second");
+    *slot = reinterpret_cast<void*>(realCreate);
+    EXPECT_EQ(lastLine(), second ? "" : "No window could be made. Is there a display?") << refused;
+    if (second) DestroyWindow(windowOf(second));
+  }
+  VirtualProtect(slot, sizeof *slot, protection, &protection);
+  EXPECT_GT(refused, 4);
+  EXPECT_EQ(gui().mainWindow(), frame_);
 }
 
 TEST_F(FrameTest, LeavesNothingBehindInManyRounds) {

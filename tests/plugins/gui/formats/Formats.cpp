@@ -53,8 +53,8 @@ class Text final : public BDocument, public ITextSource, public ITextEditor {
     return static_cast<u32>(at);
   }
   u32 lineOf(u32 position) const noexcept override {
-    const auto end = text_.begin() + std::min<std::ptrdiff_t>(position, static_cast<std::ptrdiff_t>(text_.size()));
-    return static_cast<u32>(std::count(text_.begin(), end, L'\n'));
+    const std::wstring before = text_.substr(0, position);
+    return static_cast<u32>(std::count(before.begin(), before.end(), L'\n'));
   }
   BNotifySender& textSender() noexcept override { return sender_; }
   bool replaceText(u32 from, u32 count, const wchar_t* text, u32 length) override {
