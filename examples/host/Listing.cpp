@@ -73,7 +73,7 @@ void printCatalogue(IPluginManager& manager) {
   const IModuleCatalogue& catalogue = *query<IModuleCatalogue>(&manager);
   if (*catalogue.path()) {
     std::printf("\n%d of these descriptors from the catalogue %s, %d from the files.\n", catalogue.takenCount(),
-                shown(catalogue.path()).c_str(), catalogue.readCount());
+                shown(catalogue.path(), kSentence).c_str(), catalogue.readCount());
   } else {
     std::printf("\nAll of these descriptors from the files: %s.\n",
                 isCatalogueSwitchedOn() ? "there is nowhere to keep a catalogue" : "the catalogue is switched off");

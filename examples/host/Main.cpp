@@ -52,7 +52,8 @@ int runMain() {
       "Corvix example host: loads the plug-ins of the folder \"plugins\" beside it. Without a command it lists them "
       "and tries them.",
       "corvix-host"};
-  app.set_version_flag("--version", std::string("corvix-host ") + CORVIX_VERSION);
+  app.set_version_flag("--version",
+                       std::string("corvix-host ") + CORVIX_VERSION + (sizeof(void*) == 8 ? ", 64-bit" : ", 32-bit"));
   app.require_subcommand(0, 1);
   app.allow_windows_style_options(false);  // a path may begin with a slash
   Host host;

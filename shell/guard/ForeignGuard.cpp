@@ -10,7 +10,7 @@ bool callGuarded(const void* code, const wchar_t* place, void (*function)(void*)
                  WideString* reason) noexcept {
   bool hasThrown = false;
   std::wstring thrown;
-  const u32 fault = guarded([&]() noexcept {
+  const auto fault = guarded([&]() noexcept {
     try {
       function(argument);
     } catch (...) {
@@ -21,7 +21,7 @@ bool callGuarded(const void* code, const wchar_t* place, void (*function)(void*)
   });
   if (!fault && !hasThrown) return true;
   try {
-    const std::wstring what = fault ? faultText(fault) : L"an exception: " + thrown;
+    const std::wstring what = fault ? faultText(*fault) : L"an exception: " + thrown;
     if (fault) sWriteLog(L"%s: ended by %s\n", place, what.c_str());
     if (reason) reason->assign(what);
   } catch (const std::bad_alloc&) {

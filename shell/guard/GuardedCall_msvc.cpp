@@ -2,19 +2,18 @@
 #include "shell/guard/GuardedCall_p.h"
 
 #include <windows.h>
-#include <malloc.h>
 
 namespace corvix {
 
-u32 guardedCall(void (*function)(void*), void* argument) noexcept {
+std::optional<u32> guardedCall(void (*function)(void*), void* argument) noexcept {
   __try {
     function(argument);
   } __except (EXCEPTION_EXECUTE_HANDLER) {
     const u32 code = GetExceptionCode();
-    if (code == EXCEPTION_STACK_OVERFLOW) _resetstkoflw();  // the next one is an exception again
+    if (code == EXCEPTION_STACK_OVERFLOW) guardStackAgain();
     return code;
   }
-  return 0;
+  return std::nullopt;
 }
 
 }  // namespace corvix

@@ -1,76 +1,31 @@
 // For GCC and clang on 64-bit x86, which have no structured-exception blocks: a function of our own in the tables by
 // which the system finds the handlers of a crash, and its way back into that function.
+#include "shell/guard/FloatingPointMode_p.h"
 #include "shell/guard/GuardedCall_p.h"
+#include "shell/guard/KeptStack_p.h"
 
 #include <windows.h>
-#include <malloc.h>
 
 namespace corvix {
 
 namespace {
 
 constexpr DWORD kUnwinding = 0x2 | 0x4;
-
-// What the way back from a stack overflow needs of the stack: several contexts of 1.2 KiB. The two pages that the
-// system keeps otherwise are too few.
-constexpr ULONG kStackKept = 32 * 1024;
-
-// Once for each thread.
-void keepStack() noexcept {
-  ULONG kept = 0;
-  if (!SetThreadStackGuarantee(&kept) || kept >= kStackKept) return;
-  kept = kStackKept;
-  if (!SetThreadStackGuarantee(&kept)) return;
-  // Wine commits a stack as a whole, and its guard stays at the bottom, where nothing is kept: there is one more to
-  // set.
-  MEMORY_BASIC_INFORMATION here, above;
-  constexpr DWORD kPage = 4096;
-  if (!VirtualQuery(&kept, &here, sizeof here)) return;
-  auto* const guard = static_cast<char*>(here.AllocationBase) + kPage + kStackKept;
-  if (guard + kStackKept < reinterpret_cast<char*>(&kept) && VirtualQuery(guard, &above, sizeof above) &&
-      above.State == MEM_COMMIT && above.Protect == PAGE_READWRITE)
-    VirtualProtect(guard, kPage, PAGE_READWRITE | PAGE_GUARD, &above.Protect);
-}
-
-// The modes of both floating-point units. What a module leaves there would be the program's: other roundings, and
-// exceptions where it expects none.
-class FloatingPointMode {
- public:
-  FloatingPointMode() noexcept : vector_(currentVector()), stack_(currentStack()) {}
-  void restore() const noexcept {
-    if (currentVector() != vector_) asm volatile("ldmxcsr %0" : : "m"(vector_));
-    if (currentStack() != stack_) asm volatile("fnclex\n\tfldcw %0" : : "m"(stack_));
-  }
-
- private:
-  static unsigned currentVector() noexcept {
-    constexpr unsigned kHappened = 0x3F;  // belongs to nobody
-    unsigned mode;
-    asm volatile("stmxcsr %0" : "=m"(mode));
-    return mode & ~kHappened;
-  }
-  static unsigned short currentStack() noexcept {
-    unsigned short mode;
-    asm volatile("fnstcw %0" : "=m"(mode));
-    return mode;
-  }
-  unsigned vector_;
-  unsigned short stack_;
-};
+constexpr u64 kEnded = u64{1} << 32;  // above the code, which may be 0
 
 }  // namespace
 
 // Calls the function; comes back with 0, or at corvixGuardedEnd with what the handler gave to RtlUnwindEx. All
 // registers that a callee has to keep are kept here, because what crashed may have any of them, and tables that say
 // nothing of it.
-extern "C" u32 corvixCallGuarded(void (*function)(void*), void* argument) noexcept;
+extern "C" u64 corvixCallGuarded(void (*function)(void*), void* argument) noexcept;
 extern "C" const char corvixGuardedEnd[];
 
 extern "C" [[gnu::used]] EXCEPTION_DISPOSITION corvixGuardHandler(EXCEPTION_RECORD* record, void* establisher, CONTEXT*,
                                                                   DISPATCHER_CONTEXT* dispatcher) {
   if (record->ExceptionFlags & kUnwinding) return ExceptionContinueSearch;
-  void* const code = reinterpret_cast<void*>(static_cast<std::uintptr_t>(record->ExceptionCode));
-  RtlUnwindEx(establisher, const_cast<char*>(corvixGuardedEnd), record, code, dispatcher->ContextRecord,
+  void* const result = reinterpret_cast<void*>(kEnded | record->ExceptionCode);
+  RtlUnwindEx(establisher, const_cast<char*>(corvixGuardedEnd), record, result, dispatcher->ContextRecord,
               dispatcher->HistoryTable);
   return ExceptionContinueSearch;  // never reached
 }
@@ -150,13 +105,15 @@ corvixGuardedEnd:
     .seh_endproc
 )");
 
-u32 guardedCall(void (*function)(void*), void* argument) noexcept {
+std::optional<u32> guardedCall(void (*function)(void*), void* argument) noexcept {
   keepStack();
   const FloatingPointMode mode;
-  const u32 code = corvixCallGuarded(function, argument);
-  if (code) asm volatile("fninit");  // registers that were in use would stay so
+  const u64 result = corvixCallGuarded(function, argument);
+  if (result) asm volatile("fninit");  // registers that were in use would stay so
   mode.restore();
-  if (code == EXCEPTION_STACK_OVERFLOW) _resetstkoflw();  // the next one is an exception again
+  if (!result) return std::nullopt;
+  const u32 code = static_cast<u32>(result);
+  if (code == EXCEPTION_STACK_OVERFLOW) guardStackAgain();
   return code;
 }
 

@@ -18,7 +18,7 @@ inline std::wstring textOfThrownIfItCan() noexcept {
 }
 
 struct GuardedOutcome {
-  u32 fault = 0;                       // the system's code of the exception that ended it
+  std::optional<u32> fault;            // the system's code of the exception that ended it
   std::optional<std::wstring> thrown;  // what a C++ exception that ended it says
 };
 

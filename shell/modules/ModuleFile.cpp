@@ -85,6 +85,9 @@ constexpr ErrorRow kLoadErrors[] = {
     {ERROR_NOT_ENOUGH_MEMORY, L"There is not enough memory to load it."},
 };
 
+// The system's loader catches a crash, too, and hands the code on where it has no error of its own for it.
+constexpr DWORD kFirstCrash = 0x80000000;
+
 // Why a file is no module for this program; empty if its headers say that it is one.
 std::wstring whyNoModule(const PeImage& image) {
   switch (image.kind()) {
@@ -150,7 +153,8 @@ std::wstring findMissingImport(const std::wstring& path) {
 
 std::wstring whyNotLoaded(const std::wstring& path, DWORD error) {
   std::wstring reason;
-  if (error == ERROR_MOD_NOT_FOUND) reason = findMissingImport(path);
+  if (error == ERROR_MOD_NOT_FOUND || error == ERROR_BAD_EXE_FORMAT) reason = findMissingImport(path);
+  if (error >= kFirstCrash) reason = L"It crashed while it was starting: " + faultText(error) + L'.';
   return reason.empty() ? reasonOf(error, kLoadErrors, L"The system cannot load it: ") : reason;
 }
 
@@ -197,7 +201,7 @@ DescriptorBytes readLoaded(HMODULE module, const wchar_t* name, const wchar_t* w
   const unsigned char* data = nullptr;
   DWORD size = 0;
   // The resource tables are the module's word: where they point may not be there.
-  const u32 fault = guarded([&] {
+  const auto fault = guarded([&] {
     HRSRC__* const resource = FindResourceW(module, name, kResourceName);
     void* const loaded = resource ? LoadResource(module, resource) : nullptr;
     data = loaded ? static_cast<const unsigned char*>(LockResource(loaded)) : nullptr;
@@ -207,7 +211,7 @@ DescriptorBytes readLoaded(HMODULE module, const wchar_t* name, const wchar_t* w
   if (!size) return outcome(State::Missing, {}, what);
   if (size > kLargestDescriptor) return outcome(State::TooLarge, {}, what);
   std::vector<unsigned char> bytes(size);
-  const bool isOutside = guarded([&] { std::copy_n(data, size, bytes.begin()); }) != 0;
+  const bool isOutside = guarded([&] { std::copy_n(data, size, bytes.begin()); }).has_value();
   return outcome(isOutside ? State::Outside : State::Found, std::move(bytes), what);
 }
 
@@ -261,11 +265,12 @@ LoadedFactory loadFactory(const std::wstring& path) {
   HMODULE module = nullptr;
   DWORD error = 0;
   const NoSystemDialogs quiet;
-  const u32 fault = guarded([&] {
+  const auto fault = guarded([&] {
     module = LoadLibraryExW(path.c_str(), nullptr, LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_DEFAULT_DIRS);
     if (!module) error = GetLastError();
   });
-  if (fault) return {nullptr, true, L"Loading it ended in " + faultText(fault) + L"; the file may be corrupt."};
+  if (error == ERROR_STACK_OVERFLOW) guardStackAgain();  // the system's loader has caught it and left it at that
+  if (fault) return {nullptr, true, L"Loading it ended in " + faultText(*fault) + L"; the file may be corrupt."};
   StartMark::change(StartPhase::Factory);
   return module ? findFactory(module) : LoadedFactory{nullptr, false, whyNotLoaded(path, error)};
 }
@@ -288,7 +293,7 @@ LoadedFactory findFactory(HMODULE module) {
   });
   if (outcome.fault)
     return {nullptr, true,
-            L"Its queryClassFactoryLocal ended in " + faultText(outcome.fault) + L"; the file may be corrupt."};
+            L"Its queryClassFactoryLocal ended in " + faultText(*outcome.fault) + L"; the file may be corrupt."};
   if (outcome.thrown) return {nullptr, false, L"Its queryClassFactoryLocal threw: " + *outcome.thrown};
   if (reason) return {nullptr, isCorrupt, reason};
   return {factory, false, {}};

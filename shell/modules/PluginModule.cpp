@@ -166,7 +166,7 @@ IBSmartObject* KPluginModule::makeObject(const wchar_t* interfaceName, const sty
   if (state_ == ModuleState::Failed && (outcome.fault || !object)) return nullptr;  // it asked itself, and that is why
   if (outcome.fault) {
     crashed(interfaceName, object ? L"its class factory made what is no object" : L"its class factory crashed",
-            outcome.fault);
+            *outcome.fault);
     return nullptr;
   }
   if (outcome.thrown) return cannotCreate(interfaceName, L"threw: " + *outcome.thrown);
@@ -237,7 +237,7 @@ bool KPluginInterface::isSound(IBSmartObject& object) {
     answers = object.query(identifier()) != nullptr;
   });
   if (outcome.fault)
-    module_->crashed(name_, L"it made an object that crashed when it was asked for its identity", outcome.fault);
+    module_->crashed(name_, L"it made an object that crashed when it was asked for its identity", *outcome.fault);
   if (outcome.thrown)
     module_->cannotCreate(name_, L"made an object that threw when it was asked for its identity: " + *outcome.thrown);
   if (outcome.fault || outcome.thrown) return false;

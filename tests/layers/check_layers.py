@@ -37,7 +37,7 @@ SHARED = """
     graphics/gdi/Gdi_p.h graphics/gdiplus/ClipStack_p.h graphics/gdiplus/Wrappers_p.h graphics/images/AGImage_p.h
     graphics/images/ImageBits_p.h graphics/images/ImageFiles_p.h graphics/images/Recolor_p.h graphics/path/PathClip_p.h graphics/quality/Quality_p.h
     graphics/quality/QualityListener_p.h shell/DeclaredObjects_p.h shell/actions/KActionManager_p.h shell/guard/GuardedCall_p.h
-    shell/guard/EarlierStarts_p.h shell/guard/GuardedModule_p.h shell/guard/LoaderLock_p.h shell/guard/StartSentinel_p.h
+    shell/guard/EarlierStarts_p.h shell/guard/GuardedModule_p.h shell/guard/KeptStack_p.h shell/guard/LoaderLock_p.h shell/guard/StartSentinel_p.h
     shell/guard/UserAlert_p.h shell/modules/KClassFactoryLocal_p.h
     shell/documents/manager/KDocManager_p.h shell/services/KReport_p.h
     shell/history/KStateHistory_p.h shell/history/KStateList_p.h

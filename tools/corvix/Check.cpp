@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <map>
 #include <nlohmann/json.hpp>
+#include <set>
 
 #include <windows.h>
 
@@ -34,6 +35,18 @@ struct ModuleReport {
   }
   int exit() const { return !holds() ? kFindings : tried ? kHolds : kNotTried; }
 };
+
+// A file's path in the one spelling that the system has for it; as it is given when it cannot be opened.
+std::wstring ownSpelling(const std::string& path) {
+  const std::wstring given = std::filesystem::absolute(wide(path)).wstring();
+  HANDLE const file = CreateFileW(given.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                  OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+  if (file == INVALID_HANDLE_VALUE) return given;
+  std::wstring spelling(32768, L'\0');
+  spelling.resize(GetFinalPathNameByHandleW(file, spelling.data(), static_cast<DWORD>(spelling.size()), 0));
+  CloseHandle(file);
+  return spelling.empty() ? given : spelling;
+}
 
 ModuleReport checkModule(const std::string& path, unsigned timeoutSeconds) {
   ModuleReport report;
@@ -88,7 +101,11 @@ class RequirementCheck {
     const std::size_t first = modules_.size() - reports_.size();
     for (std::size_t i = first; i < modules_.size(); ++i) {
       std::vector<Finding>& findings = reports_[i - first].findings;
-      for (const Element& required : modules_[i].descriptor.requirements) check(required, findings);
+      for (const Element& required : modules_[i].descriptor.requirements) {
+        check(required, findings);
+        if (providersOf(required) == std::vector<std::size_t>{i})
+          findings.push_back({&ruleOf("requirement-own"), "It needs \"" + required.value("Interface") + "\"."});
+      }
       if (const std::string way = circleFrom(i); !way.empty()) findings.push_back({&ruleOf("requirement-circle"), way});
     }
   }
@@ -132,7 +149,8 @@ class RequirementCheck {
     for (std::size_t at = 0; at < reached.size(); ++at) {
       for (const Element& required : modules_[reached[at]].descriptor.requirements) {
         const std::vector<std::size_t> providers = providersOf(required);
-        if (providers.size() == 1 && neededBy.try_emplace(providers.front(), reached[at]).second)
+        if (providers.size() == 1 && providers.front() != reached[at] &&
+            neededBy.try_emplace(providers.front(), reached[at]).second)
           reached.push_back(providers.front());
       }
     }
@@ -187,7 +205,9 @@ json asJson(const ModuleReport& report) {
 
 int check(const CheckOptions& options) {
   std::vector<ModuleReport> reports;
+  std::set<std::wstring> seen;
   for (const std::string& module : options.modules) {
+    if (!seen.insert(ownSpelling(module)).second) continue;
     if (!options.json && options.modules.size() > 3)
       std::fprintf(stderr, "%zu/%zu %s\n", reports.size() + 1, options.modules.size(), module.c_str());
     reports.push_back(checkModule(module, options.timeoutSeconds));

@@ -39,12 +39,18 @@ bool isVirtual(const std::string& module) {
   return name.starts_with("api-ms-") || name.starts_with("ext-ms-");
 }
 
-// What a module exports; read once, as many import from the same few.
-const std::set<std::string>& exportsOf(const fs::path& path) {
-  static std::map<fs::path, std::set<std::string>> known;
+// What of a module others need to know; read once, as many import from the same few.
+struct ImportedModule {
+  std::optional<ModuleImage::Fault> fault;
+  std::set<std::string> exports;
+  std::vector<ModuleImage::Import> imports;
+};
+
+const ImportedModule& importedModule(const fs::path& path) {
+  static std::map<fs::path, ImportedModule> known;
   const auto [place, isNew] = known.try_emplace(path);
   ModuleImage image;
-  if (isNew && image.open(path.wstring())) place->second = image.exports();
+  if (isNew && image.open(path.wstring())) place->second = {image.fault(), image.exports(), image.imports()};
   return place->second;
 }
 
@@ -97,24 +103,45 @@ class FileCheck {
     if (!why.empty()) add("sdk-mismatch", utf8(why));
   }
 
+  // Those of the module, then those of what it imports from, and so on; what is the system's is complete.
   void checkImports() {
+    struct Importer {
+      std::string name;  // empty: the module itself
+      const std::vector<ModuleImage::Import>* imports;
+    };
     const auto folders = searchFolders(path_);
-    for (const ModuleImage::Import& import : image_.imports()) {
-      if (isVirtual(import.module)) continue;
-      const auto folder = std::find_if(folders.begin(), folders.end(), [&](const fs::path& place) {
-        std::error_code ignored;
-        return fs::is_regular_file(place / wide(import.module), ignored);
-      });
-      if (folder == folders.end()) {
-        add("missing-dll",
-            import.module + " is neither beside the module, nor beside this program, nor in the system.");
-        continue;
+    std::vector<Importer> importers{{"", &image_.imports()}};
+    std::set<std::string> seen;
+    for (std::size_t at = 0; at < importers.size(); ++at) {
+      const Importer importer = importers[at];
+      const std::string needed = importer.name.empty() ? "" : ", which " + importer.name + " needs,";
+      for (const ModuleImage::Import& import : *importer.imports) {
+        if (isVirtual(import.module)) continue;
+        const bool isNew = seen.insert(lowered(import.module)).second;
+        const auto folder = std::find_if(folders.begin(), folders.end(), [&](const fs::path& place) {
+          std::error_code ignored;
+          return fs::is_regular_file(place / wide(import.module), ignored);
+        });
+        if (folder == folders.end()) {
+          if (isNew)
+            add("missing-dll",
+                import.module + needed + " is neither beside the module, nor beside this program, nor in the system.");
+          continue;
+        }
+        const ImportedModule& module = importedModule(*folder / wide(import.module));
+        if (module.fault && isNew)
+          add("unusable-dll", import.module + needed + " cannot be used: " + module.fault->detail);
+        if (module.fault) continue;
+        checkFunctions(import, module.exports);
+        if (isNew && folder != folders.end() - 1) importers.push_back({import.module, &module.imports});
       }
-      const std::set<std::string>& exports = exportsOf(*folder / wide(import.module));
-      if (exports.empty()) continue;
-      for (const std::string& function : import.functions) {
-        if (!exports.contains(function)) add("missing-function", import.module + " has no " + function + '.');
-      }
+    }
+  }
+
+  void checkFunctions(const ModuleImage::Import& import, const std::set<std::string>& exports) {
+    if (exports.empty()) return;
+    for (const std::string& function : import.functions) {
+      if (!exports.contains(function)) add("missing-function", import.module + " has no " + function + '.');
     }
   }
 

@@ -38,6 +38,7 @@ void printTable(const Descriptor& descriptor, const ModuleImage& image) {
   for (const Element& one : descriptor.settings) print("Setting", one);
   for (const Element& one : descriptor.requirements) print("Requires", one);
   std::printf("File\n");
+  if (image.fault()) std::printf("  %-13s %s\n", "other-machine", image.fault()->detail.c_str());
   for (const auto& import : image.imports()) std::printf("  %-13s %s\n", "imports", shown(import.module).c_str());
   if (!image.buildIdentifier().empty()) std::printf("  %-13s %s\n", "build", image.buildIdentifier().c_str());
 }
@@ -59,7 +60,8 @@ void printJson(const std::string& path, const Descriptor& descriptor, const Modu
 int info(const std::string& path, InfoForm form) {
   ModuleImage image;
   if (!image.open(wide(path))) return failed(path, "the file cannot be read");
-  if (const auto fault = image.fault()) return failed(path, fault->detail);
+  // What is made for another word size can be shown as well.
+  if (const auto fault = image.fault(); fault && !image.descriptor()) return failed(path, fault->detail);
   if (!image.descriptor()) return failed(path, "it has no descriptor");
   try {
     const Descriptor descriptor = readDescriptor(*image.descriptor());

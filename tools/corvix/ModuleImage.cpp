@@ -4,10 +4,12 @@
 #include "tools/corvix/Text.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <type_traits>
 
 #include <windows.h>
 
@@ -20,7 +22,6 @@ constexpr std::size_t kMostEntries = 100'000;
 constexpr std::size_t kLongestName = 4096;  // of a C++ function
 constexpr std::size_t kMostNameBytes = 32 << 20;
 constexpr std::uint32_t kHighBit = 0x80000000;
-constexpr std::uintptr_t kByNumber = ~(~std::uintptr_t{0} >> 1);  // of a function that is imported
 
 std::string hexadecimal(std::string_view bytes) {
   std::string text;
@@ -33,6 +34,7 @@ std::string hexadecimal(std::string_view bytes) {
 
 const ModuleImage::Fault kNoModule{"not-a-module", "It does not begin as Windows modules do."};
 const ModuleImage::Fault kCutShort{"not-a-module", "It is cut short: its headers point past its end."};
+const ModuleImage::Fault kContradictory{"not-a-module", "It is damaged: its headers contradict themselves."};
 
 }  // namespace
 
@@ -87,15 +89,30 @@ std::optional<ModuleImage::Fault> ModuleImage::examine() {
   IMAGE_DOS_HEADER dos;
   DWORD signature = 0;
   IMAGE_FILE_HEADER file;
-  IMAGE_OPTIONAL_HEADER optional;
   if (!readFile(0, dos) || dos.e_magic != IMAGE_DOS_SIGNATURE) return kNoModule;
   const std::uint64_t header = static_cast<std::uint32_t>(dos.e_lfanew);
   if (!readFile(header, signature)) return kCutShort;
   if (signature != IMAGE_NT_SIGNATURE) return kNoModule;
   if (!readFile(header + sizeof signature, file)) return kCutShort;
-  if (file.Machine != kOwnMachine) return Fault{"other-machine", utf8(whyOtherMachine(file.Machine))};
   const std::uint64_t optionalAt = header + sizeof signature + sizeof file;
+  std::optional<Fault> fault;
+  if (file.Machine == kMachineX86) fault = readHeaders<IMAGE_OPTIONAL_HEADER32>(optionalAt, file);
+  if (file.Machine == kMachineX64) fault = readHeaders<IMAGE_OPTIONAL_HEADER64>(optionalAt, file);
+  if (file.Machine == kOwnMachine) return fault;
+  const bool isX86 = file.Machine == kMachineX86 || file.Machine == kMachineX64;
+  return Fault{"other-machine",
+               utf8(whyOtherMachine(file.Machine)) +
+                   (isX86 ? " A corvix.exe of its word size can check it: that of 64 bits is in x64." : "")};
+}
+
+template <class OptionalHeader>
+std::optional<ModuleImage::Fault> ModuleImage::readHeaders(std::uint64_t optionalAt, const FileHeader& file) {
+  constexpr bool kIs64 = std::is_same_v<OptionalHeader, IMAGE_OPTIONAL_HEADER64>;
+  OptionalHeader optional;
   if (!readFile(optionalAt, optional)) return kCutShort;
+  if (file.SizeOfOptionalHeader < offsetof(OptionalHeader, DataDirectory) ||
+      optional.Magic != (kIs64 ? IMAGE_NT_OPTIONAL_HDR64_MAGIC : IMAGE_NT_OPTIONAL_HDR32_MAGIC))
+    return kContradictory;
   hasSymbols_ = file.NumberOfSymbols != 0;
   for (unsigned i = 0; i < file.NumberOfSections; ++i) {
     IMAGE_SECTION_HEADER section;
@@ -111,7 +128,8 @@ std::optional<ModuleImage::Fault> ModuleImage::examine() {
   const auto directory = [&](unsigned index) {
     return index < optional.NumberOfRvaAndSizes ? optional.DataDirectory[index] : IMAGE_DATA_DIRECTORY{};
   };
-  readImports(directory(IMAGE_DIRECTORY_ENTRY_IMPORT).VirtualAddress);
+  readImports<std::conditional_t<kIs64, std::uint64_t, std::uint32_t>>(
+      directory(IMAGE_DIRECTORY_ENTRY_IMPORT).VirtualAddress);
   readExports(directory(IMAGE_DIRECTORY_ENTRY_EXPORT).VirtualAddress);
   const IMAGE_DATA_DIRECTORY debug = directory(IMAGE_DIRECTORY_ENTRY_DEBUG);
   readDebug(debug.VirtualAddress, debug.Size);
@@ -121,14 +139,16 @@ std::optional<ModuleImage::Fault> ModuleImage::examine() {
   return std::nullopt;
 }
 
+template <class Word>
 void ModuleImage::readImports(std::uint32_t table) {
   if (!table) return;
+  constexpr Word kByNumber = Word{1} << (8 * sizeof(Word) - 1);
   IMAGE_IMPORT_DESCRIPTOR descriptor;
   for (std::uint64_t at = table; imports_.size() < 1000 && hasRoom() && readImage(at, descriptor) && descriptor.Name;
        at += sizeof descriptor) {
     Import import{nameAt(descriptor.Name), {}};
     std::uint64_t entry = descriptor.OriginalFirstThunk ? descriptor.OriginalFirstThunk : descriptor.FirstThunk;
-    for (std::uintptr_t target = 0; hasRoom() && readImage(entry, target) && target; entry += sizeof target) {
+    for (Word target = 0; hasRoom() && readImage(entry, target) && target; entry += sizeof target) {
       if (!(target & kByNumber)) import.functions.push_back(nameAt(static_cast<std::uint32_t>(target) + 2));
     }
     imports_.push_back(std::move(import));

@@ -8,6 +8,8 @@
 #include <string_view>
 #include <vector>
 
+struct _IMAGE_FILE_HEADER;
+
 namespace corvix::tool {
 
 class ModuleImage {
@@ -17,7 +19,8 @@ class ModuleImage {
     std::vector<std::string> functions;  // those by name
   };
 
-  // Why it is no module that this program could load, as a rule's id and what was found; nothing when it is one.
+  // Why it is no module that this program could load, as a rule's id and what was found; nothing when it is one. One of
+  // the other word size is read all the same.
   struct Fault {
     const char* rule;
     std::string detail;
@@ -41,12 +44,16 @@ class ModuleImage {
   std::vector<std::u16string> names() const;
 
  private:
+  using FileHeader = _IMAGE_FILE_HEADER;
   struct Section {
     std::uint32_t address, size, offset;
     bool isResources;
   };
 
   std::optional<Fault> examine();
+  template <class OptionalHeader>
+  std::optional<Fault> readHeaders(std::uint64_t optionalAt, const FileHeader& file);
+  template <class Word>
   void readImports(std::uint32_t table);
   void readExports(std::uint32_t table);
   void readDebug(std::uint32_t table, std::uint32_t size);

@@ -3,6 +3,7 @@
 #include "tools/xmlbinc/Harmless.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <vector>
 
 #include <windows.h>
@@ -28,6 +29,12 @@ std::string utf8(std::u16string_view text) { return utf8(std::wstring(text.begin
 
 std::string shown(std::string_view text, std::size_t mostLetters) {
   return utf8(xmlbinc::harmless(wide(text), mostLetters));
+}
+
+std::string hexadecimal(std::uint32_t value) {
+  char text[16];
+  std::snprintf(text, sizeof text, "0x%08X", static_cast<unsigned>(value));
+  return text;
 }
 
 std::string fileNameOf(const std::string& path) { return path.substr(path.find_last_of("\\/") + 1); }

@@ -9,6 +9,7 @@
 #include "core/baselib/system/Exception.h"
 #include "shell/ClassFactory.h"
 #include "shell/Shell.h"
+#include "shell/guard/KeptStack_p.h"
 #include "shell/modules/Contract_p.h"
 
 #include <algorithm>
@@ -155,8 +156,11 @@ class ModuleTrial {
     };
     const auto* const row =
         std::find_if(std::begin(kErrors), std::end(kErrors), [error](const auto& one) { return one.error == error; });
+    constexpr DWORD kFirstCrash = 0x80000000;  // the system's loader has caught it, and has no error of its own for it
     if (row != std::end(kErrors)) {
       find(row->rule, row->detail);
+    } else if (error >= kFirstCrash) {
+      find("crash-on-load", "Exception " + hexadecimal(error) + " while it was loaded.");
     } else {
       find("load-refused", "The system's error is " + std::to_string(error) + ".");
     }
@@ -287,6 +291,7 @@ int runTrial(const std::wstring& path, const std::wstring& recordPath, std::size
   if (record == INVALID_HANDLE_VALUE) return 2;
   SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX | SEM_NOOPENFILEERRORBOX);
   SetUnhandledExceptionFilter(noteCrash);
+  keepStack();  // for that filter
   IShell::startUnattended();
   ModuleImage image;
   if (!image.open(path) || !image.descriptor()) return 2;

@@ -99,12 +99,6 @@ Ending runChild(const std::wstring& module, const std::filesystem::path& record,
   return ending;
 }
 
-std::string hexadecimal(std::uint32_t value) {
-  char text[16];
-  std::snprintf(text, sizeof text, "0x%08X", static_cast<unsigned>(value));
-  return text;
-}
-
 // What the children's lines come to.
 class Reading {
  public:

@@ -14,7 +14,8 @@ using namespace corvix::tool;
 int main(int argc, char** argv) {
   SetConsoleOutputCP(CP_UTF8);
   CLI::App app{"Looks at Corvix plug-ins: what they say of themselves, and whether they are good ones.", "corvix"};
-  app.set_version_flag("--version", std::string("corvix ") + CORVIX_VERSION);
+  app.set_version_flag("--version",
+                       std::string("corvix ") + CORVIX_VERSION + (sizeof(void*) == 8 ? ", 64-bit" : ", 32-bit"));
   app.require_subcommand(1);
   app.allow_windows_style_options(false);  // a path may begin with a slash
   int exitCode = 0;

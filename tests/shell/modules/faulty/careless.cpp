@@ -42,6 +42,12 @@ struct NoName : SaysAllIsWell {
 struct CrashingQuery : SaysAllIsWell {
   static void* query(const stype_info&) { return *reinterpret_cast<void* volatile*>(8); }
 };
+struct RaisingQuery : SaysAllIsWell {
+  static void* query(const stype_info&) {
+    RaiseException(0, 0, 0, nullptr);
+    return nullptr;
+  }
+};
 struct ThrowingQuery : SaysAllIsWell {
   static void* query(const stype_info&) { throw std::runtime_error("no answer"); }
 };
@@ -59,12 +65,14 @@ IBSmartObject* doAsWritten() {
   if (what == L"no info") return new Asked<NoInfo>;
   if (what == L"no name") return new Asked<NoName>;
   if (what == L"crashing query") return new Asked<CrashingQuery>;
+  if (what == L"raising query") return new Asked<RaisingQuery>;
   if (what == L"throwing query") return new Asked<ThrowingQuery>;
   if (what == L"raise") RaiseException(1, 0, 0, nullptr);
+  if (what == L"raise nothing") RaiseException(0, 0, 0, nullptr);
   if (what == L"silent") throw Silent();
   if (what == L"itself") return IShell::getInstance()->pluginManager()->createObject(L"Faulty.careless");
   if (what == L"full") asm volatile("fldz; fldz; fldz; fldz; fldz; fldz; fldz; fldz; ud2");
-  if (what == L"mode") asm volatile("fldcw %0" : : "m"(*"\x40\x02"));
+  if (what == L"mode") asm volatile("fldcw %0\n\tldmxcsr %1" : : "m"(*"\x40\x02"), "m"(*"\x80\x7F\0"));
   return new BSmartObject;
 }
 

@@ -104,6 +104,7 @@ def asked(modules, bin_folder, emulator):
     found = said_of(lines)
     boxes = {asking[1] for asking, box in zip(lines, lines[1:])
              if box == ["box", "Teldane Quill", ". Module may be corrupt!"]}
+    yield from (f"{line[1]} left numbers in another mode" for line in lines if line[0] == "mode")
     for name, said in wanted.items():
         state, reason = found.get(name + ".dll", ("not asked", ""))
         if state != "failed" or said not in reason or not reason:

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <string>
 #include <thread>
+#include <utility>
 
 #include <windows.h>
 #include <psapi.h>
@@ -59,6 +60,14 @@ void listAll(IPluginManager& manager, const std::wstring& folder) {
   std::printf("memory\t%u\n", static_cast<unsigned>(memory.PeakWorkingSetSize >> 20));
 }
 
+// Of both floating-point units.
+std::pair<unsigned, unsigned> numberModes() {
+  unsigned vector = 0;
+  unsigned short stack = 0;
+  asm volatile("stmxcsr %0\n\tfnstcw %1" : "=m"(vector), "=m"(stack));
+  return {vector & ~0x3Fu, stack};
+}
+
 // Names of files come from the standard input.
 void askEach(IPluginManager& manager, const std::wstring& folder) {
   Boxes boxes;
@@ -66,9 +75,11 @@ void askEach(IPluginManager& manager, const std::wstring& folder) {
   for (char name[300]; std::scanf("%299s", name) == 1;) {
     std::printf("asking\t%s\n", name);
     std::fflush(stdout);
+    const auto mode = numberModes();
     const i32 before = manager.moduleCount();
     const IPluginModule* const loaded = manager.loadModule((folder + L"\\" + wide(name)).c_str());
     const Ref<IBSmartObject> made = createObject<IBSmartObject>(manager, L"Hostile.object");
+    if (numberModes() != mode) std::printf("mode\t%s\n", name);
     if (loaded || made) std::printf("made\t%s\n", name);
     if (manager.moduleCount() > before) tell(*manager.moduleAt(before));
     std::fflush(stdout);

@@ -24,6 +24,14 @@ def coded(code):
     return lambda: Module(code=bytes.fromhex(code))
 
 
+def started(code):
+    """In DllMain, at the start alone: the system calls it once more after it has failed."""
+    def make():
+        only_then = "83FA017401C3" if pe.IS_64 else "837C2408017403C20C00"
+        return Module(code=bytes.fromhex(only_then + code)).put("entry", TEXT)
+    return make
+
+
 def described(make):
     return lambda: Module(plugin=make())
 
@@ -133,6 +141,11 @@ DIRECTORIES = [
     ("factory_divides_by_zero", coded("31C9F7F1C3"), "", "a division by zero"),
     ("factory_without_end", coded("E8FBFFFFFF"), "", "a stack overflow"),
     ("factory_without_end_either", coded("E8FBFFFFFF"), "", "a stack overflow"),
+    ("factory_takes_the_modes_of_numbers", coded("68006000000FAE14245868400F0000D92C24580F0B"), "", "an illegal instruction"),
+    ("start_divides_by_zero", started("31C9F7F1C3"), "", "starting: a division by zero (0xC0000094)."),
+    ("start_breaks", started("CCC3"), "", "starting: exception (0x80000003)."),
+    ("start_without_end", started("E8FBFFFFFF"), "", "ran out of stack"),
+    ("start_without_end_either", started("E8FBFFFFFF"), "", "ran out of stack"),
     ("factory_is_no_object", coded("B801000000C3"), "", "an access violation"),
     ("factory_is_text", coded("B82C200010C3"), "", ""),
     ("imports_outside", put("importDirectory", OUTSIDE), "", "an access violation"),

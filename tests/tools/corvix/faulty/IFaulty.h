@@ -18,6 +18,23 @@ class Other : public corvix::BSmartObject, public IOther {
   CORVIX_IDENTITY(Other, 0x914C5DE0, 0x43AB7F26, 0xBD80E157, 0x0F62C93A, corvix::BSmartObject, IOther)
 };
 
+inline void writeToNothing() { *static_cast<volatile int*>(nullptr) = 1; }
+
+inline volatile int zero = 0;
+inline void divideByNothing() { zero = 7 / zero; }
+
+inline int deeper(int depth) {
+  volatile char room[1000];
+  room[0] = static_cast<char>(depth);
+  return zero ? 0 : deeper(depth + 1) + room[0];
+}
+inline void takeAllStack() { deeper(0); }
+
+#ifndef FAULTY_CRASH
+#define FAULTY_CRASH writeToNothing
+#endif
+inline void crash() { FAULTY_CRASH(); }
+
 // For classes that only misbehave: they have no identity of their own.
 template <class Misbehaving>
 corvix::IBSmartObject* createAsGood() {

@@ -2,7 +2,7 @@
 
 class Crashing : public Good {
  public:
-  Crashing() { *static_cast<volatile int*>(nullptr) = 1; }
+  Crashing() { crash(); }
 };
 
 CORVIX_PLUGIN({L"Faulty.Object", createAsGood<Crashing>}, {L"Faulty.Other", corvix::create<Other>})

@@ -3,7 +3,7 @@
 class Crashing : public Good {
  public:
   void* query(const corvix::stype_info&, corvix::QueryVisitor*) override {
-    *static_cast<volatile int*>(nullptr) = 1;
+    crash();
     return nullptr;
   }
 };
