@@ -248,8 +248,8 @@ TEST(Shell, TasksOfAnyThreadComeInOrderThroughTheMessageLoop) {
   EXPECT_TRUE(done.empty()) << "without a message loop";
 }
 
-TEST(Shell, HasNoManagersThatNobodyDeclares) {
-  EXPECT_TRUE(!shell().guiManager() && shell().docManager() && shell().stateHistory());
+TEST(Shell, HasManagersOfItsOwn) {
+  EXPECT_TRUE(shell().actionManager() && shell().docManager() && shell().stateHistory());
 }
 
 TEST(Shell, APluginsManagerTakesThePlaceOfTheLibrarys) {

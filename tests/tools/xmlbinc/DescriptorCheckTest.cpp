@@ -154,7 +154,7 @@ TEST(DescriptorCheck, WarnsOfFamiliesAndTemplates) {
             "Name='DocumentView.Text' For='a b'"),
        {"2:46: Side \"middle\" is none of \"left\", \"right\", \"top\", \"bottom\"",
         "2:60: Size \"wide\" is not a whole number", "2:72: Shown \"1\" is none of \"true\", \"false\"",
-        "3:53: For \"a b\"" + when}},
+        "3:52: For \"a b\"" + when}},
       {face("Name='Supplier.Zip'"),
        {"2:27: the scheme of \"Supplier.Zip\" has capital letters: suppliers are asked for in small ones"}},
       {menu("<Item Action='Actions.A' Key='Ctrl+Plus' When='a and !b'/><Item Action='Actions.A' Key='ctrl+plus'/>"),
