@@ -248,7 +248,9 @@ TEST(Shell, TasksOfAnyThreadComeInOrderThroughTheMessageLoop) {
   EXPECT_TRUE(done.empty()) << "without a message loop";
 }
 
-TEST(Shell, HasManagersOfItsOwn) { EXPECT_TRUE(shell().docManager() && shell().stateHistory()); }
+TEST(Shell, HasManagersOfItsOwn) {
+  EXPECT_TRUE(shell().actionManager() && shell().docManager() && shell().stateHistory());
+}
 
 TEST(Shell, APluginsManagerTakesThePlaceOfTheLibrarys) {
   for (const wchar_t* const name : {L"IBSecretary.Instance", L"IBSelfReg.Instance", L"IBTranslator.Instance",
