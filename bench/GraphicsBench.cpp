@@ -3,10 +3,16 @@
 #include "bench/Bench.h"
 #include "core/baselib/objects/Ref.h"
 #include "graphics/IAGDCCreator.h"
+#include "graphics/ImageFreezer.h"
+#include "graphics/fonts/FontFinder.h"
+#include "graphics/text/Text.h"
 #include "shell/Shell.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
+#include <iterator>
+#include <tuple>
 #include <vector>
 
 #include <windows.h>
@@ -352,6 +358,203 @@ void measureImages(Report& report) {
   flat::GdipDisposeImage(bitmap);
 }
 
+// Of 35 megapixels each pixel is read once.
+void measureReductions(Report& report) {
+  constexpr i32 kWidth = 7000, kHeight = 5000;
+  const Ref<IAGDC> page = makePage(0, kWidth / 8);
+  IBSettings& settings = *IShell::getInstance()->settings();
+  Variant before;
+  settings.getValue(L"Quality", L"ImageSizeLimit", before);
+  settings.setValue(L"Quality", L"ImageSizeLimit", Variant(0));  // none is left out
+  for (const auto& [model, name] : {std::pair(ColorModel::Gray, "grey"), {ColorModel::Rgb, "RGB"}}) {
+    const auto image = Ref<IAGImage>::adopt(page->createImage(kWidth, kHeight, model, 0));
+    const auto count = static_cast<std::size_t>(image->strideBytes()) * kHeight / sizeof(u32);
+    for (i32 y = 0; y < kHeight; ++y) std::memset(image->row(y), y, static_cast<std::size_t>(image->strideBytes()));
+    const auto draw = [&](i32 width, i32 height) {
+      return [&page, &image, width, height](std::uint64_t n) {
+        while (n--) page->drawImage(image.get(), 0, 0, width, height);
+      };
+    };
+    const auto read = [&](std::uint64_t n) {
+      while (n--) {
+        const auto* const words = reinterpret_cast<const u32*>(image->row(0));
+        u32 sum = 0;
+        for (std::size_t i = 0; i < count; ++i) sum += words[i];
+        keep(sum);
+      }
+    };
+    report.compare(std::string("35 megapixels drawn at an eighth, ") + name, "reading them once", 2,
+                   draw(kWidth / 8, kHeight / 8), read);
+    report.compare(std::string("35 megapixels drawn at 1:8.3, ") + name, "reading them once", 0, draw(843, 602), read);
+  }
+  settings.setValue(L"Quality", L"ImageSizeLimit", before);
+}
+
+// A page that shows the same images again and again.
+void measureFrozen(Report& report) {
+  constexpr i32 kWidth = 2800, kHeight = 2000;
+  for (const auto& [wanted, name] : {std::pair(u32{0}, "GDI"), {capability::kGdiPlus, "GDI+"}}) {
+    const Ref<IAGDC> page = makePage(wanted);
+    const auto image = Ref<IAGImage>::adopt(page->createImage(kWidth, kHeight, ColorModel::Cmyk, 0));
+    const auto small = Ref<IAGImage>::adopt(page->createImage(kWidth / 8, kHeight / 8, ColorModel::Argb, 0));
+    for (i32 y = 0; y < kHeight / 8; ++y)
+      std::memset(small->row(y), 0xFF, static_cast<std::size_t>(small->strideBytes()));
+    query<IAGImageFreezer>(image.get())->freeze();
+    report.compare(
+        std::string("frozen CMYK image at an eighth, ") + name, "an image of that size", 2,
+        [&](std::uint64_t n) {
+          while (n--) page->drawImage(image.get(), 0, 0, kWidth / 8, kHeight / 8);
+        },
+        [&](std::uint64_t n) {
+          while (n--) page->drawImagePixel(small.get(), 0, 0);
+        });
+  }
+}
+
+void measureConversions(Report& report) {
+  constexpr i32 kEdge = 1000;
+  constexpr std::size_t kPixels = kEdge * kEdge;
+  const Ref<IAGDC> page = makePage(0, 1);
+  const auto filled = [&](ColorModel model) {
+    auto image = Ref<IAGImage>::adopt(page->createImage(kEdge, kEdge, model, 0));
+    for (i32 y = 0; y < kEdge; ++y) {
+      for (i32 i = 0; i < image->strideBytes(); ++i) image->row(y)[i] = static_cast<u8>(i * 7 + y * 13);
+    }
+    return image;
+  };
+  const Ref<IAGImage> colors = filled(ColorModel::Rgb);
+  const Ref<IAGImage> inks = filled(ColorModel::Cmyk);
+  report.compare(
+      "RGB megapixel to grey", "a plain loop, into a new block", 1,
+      [&](std::uint64_t n) {
+        while (n--) colors->convertTo(ColorModel::Gray)->release();
+      },
+      [&](std::uint64_t n) {
+        while (n--) {
+          std::vector<u8> result(kPixels);
+          const u8* from = colors->row(0);
+          for (std::size_t i = 0; i < kPixels; ++i, from += 3) {
+            result[i] = static_cast<u8>((from[2] * 299 + from[1] * 587 + from[0] * 114 + 500) / 1000);
+          }
+          keep(result[0]);
+        }
+      });
+  u8 left[256];
+  for (u32 i = 0; i < 256; ++i) left[i] = static_cast<u8>(255 - i * i / 255);
+  report.compare(
+      "CMYK megapixel to RGB", "a plain loop with a table, into a new block", 1,
+      [&](std::uint64_t n) {
+        while (n--) inks->convertTo(ColorModel::Rgb)->release();
+      },
+      [&](std::uint64_t n) {
+        while (n--) {
+          std::vector<u8> result(3 * kPixels);
+          const u8* from = inks->row(0);
+          u8* to = result.data();
+          for (std::size_t i = 0; i < kPixels; ++i, from += 4, to += 3) {
+            for (int part = 0; part < 3; ++part) to[part] = static_cast<u8>(left[from[2 - part]] * left[from[3]] / 255);
+          }
+          keep(result[0]);
+        }
+      });
+}
+
+// What is opaque and lies on whole pixels, against writing the bytes.
+void measureOpaque(Report& report) {
+  constexpr i32 kEdge = 1000;
+  constexpr std::size_t kBytes = 3 * kEdge * kEdge;
+  std::vector<u8> from(kBytes);
+  std::vector<u8> to(kBytes);
+  for (const auto& [wanted, name] : {std::pair(u32{0}, "GDI"), {capability::kGdiPlus, "GDI+"}}) {
+    const Ref<IAGDC> page = makePage(wanted, kEdge);
+    const auto image = Ref<IAGImage>::adopt(page->createImage(kEdge, kEdge, ColorModel::Rgb, 0));
+    page->setFillColor(rgb(32, 64, 128));
+    report.compare(
+        std::string("megapixel filled, ") + name, "memset", 1.2,
+        [&](std::uint64_t n) {
+          while (n--) page->fillRect(0, 0, kEdge, kEdge);
+        },
+        [&](std::uint64_t n) {
+          while (n--) {
+            std::memset(to.data(), static_cast<int>(n), kBytes);
+            keep(to[0]);
+          }
+        });
+    report.compare(
+        std::string("megapixel copied, ") + name, "memcpy", 1.2,
+        [&](std::uint64_t n) {
+          while (n--) page->drawImagePixel(image.get(), 0, 0);
+        },
+        [&](std::uint64_t n) {
+          while (n--) {
+            std::memcpy(to.data(), from.data(), kBytes);
+            keep(to[0]);
+          }
+        });
+  }
+}
+
+void measureText(Report& report) {
+  constexpr wchar_t kText[] = L"The quick brown fox jumps over the lazy dog, again and again.";
+  constexpr int kGlyphs = static_cast<int>(std::size(kText)) - 1;
+  constexpr int kSize = 14;
+  const auto machine =
+      createObject<IFMFontChooser>(*IShell::getInstance()->pluginManager(), L"IFMFontMachine.Instance");
+  FontRequest request;
+  request.family = L"Helvetica";
+  const auto font = Ref<IFMFont>::adopt(machine->createFontFor(request));
+  const Bare bare;
+  HFONT const bareFont =
+      CreateFontW(-kSize, 0, 0, 0, FW_NORMAL, 0, 0, 0, DEFAULT_CHARSET, 0, 0, ANTIALIASED_QUALITY, 0, font->family());
+  const HGDIOBJ before = SelectObject(bare.device, bareFont);
+  SetBkMode(bare.device, TRANSPARENT);
+  for (const auto& [wanted, name, most] : {std::tuple(u32{0}, "GDI", 1.0), {capability::kGdiPlus, "GDI+", 2.0}}) {
+    const Ref<IAGDC> page = makePage(wanted);
+    page->setFillColor(kBlack);
+    report.compare(
+        std::string("text, a glyph of a run, ") + name, "TextOutW", most,
+        [&](std::uint64_t n) {
+          while (n--)
+            drawText(*page, *font, kSize, Matrix::translation(10, 20 + static_cast<int>(n % 480)), kText, kGlyphs);
+        },
+        [&](std::uint64_t n) {
+          while (n--) TextOutW(bare.device, 10, 8 + static_cast<int>(n % 480), kText, kGlyphs);
+        },
+        kGlyphs, kGlyphs);
+  }
+  SelectObject(bare.device, before);
+  DeleteObject(bareFont);
+}
+
+// GDI+ makes pixels of a path's region anew for every fill below it.
+void measurePathClips(Report& report) {
+  const Ref<IAGDC> pages[] = {makePage(capability::kGdiPlus), makePage(0)};
+  for (const Ref<IAGDC>& page : pages) {
+    page->beginPath();
+    for (int i = 0; i < 12; ++i) {
+      const double reach = i % 2 ? 200 : 90;
+      const Point p = {250 + reach * std::cos(i * 0.5236), 250 + reach * std::sin(i * 0.5236)};
+      i == 0 ? page->moveTo(p.x, p.y) : page->lineTo(p.x, p.y);
+    }
+    page->closePath();
+  }
+  const auto clipped = [](IAGDC& page, bool isFilled) {
+    return [&page, isFilled](std::uint64_t n) {
+      while (n--) {
+        page.saveClip();
+        page.clipPath();
+        if (isFilled) page.fillRect(0, 0, 20, 20);
+        page.restoreClip();
+      }
+    };
+  };
+  for (const bool isFilled : {false, true}) {
+    report.compare(isFilled ? "the same, with a fill between, GDI+" : "clip by path, saved and restored, GDI+",
+                   "the same through GDI", isFilled ? 0 : 2, clipped(*pages[0], isFilled),
+                   clipped(*pages[1], isFilled));
+  }
+}
+
 void measureCmyk(Report& report) {
   constexpr int kEdge = 1000;  // a megapixel
   const Ref<IAGDC> page = makePage(0, kEdge);
@@ -369,7 +572,7 @@ void measureCmyk(Report& report) {
     settings.setValue(L"Quality", L"FullColorConversion", Variant(mode));
     // All of it is seen, and so converted; the copy to the page is a small part of that.
     report.compare(
-        std::string("CMYK megapixel, ") + names[mode - 1], "memcpy of the result", 0,
+        std::string("CMYK megapixel, ") + names[mode - 1], "memcpy of the result", mode == 1 ? 3 : 6,
         [&](std::uint64_t n) {
           while (n--) page->drawImagePixel(image.get(), 0, 0);
         },
@@ -391,6 +594,12 @@ void measure(Report& report) {
   measureNestedClips(report);
   measureImages(report);
   measureImageParts(report);
+  measureReductions(report);
+  measureFrozen(report);
+  measureConversions(report);
+  measureOpaque(report);
+  measureText(report);
+  measurePathClips(report);
   measureCmyk(report);
 }
 

@@ -17,15 +17,10 @@ if(NOT CORVIX_WINDRES)
     endif()
 endif()
 
-# Gives a target of this folder a descriptor, as its resource PLUGININFO, and version information.
-# With UNCHECKED the author's mistakes are let through, with UNSTAMPED it does not say which SDK it was made with. MENU and
-# VIEWS are templates that go into the module, too.
-function(corvix_add_descriptor target xml)
-    cmake_parse_arguments(PARSE_ARGV 2 descriptor "UNCHECKED;UNSTAMPED" "MENU;VIEWS" "")
-    set(check --check --warnings-as-errors)
-    if(descriptor_UNCHECKED)
-        set(check)
-    endif()
+# Compiles an XML file, and templates as NAME=FILE, into a target of this folder; with HEADER there is a "descriptor.h" for
+# its code.
+function(corvix_add_resource target xml)
+    cmake_parse_arguments(PARSE_ARGV 2 resource "HEADER" "" "OPTIONS;TEMPLATES")
     get_filename_component(xml "${xml}" ABSOLUTE)
     set(folder "${CMAKE_CURRENT_BINARY_DIR}/${target}.descriptor")
     file(MAKE_DIRECTORY "${folder}")
@@ -36,30 +31,50 @@ function(corvix_add_descriptor target xml)
         set(compiler Corvix::xmlbinc)
         set(run ${CMAKE_CROSSCOMPILING_EMULATOR} "$<TARGET_FILE:Corvix::xmlbinc>")
     endif()
+    set(header)
+    set(headerOption)
+    if(resource_HEADER)
+        set(header "${folder}/descriptor.h")
+        set(headerOption --header "${header}")
+    endif()
+    set(templateFiles "${resource_TEMPLATES}")
+    list(TRANSFORM templateFiles REPLACE "^[^=]*=" "")
+    set(templates "${resource_TEMPLATES}")
+    list(TRANSFORM templates PREPEND "--template=")
+    add_custom_command(OUTPUT "${folder}/descriptor.o" ${header} BYPRODUCTS "${folder}/descriptor.res"
+        COMMAND ${run} "${xml}" -o "${folder}/descriptor.res" --resource-for "$<TARGET_FILE_NAME:${target}>" ${headerOption} ${resource_OPTIONS} ${templates}
+        COMMAND "${CORVIX_WINDRES}" -F ${corvix_object_format} -J res -O coff -i "${folder}/descriptor.res" -o "${folder}/descriptor.o"
+        DEPENDS "${xml}" ${templateFiles} "$<TARGET_FILE:${compiler}>" COMMENT "Compiling descriptor ${xml}" VERBATIM)
+    set_source_files_properties("${folder}/descriptor.o" PROPERTIES EXTERNAL_OBJECT ON GENERATED ON)
+    target_sources(${target} PRIVATE "${folder}/descriptor.o" ${header})
+    target_include_directories(${target} PRIVATE "${folder}")
+endfunction()
+
+# Gives a target of this folder a descriptor, as its resource PLUGININFO, and version information.
+# With UNCHECKED the author's mistakes are let through, with UNSTAMPED it does not say which SDK it was made with. MENU and
+# VIEWS are templates that go into the module, too.
+function(corvix_add_descriptor target xml)
+    cmake_parse_arguments(PARSE_ARGV 2 descriptor "UNCHECKED;UNSTAMPED" "MENU;VIEWS" "")
+    set(check --check --warnings-as-errors)
+    if(descriptor_UNCHECKED)
+        set(check)
+    endif()
     # Which contract the module is made for, so that another one's is refused before its code is loaded.
     set(stamp --set SdkVersion=${CORVIX_SDK_VERSION} --set SdkCompiler=gnu --set SdkBits=${CORVIX_BITS})
     if(descriptor_UNSTAMPED)
         set(stamp)
     endif()
     set(templates)
-    set(templateFiles)
     foreach(kind IN ITEMS MENU=MENUTEMPL VIEWS=VIEWTEMPLATES)
         string(REPLACE "=" ";" kind "${kind}")
         list(GET kind 0 argument)
         list(GET kind 1 resource)
         if(descriptor_${argument})
             get_filename_component(file "${descriptor_${argument}}" ABSOLUTE)
-            list(APPEND templates --template "${resource}=${file}")
-            list(APPEND templateFiles "${file}")
+            list(APPEND templates "${resource}=${file}")
         endif()
     endforeach()
-    add_custom_command(OUTPUT "${folder}/descriptor.o" "${folder}/descriptor.h" BYPRODUCTS "${folder}/descriptor.res"
-        COMMAND ${run} ${check} "${xml}" -o "${folder}/descriptor.res" --header "${folder}/descriptor.h" --resource-for "$<TARGET_FILE_NAME:${target}>" ${stamp} ${templates}
-        COMMAND "${CORVIX_WINDRES}" -F ${corvix_object_format} -J res -O coff -i "${folder}/descriptor.res" -o "${folder}/descriptor.o"
-        DEPENDS "${xml}" ${templateFiles} "$<TARGET_FILE:${compiler}>" COMMENT "Compiling descriptor ${xml}" VERBATIM)
-    set_source_files_properties("${folder}/descriptor.o" PROPERTIES EXTERNAL_OBJECT ON GENERATED ON)
-    target_sources(${target} PRIVATE "${folder}/descriptor.o" "${folder}/descriptor.h")
-    target_include_directories(${target} PRIVATE "${folder}")
+    corvix_add_resource(${target} "${xml}" HEADER OPTIONS ${check} ${stamp} TEMPLATES ${templates})
 endfunction()
 
 # What every module of ours and of an author has in common.
@@ -86,5 +101,24 @@ function(corvix_add_plugin target)
     endif()
     if(TARGET Corvix::tool)  # Corvix's own build checks all its plug-ins in one test
         add_test(NAME ${target}.check COMMAND ${CMAKE_CROSSCOMPILING_EMULATOR} "$<TARGET_FILE:Corvix::tool>" check "$<TARGET_FILE:${target}>")
+    endif()
+endfunction()
+
+# corvix_add_language(CODE [texts.xml])
+#
+# The file brisvaneres.CODE beside the programs, from a file of texts, which is checked. It holds no code. The target is
+# called brisvaneres.CODE as well.
+function(corvix_add_language code)
+    set(texts texts.xml)
+    if(ARGC GREATER 1)
+        set(texts "${ARGV1}")
+    endif()
+    set(target brisvaneres.${code})
+    add_library(${target} MODULE)
+    set_target_properties(${target} PROPERTIES PREFIX "" OUTPUT_NAME brisvaneres SUFFIX ".${code}" LINKER_LANGUAGE CXX)
+    target_link_options(${target} PRIVATE -nostdlib -Wl,--entry=0)
+    corvix_add_resource(${target} "${texts}" OPTIONS --check --warnings-as-errors)
+    if(CMAKE_RUNTIME_OUTPUT_DIRECTORY)
+        set_target_properties(${target} PROPERTIES LIBRARY_OUTPUT_DIRECTORY "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}")
     endif()
 endfunction()

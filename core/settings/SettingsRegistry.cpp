@@ -47,11 +47,15 @@ SettingTexts SettingsRegistry::readOrCreate(Record& record, const Attributes& de
   return {data, data, declared.find(L"Type"), declared.find(L"Values")};
 }
 
-void SettingsRegistry::registerSetting(const Attributes& declared, IBSettings& settings) {
+void SettingsRegistry::registerSetting(const Attributes& declared, IBSettings& settings, const wchar_t* imposed) {
   const WideString group = declared.find(L"Group");
   const WideString item = declared.find(L"Item");
   Record record{keyPathOf(group, item), group, item};
-  const SettingTexts texts = readOrCreate(record, declared);
+  SettingTexts texts = readOrCreate(record, declared);
+  if (imposed) {
+    texts.current = imposed;
+    record.isImposed = true;
+  }
   records_.push_back(std::move(record));
 
   for (u32 i = 0; i < declared.count(); ++i)
@@ -66,6 +70,8 @@ void SettingsRegistry::registerSetting(const Attributes& declared, IBSettings& s
 i32 SettingsRegistry::saveAll(const IBSettings& settings) const {
   i32 written = 0;
   for (const Record& record : records_) {
+    written += record.isImposed;
+    if (record.isImposed) continue;
     const RegistryKey key = RegistryKey::open(HKEY_CURRENT_USER, record.keyPath, kSaveAccess);
     if (!key) continue;
     WideString type;

@@ -15,8 +15,8 @@ namespace corvix {
 class SettingsRegistry {
  public:
   // Takes in one Setting element: reads its key, or makes it on the first run, and gives value and default to
-  // `settings`.
-  void registerSetting(const Attributes& declared, IBSettings& settings);
+  // `settings`. What is `imposed`, if it is not null, stands in for the stored value, and is never stored.
+  void registerSetting(const Attributes& declared, IBSettings& settings, const wchar_t* imposed = nullptr);
 
   // Writes the value and the default of every registered setting, in the order of registration, but over nothing that
   // could not be read. Returns how many settings will come back as they are.
@@ -31,6 +31,7 @@ class SettingsRegistry {
     WideString item;
     bool savesData = true;  // else what stands there could not be read, and is not written over
     bool savesDefault = true;
+    bool isImposed = false;  // what stands there is the user's, and waits for another start
   };
 
   static SettingTexts readOrCreate(Record& record, const Attributes& declared);

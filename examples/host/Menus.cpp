@@ -1,6 +1,7 @@
 #include "examples/host/Command.h"
 #include "examples/host/Console.h"
 #include "examples/host/Objects.h"
+#include "shell/language/Translator.h"
 #include "shell/menus/MenuManager.h"
 
 namespace host {
@@ -12,9 +13,10 @@ namespace {
 // The rows of a menu, separators where groups meet; in a view of `words`, or all when there are none.
 class MenuPage {
  public:
-  explicit MenuPage(const std::wstring* words) : words_(words) {}
+  MenuPage(const std::wstring* words, IBTranslator* translator) : words_(words), translator_(translator) {}
 
   void print(const IMenuItem& menu) {
+    menu_ = menu.id();
     std::printf("%s\n", shown(menu.id()).c_str());
     printInside(menu, 1);
   }
@@ -28,7 +30,7 @@ class MenuPage {
       const std::string indent(2 * depth, ' ');
       if (before && before->group() != item.group()) std::printf("%s---\n", indent.c_str());
       before = &item;
-      std::printf("%s%s", indent.c_str(), shown(item.text()).c_str());
+      std::printf("%s%s", indent.c_str(), shown(translated(item.text())).c_str());
       if (*item.key()) std::printf("  [%s]", shown(item.key()).c_str());
       if (*item.actionName()) std::printf("  %s", shown(item.actionName()).c_str());
       if (!words_ && *item.when()) std::printf("  when %s", shown(item.when()).c_str());
@@ -37,7 +39,13 @@ class MenuPage {
     }
   }
 
+  const wchar_t* translated(const wchar_t* text) const {
+    return translator_ ? translator_->translateIn(menu_.c_str(), text) : text;
+  }
+
   const std::wstring* words_;
+  IBTranslator* translator_;
+  std::wstring menu_;
 };
 
 int printMenus(IPluginManager& manager, const std::string& name, const std::string& words) {
@@ -47,6 +55,7 @@ int printMenus(IPluginManager& manager, const std::string& name, const std::stri
     return 1;
   }
   const std::wstring wanted = wide(name), shownFor = wide(words);
+  const auto translator = createObject<IBTranslator>(manager, L"IBTranslator.Instance");
   bool isFound = false;
   std::string known;
   for (i32 i = 0; i < menus->menuCount(); ++i) {
@@ -54,7 +63,7 @@ int printMenus(IPluginManager& manager, const std::string& name, const std::stri
     known += (known.empty() ? "" : ", ") + shown(menu->id());
     if (!name.empty() && menu->id() != wanted) continue;
     isFound = true;
-    MenuPage(words.empty() ? nullptr : &shownFor).print(*menu);
+    MenuPage(words.empty() ? nullptr : &shownFor, translator.get()).print(*menu);
   }
   if (isFound) return 0;
   std::fprintf(stderr, "corvix-host: no plug-in has a menu%s%s. There are: %s\n", name.empty() ? "" : " ", name.c_str(),

@@ -2,6 +2,7 @@
 
 #include "core/baselib/objects/Ref.h"
 #include "graphics/Blending.h"
+#include "graphics/ImageFreezer.h"
 #include "graphics/Shading.h"
 #include "graphics/text/Text.h"
 
@@ -125,6 +126,7 @@ Ref<IAGImage> picture(IAGDC& page, ColorModel model, i32 bits) {
       }
     }
   }
+  if (auto* const freezer = query<IAGImageFreezer>(image.get())) freezer->freeze();
   return image;
 }
 

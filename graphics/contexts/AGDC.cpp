@@ -222,7 +222,7 @@ bool AGDC::readyToFill() { return brush_ && brush_.get()->native && prepare(); }
 
 bool AGDC::preparePen(bool isSolid) noexcept {
   if (!pen_ || !pen_.get()->native) return false;
-  isSolid = isSolid || isHairline_ || !line_.isDashed;
+  isSolid = isSolid || !drawsDashes();
   const bool isSmart = quality().smartLines.load(std::memory_order_relaxed);
   if (!isPenStale_ && isSolid == isPenSolid_ && isSmart == isPenSmart_) return true;
   auto& pen = *pen_.get();

@@ -2,6 +2,7 @@
 // path under construction and its clipping in software, and the forms of an operation that lead to another form.
 #pragma once
 
+#include "graphics/Stencils.h"
 #include "graphics/contexts/LineState_p.h"
 #include "graphics/gdi/Gdi_p.h"
 #include "graphics/images/ImageBits_p.h"
@@ -19,8 +20,8 @@ struct PixelMemory {
   i32 bytesPerPixel = 3;
 };
 
-class DrawingContext : public IAGDC, public ITextTarget {
-  CORVIX_IDENTITY(DrawingContext, 0x7A35D0E8, 0x4C1968BF, 0xA2F7E40D, 0x91B36C5E, IAGDC, ITextTarget)
+class DrawingContext : public IAGDC, public ITextTarget, public IAGStencils {
+  CORVIX_IDENTITY(DrawingContext, 0x7A35D0E8, 0x4C1968BF, 0xA2F7E40D, 0x91B36C5E, IAGDC, ITextTarget, IAGStencils)
 
  public:
   ~DrawingContext() override;
@@ -91,6 +92,8 @@ class DrawingContext : public IAGDC, public ITextTarget {
   bool drawImageThroughMemory(IAGImage* image, i32 x, i32 y) override;
   bool drawImageMask(IAGImage* image, i32 x, i32 y, i32 width, i32 height) override;
 
+  bool drawMaskTransformed(IAGImage* mask, const Matrix& unitToUser) override;
+
   i32 deviceCapability(i32 index) override;
   bool unsupported() override { return false; }
   bool strokePolyline(const Point* points, i32 count) override;
@@ -136,6 +139,10 @@ class DrawingContext : public IAGDC, public ITextTarget {
   virtual bool cutsDashes() const noexcept = 0;  // the implementation cannot draw this line state's dashes by itself
   virtual bool drawsThinLinesOnly() const noexcept = 0;  // a hairline pen is selected
 
+  // Dashes that can be seen, and that are not too many to be told from a solid line.
+  bool drawsDashes() const noexcept;
+  bool drawsDashes(const Path& path) const noexcept;
+
   // What the next stroke or fill needs is there, so that neither is drawn without the other.
   virtual bool readyToStroke(bool isCut) = 0;
   virtual bool readyToFill() = 0;
@@ -169,7 +176,7 @@ class DrawingContext : public IAGDC, public ITextTarget {
   struct Fit {
     const Path* whole = nullptr;
     Path part;
-    bool isCut = false;  // its dashes are lines by now
+    bool isCut = false;  // its pen is a solid one: there are no dashes, or they are lines by now
 
     const Path& path() const noexcept { return whole ? *whole : part; }
   };
@@ -187,6 +194,19 @@ class DrawingContext : public IAGDC, public ITextTarget {
   // `imageOut`, or `turnedOut`, of what is seen of an image, as the user's settings say. Large images are cut first.
   bool placeImage(const ImageView& view, const Matrix& unitToDevice, ImageTurn turn = ImageTurn::None,
                   const Recolor& recolor = {});
+  // Large opaque images whose pixels, or those of what they are made smaller to, each lie on one of the device go
+  // straight into a bitmap that the context owns; false when that is not so, or the clip is no rectangle. Throw
+  // std::bad_alloc.
+  bool copyOut(const ImageView& view, const Matrix& placed, const PixelBox& seen);
+  bool reduceOut(const ImageView& view, const Matrix& placed, const PixelBox& seen, i32 width, i32 height, i32 step);
+  struct OwnPlace {
+    PixelBox part;         // of what is placed there: all that is seen
+    u8* pixels = nullptr;  // of its first corner
+    i32 strideBytes = 0;
+
+    u8* row(i32 y) const noexcept { return pixels + static_cast<std::ptrdiff_t>(strideBytes) * (y - part.top); }
+  };
+  bool ownPlace(const Matrix& placed, i32 width, i32 height, OwnPlace& place);
   bool seenPart(const ImageView& view, const Matrix& unitToDevice, PixelBox& seen);  // false: nothing of it
   PixelBox outputArea() const noexcept;                                              // without the origin
   PixelBox seenArea();                                                               // of that, what the clip leaves
@@ -238,6 +258,7 @@ class DrawingContext : public IAGDC, public ITextTarget {
   };
 
   bool addLines(const Point* points, i32 count) noexcept;
+  bool dashedLines(const Point* points, i32 count);
   bool dottedRun(i64 first, i64 end, i64 across, bool isRow, Color color1, Color color2);
 
   std::vector<Borrowed> borrowed_;

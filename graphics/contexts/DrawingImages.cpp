@@ -33,6 +33,23 @@ ImageTurn nearestTurn(const Matrix& unit) noexcept {
   return static_cast<ImageTurn>(turn);
 }
 
+// The palette that makes an image a stencil of one colour.
+struct Stencil {
+  Color colors[256];
+
+  // False for images that are none.
+  bool make(ImageView& view, Color color) noexcept {
+    if (view.bitsPerPixel != 1 && view.model != ColorModel::Gray) return false;
+    const u32 most = view.bitsPerPixel == 1 ? 1 : 255;
+    for (u32 i = 0; i <= most; ++i) colors[i] = (color & ~kBlack) | (alphaOf(color) * i + most / 2) / most << 24;
+    view.model = ColorModel::Indexed;
+    view.palette = colors;
+    view.paletteSize = static_cast<i32>(most) + 1;
+    view.ink = color;
+    return true;
+  }
+};
+
 // The clip is asked for, and the rest left out, from this many pixels on.
 constexpr i64 kLargeImage = 1 << 16;
 
@@ -79,6 +96,69 @@ bool DrawingContext::seenPart(const ImageView& view, const Matrix& unitToDevice,
   return seen.left < seen.right && seen.top < seen.bottom;
 }
 
+bool DrawingContext::ownPlace(const Matrix& placed, i32 width, i32 height, OwnPlace& place) {
+  const PixelMemory memory = pixelMemory();
+  const double left = placed.e + origin_.x;
+  const double top = placed.f + origin_.y;
+  if (!memory.pixels || memory.bytesPerPixel != 3 || drawsEachPixel() || placed.a != width || placed.d != height ||
+      placed.b != 0 || placed.c != 0 || !gdi::isWhole(placed.e) || !gdi::isWhole(placed.f) || !gdi::isWhole(left) ||
+      !gdi::isWhole(top)) {
+    return false;
+  }
+  beginGdi();
+  const RECT output = {0, 0, memory.width, memory.height};
+  RECT box;
+  RECT clip = output;
+  if (!gdi::roundRect(left, top, left + width, top + height, box)) return false;
+  if (deviceClip() && GetRgnBox(deviceClip(), &clip) > SIMPLEREGION) return false;
+  RECT area;
+  if (!IntersectRect(&area, &box, &output) || !IntersectRect(&area, &area, &clip))
+    area = {box.left, box.top, box.left, box.top};
+  GdiFlush();
+  place.part = {area.left - box.left, area.top - box.top, area.right - box.left, area.bottom - box.top};
+  place.pixels = memory.pixels + static_cast<std::ptrdiff_t>(memory.strideBytes) * area.top + 3 * area.left;
+  place.strideBytes = memory.strideBytes;
+  return true;
+}
+
+bool DrawingContext::copyOut(const ImageView& view, const Matrix& placed, const PixelBox& seen) {
+  const bool isCopy = view.model == ColorModel::Rgb || view.model == ColorModel::Cmyk;
+  OwnPlace place;
+  if (!isCopy || i64{view.width} * view.height < kLargeImage || !ownPlace(placed, view.width, view.height, place)) {
+    return false;
+  }
+  const bool isConverted = view.finished && view.model == ColorModel::Cmyk;
+  const ImageBits bits = isConverted ? bitsOf(view, seen, 1) : ImageBits();
+  const ImageView from = isConverted ? viewOf(bits) : view;
+  for (i32 y = place.part.top; y < place.part.bottom; ++y) {
+    readRgb(from, place.part.left, y, place.part.right - place.part.left, place.row(y));
+  }
+  return true;
+}
+
+bool DrawingContext::reduceOut(const ImageView& view, const Matrix& placed, const PixelBox& seen, i32 width, i32 height,
+                               i32 step) {
+  OwnPlace place;
+  if (view.finished || hasAlpha(view) || i64{width} * height < kLargeImage || !ownPlace(placed, width, height, place)) {
+    return false;
+  }
+  const PixelBox& part = place.part;
+  PixelBox whole;
+  reduceRows(view, seen, width, height, false, step, whole, [&](i32 y, const Color* colors) {
+    const i32 left = std::max(part.left, whole.left);
+    const i32 right = std::min(part.right, whole.right);
+    if (y < part.top || y >= part.bottom || left >= right) return;
+    u8* to = place.row(y) + 3 * (left - part.left);
+    const Color* const end = colors + (right - whole.left);
+    for (colors += left - whole.left; colors != end; ++colors) {
+      *to++ = static_cast<u8>(blueOf(*colors));
+      *to++ = static_cast<u8>(greenOf(*colors));
+      *to++ = static_cast<u8>(redOf(*colors));
+    }
+  });
+  return true;
+}
+
 bool DrawingContext::placeImage(const ImageView& view, const Matrix& unitToDevice, ImageTurn turn,
                                 const Recolor& recolor) {
   const Box box = boxAround(unitToDevice);
@@ -103,26 +183,26 @@ bool DrawingContext::placeImage(const ImageView& view, const Matrix& unitToDevic
   return withinMemory([&] {
     const Matrix whole = turnMatrix(turn).then(placed);
     PixelBox seen;
-    if (!seenPart(view, whole, seen)) return true;
+    if (!seenPart(view, whole, seen) || (turn == ImageTurn::None && !recolor && copyOut(view, placed, seen)))
+      return true;
     i32 width;
     i32 height;
     reducedSize(view, whole, width, height);
     const bool isAlong = isAlongAxes(whole);
     const bool isReduced = smooth && !drawsEachPixel() && (width < view.width || height < view.height) &&
                            (!isAlong || onWholePixels(whole).canTurnBack());
-    const i64 limit = quality().largestImage();
-    const bool isLimited = i64{seen.right - seen.left} * (seen.bottom - seen.top) > limit;
+    const i32 step = stepFor(seen, quality().largestImage(), std::min(view.width / width, view.height / height));
+    if (isReduced && isAlong && !recolor && reduceOut(view, onWholePixels(whole), seen, width, height, step))
+      return true;
     ImageBits bits;
-    if (!isReduced || isLimited || recolor) {
-      bits = makeBits(view, limit, seen, std::min(view.width / width, view.height / height));
-    }
+    if (!isReduced || recolor) bits = bitsOf(view, seen, step);
     if (recolor) {
       bits = toArgb(bits);
       bits.recolor(recolor);
     }
     if (isReduced) {
-      bits = bits.pixels ? reduced(viewOf(bits), bits.seen, width, height, bits.hasAlpha)
-                         : reduced(view, seen, width, height, hasAlpha(view));
+      bits = recolor ? reduced(viewOf(bits), bits.seen, width, height, bits.hasAlpha)
+                     : reducedOf(view, seen, width, height, step);
       if (!bits.pixels) return true;
       if (isAlong) return imageOut(bits, onWholePixels(whole), smooth);
     }
@@ -159,11 +239,16 @@ bool DrawingContext::drawImageTurned(IAGImage* image, i32 x, i32 y, i32 width, i
 
 bool DrawingContext::drawImageMask(IAGImage* image, i32 x, i32 y, i32 width, i32 height) {
   ImageView view;
-  if (!canDraw() || !viewOf(image, view) || view.bitsPerPixel != 1) return false;
-  const Color colors[2] = {0, fillColor_};
-  view.palette = colors;
-  view.paletteSize = 2;
-  return placeImage(view, unitOnto(x, y, width, height));
+  Stencil stencil;
+  return canDraw() && viewOf(image, view) && view.bitsPerPixel == 1 && stencil.make(view, fillColor_) &&
+         placeImage(view, unitOnto(x, y, width, height));
+}
+
+bool DrawingContext::drawMaskTransformed(IAGImage* mask, const Matrix& unitToUser) {
+  ImageView view;
+  Stencil stencil;
+  return canDraw() && viewOf(mask, view) && stencil.make(view, fillColor_) &&
+         (isSingular_ || placeImage(view, unitToUser.then(transform_)));
 }
 
 bool DrawingContext::blitOut(HDC source, i32 x, i32 y, i32 width, i32 height) {

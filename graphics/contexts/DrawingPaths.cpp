@@ -8,9 +8,10 @@ namespace corvix {
 
 namespace {
 
-constexpr double kRoom = 4096;          // pixels around the output that are left to the device's own clipping
-constexpr double kWidestPen = 1 << 22;  // pixels
-constexpr double kFinestDash = 0.05;    // pixels from dash to dash; finer ones cannot be told from a solid line
+constexpr double kRoom = 4096;           // pixels around the output that are left to the device's own clipping
+constexpr double kWidestPen = 1 << 22;   // pixels
+constexpr double kFinestDash = 1;        // pixels from dash to dash; finer ones cannot be told from a solid line
+constexpr double kMostDashes = 1 << 18;  // of one stroke; more than that fill a page
 
 bool contains(const Box& outer, const Box& inner) noexcept {
   return inner.left >= outer.left && inner.top >= outer.top && inner.right <= outer.right &&
@@ -24,6 +25,39 @@ Point asPoint(i32 x, i32 y) noexcept { return {static_cast<double>(x), static_ca
 Box DrawingContext::roomAround(double penPixels) const noexcept {
   const double room = kRoom + penPixels;
   return {-room, -room, std::max(width_, 0.0) + room, std::max(height_, 0.0) + room};
+}
+
+bool DrawingContext::drawsDashes() const noexcept {
+  return line_.isDashed && !drawsThinLinesOnly() && line_.dashPeriod * penScale() >= kFinestDash;
+}
+
+// As many as may be seen: of each line no more than crosses the room around the output.
+bool DrawingContext::drawsDashes(const Path& path) const noexcept {
+  if (!drawsDashes()) return false;
+  const Box room = roomAround(0);
+  const double longest = std::hypot(room.right - room.left, room.bottom - room.top);
+  const Matrix matrix = fullTransform();
+  double length = 0;
+  Point last{};
+  Point start{};
+  const auto addLine = [&](Point to) {
+    length += std::min(std::hypot(to.x - last.x, to.y - last.y), longest);
+    last = to;
+    return true;
+  };
+  struct Sink {
+    decltype(addLine)& add;
+    const Matrix& matrix;
+    Point& last;
+    Point& start;
+    bool move(Point p) { return last = start = matrix.apply(p), true; }
+    bool line(Point p) { return add(matrix.apply(p)); }
+    bool curve(Point p1, Point p2, Point p3) { return line(p1) && line(p2) && line(p3); }
+    bool close() { return add(start); }
+  };
+  path.replay(Sink{addLine, matrix, last, start});
+  const double dashes = static_cast<double>(line_.dashes.size() / 2 + 1);  // of a period
+  return length / (line_.dashPeriod * penScale()) * dashes <= kMostDashes;
 }
 
 bool DrawingContext::fitsNumbers(const Path& path, const Box& onDevice) const noexcept {
@@ -43,9 +77,10 @@ bool DrawingContext::fitStroke(const Path& path, Fit& fit) const {
   const double miter = line_.join == kJoinMiter ? std::min(std::max(line_.miterLimit, 1.0), 64.0) : 1.0;
   const Box room = roomAround(pen * miter);
   const bool isFar = quality().softwareClipping.load(std::memory_order_relaxed) && !contains(room, box);
-  const bool isDashed = line_.isDashed && !drawsThinLinesOnly();
+  const bool isDashed = drawsDashes(path);
   if (!isFar && !(isDashed && cutsDashes())) {
     fit.whole = &path;
+    fit.isCut = !isDashed;
     return fitsNumbers(path, box);
   }
   DashPattern dash;
@@ -53,12 +88,10 @@ bool DrawingContext::fitStroke(const Path& path, Fit& fit) const {
   if (isDashed) {
     lengths.assign(line_.dashes.begin(), line_.dashes.end());
     if (lengths.size() % 2) lengths.insert(lengths.end(), line_.dashes.begin(), line_.dashes.end());
-    double period = 0;
-    for (const double length : lengths) period += length;
-    if (period * penScale() >= kFinestDash) dash = {lengths.data(), lengths.size(), line_.dashPhase};
+    dash = {lengths.data(), lengths.size(), line_.dashPhase};
   }
   fit.part = corvix::clipStroke(path, matrix, room, dash);
-  fit.isCut = isDashed;
+  fit.isCut = true;
   return fit.part.empty() || (fit.part.bounds(matrix, box) && fitsNumbers(fit.part, box));
 }
 
@@ -166,11 +199,12 @@ bool DrawingContext::lines(const Point* points, i32 count) {
   if (count <= 0 || count % 2 || !points) return false;
   if (isPathOpen_) return addLines(points, count);
   if (!canDraw()) return false;
+  if (drawsDashes()) return dashedLines(points, count);
   const Matrix matrix = fullTransform();
   const Box room = roomAround(0);
   const double greatest = greatestCoordinate();
   const Box numbers = {-greatest, -greatest, greatest, greatest};
-  const bool isPlain = !(line_.isDashed && cutsDashes()) && line_.width * penScale() < kRoom;
+  const bool isPlain = line_.width * penScale() < kRoom;
   const auto isNear = [&](Point p) {
     const Point device = matrix.apply(p);
     return contains(room, {device.x, device.y, device.x, device.y}) && contains(numbers, {p.x, p.y, p.x, p.y});
@@ -189,7 +223,7 @@ bool DrawingContext::lines(const Point* points, i32 count) {
       others.push_back(std::move(fit));
     }
     if (isSingular_) return true;
-    if (!readyToStroke(!others.empty() && others.front().isCut)) return false;
+    if (!readyToStroke(true)) return false;
     auto other = others.begin();
     bool isDrawn = true;
     for (i32 i = 0; i < count; i += 2) {
@@ -201,6 +235,18 @@ bool DrawingContext::lines(const Point* points, i32 count) {
       ++other;
     }
     return isDrawn;
+  });
+}
+
+bool DrawingContext::dashedLines(const Point* points, i32 count) {
+  return withinMemory([&] {
+    Path path;
+    path.makeRoom(static_cast<std::size_t>(count), 1);
+    for (i32 i = 0; i < count; i += 2) {
+      path.moveTo(points[i]);
+      path.lineTo(points[i], points[i + 1]);
+    }
+    return strokeFitted(path);
   });
 }
 

@@ -1,6 +1,7 @@
 // Text: masks of glyphs are images of the fill colour, outlines are filled as paths are.
 #include "graphics/contexts/DrawingContext_p.h"
 
+#include <cstring>
 #include <utility>
 
 namespace corvix {
@@ -39,11 +40,48 @@ Box DrawingContext::visibleArea() const noexcept {
   return {-origin_.x, -origin_.y, width_ - origin_.x, height_ - origin_.y};
 }
 
+namespace {
+
+// As much of a colour as the mask says, on rows of blue, green and red.
+void paintMask(const u8* mask, i32 count, Color color, u8* to) noexcept {
+  const u32 parts[3] = {blueOf(color), greenOf(color), redOf(color)};
+  const u32 alpha = alphaOf(color);
+  i32 x = 0;
+  while (x < count) {
+    u32 four;
+    if (x + 4 <= count && (std::memcpy(&four, mask + x, 4), four == 0)) {
+      x += 4;
+      continue;
+    }
+    if (const u32 level = mask[x]) {
+      const u32 share = alpha == 255 ? level : (level * alpha + 127) / 255;
+      for (int i = 0; i < 3; ++i) {
+        const u32 wide = parts[i] * share + to[3 * x + i] * (255 - share) + 128;
+        to[3 * x + i] = static_cast<u8>((wide + (wide >> 8)) >> 8);
+      }
+    }
+    ++x;
+  }
+}
+
+}  // namespace
+
 bool DrawingContext::paintCoverage(const u8* coverage, i32 strideBytes, const PixelBox& place) {
   const i32 width = place.right - place.left;
   const i32 height = place.bottom - place.top;
   if (!canDraw() || !coverage || width <= 0 || height <= 0) return false;
   if (isSingular_) return true;
+  const Matrix placed = {
+      static_cast<double>(width),    0, 0, static_cast<double>(height), static_cast<double>(place.left),
+      static_cast<double>(place.top)};
+  OwnPlace own;
+  if (ownPlace(placed, width, height, own)) {
+    for (i32 y = own.part.top; y < own.part.bottom; ++y) {
+      paintMask(coverage + static_cast<std::ptrdiff_t>(strideBytes) * y + own.part.left, own.part.right - own.part.left,
+                fillColor_, own.row(y));
+    }
+    return true;
+  }
   return withinMemory([&] {
     ImageBits bits;
     bits.width = width;
@@ -61,10 +99,7 @@ bool DrawingContext::paintCoverage(const u8* coverage, i32 strideBytes, const Pi
       const u8* const row = coverage + static_cast<std::ptrdiff_t>(strideBytes) * y;
       for (i32 x = 0; x < width; ++x) *to++ = color | (row[x] * alpha + 127) / 255 << 24;
     }
-    return imageOut(bits,
-                    {static_cast<double>(width), 0, 0, static_cast<double>(height), static_cast<double>(place.left),
-                     static_cast<double>(place.top)},
-                    false);
+    return imageOut(bits, placed, false);
   });
 }
 

@@ -73,7 +73,8 @@ bool AGDC::tracePath(const Path& path, const Matrix* matrix) noexcept {
   };
   Gdiplus::GpPath* const native = emptyPath();
   if (!native) return false;
-  const bool isLong = work_ && path.pointCount() > std::size(work_->points);
+  constexpr std::size_t kFew = 8;  // points that go faster one by one
+  const bool isLong = work_ && path.pointCount() > kFew;
   if (isLong) work_->count = 0;
   Sink sink{native, matrix, isLong ? work_.get() : nullptr};
   return path.replay(sink) && sink.flush();
@@ -113,7 +114,7 @@ bool AGDC::drawRectangle(double x, double y, double width, double height) {
   const bool isNear = x + origin_.x > room.left && y + origin_.y > room.top && x + width + origin_.x < room.right &&
                       y + height + origin_.y < room.bottom && width >= 0 && height >= 0;
   if (!canDraw() || !isFinite({x, y}) || !isFinite({x + width, y + height})) return false;
-  if (!isNear || !transform_.isIdentity() || (line_.isDashed && cutsDashes())) {
+  if (!isNear || !transform_.isIdentity() || (drawsDashes() && cutsDashes())) {
     return withinMemory([&] {
       Path path;
       path.rectangle(x, y, width, height);

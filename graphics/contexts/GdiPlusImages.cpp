@@ -34,10 +34,9 @@ constexpr double kHairPixels = 1.0 / 256;  // too little to be seen
 // Turned or not, each pixel of the image onto one of the device.
 bool isOneToOne(const ImageBits& bits, const Matrix& unitToDevice) noexcept {
   if (!isAlongAxes(unitToDevice)) return false;
-  const auto isWhole = [](double value) { return std::abs(value) < 1e9 && value == std::floor(value); };
   const Matrix box = uprightBox(unitToDevice);
   const bool isSwapped = swapsSides(turnOf(unitToDevice));
-  return isWhole(box.e) && isWhole(box.f) && box.a == (isSwapped ? bits.height : bits.width) &&
+  return gdi::isWhole(box.e) && gdi::isWhole(box.f) && box.a == (isSwapped ? bits.height : bits.width) &&
          box.d == (isSwapped ? bits.width : bits.height);
 }
 

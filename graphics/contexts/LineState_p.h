@@ -18,6 +18,7 @@ struct LineState {
   i32 cap = kCapFlat;
   i32 join = kJoinMiter;
   bool isDashed = false;
+  double dashPeriod = 0;                              // the sum of the lengths
   std::vector<double, HeapAllocator<double>> dashes;  // as they were set
 
   // False, with everything as it was, for lengths that make no pattern. Throws std::bad_alloc.
@@ -32,6 +33,7 @@ struct LineState {
     if (wanted > dashes.capacity()) dashes.reserve(std::max(wanted, 2 * dashes.capacity()));
     dashes.assign(lengths, lengths + count);
     dashPhase = count ? phase : 0;
+    dashPeriod = sum;
     isDashed = sum > 0;  // nothing but zeroes would be all dash ends: a solid line
     return true;
   }

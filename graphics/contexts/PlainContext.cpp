@@ -102,7 +102,7 @@ bool AGDCPlain::selectGeometricPen() { return selectPenKind(PenKind::Geometric);
 // Thin solid lines get a cosmetic pen, which is several times faster, but has no caps and joins.
 bool AGDCPlain::preparePen(bool isSolid) noexcept {
   const bool isSmart = quality().smartLines.load(std::memory_order_relaxed);
-  const bool isDashed = line_.isDashed && !isSolid && !cutsDashes() && pen_.kind != PenKind::Hairline;
+  const bool isDashed = !isSolid && drawsDashes() && !cutsDashes();
   if (!isPenStale_ && pen_.isSolid == !isDashed && pen_.isSmart == isSmart) return true;
   const bool isHairline = pen_.kind == PenKind::Hairline;
   const auto width = isHairline ? DWORD{1} : static_cast<DWORD>(std::max(1.0, std::floor(line_.width + 0.5)));
@@ -156,10 +156,10 @@ bool AGDCPlain::line(double x1, double y1, double x2, double y2) {
 }
 
 bool AGDCPlain::fillRect(double x, double y, double width, double height) {
-  int edges[4];  // negative, so that halves go down as the rule for areas has it
-  if (isAttached_ && width >= 0 && height >= 0 && gdi::roundNear(-x, edges[0]) && gdi::roundNear(-y, edges[1]) &&
-      gdi::roundNear(-x - width, edges[2]) && gdi::roundNear(-y - height, edges[3])) {
-    const RECT place = {-edges[0], -edges[1], -edges[2], -edges[3]};
+  int edges[4];
+  if (isAttached_ && width >= 0 && height >= 0 && gdi::roundNear(x, edges[0]) && gdi::roundNear(y, edges[1]) &&
+      gdi::roundNear(x + width, edges[2]) && gdi::roundNear(y + height, edges[3])) {
+    const RECT place = {edges[0], edges[1], edges[2], edges[3]};
     return prepareBrush() && FillRect(device_, &place, brushObject_.get());
   }
   if (!isAttached_ || !isFinite({x, y}) || !isFinite({x + width, y + height})) return false;

@@ -15,9 +15,17 @@ std::size_t bytesOf(const GlyphCoverage& coverage) noexcept {
 }  // namespace
 
 GlyphCache::Entry GlyphCache::find(const Key& key) {
+  Entry entry;
+  find(&key, 1, &entry);
+  return entry;
+}
+
+void GlyphCache::find(const Key* keys, std::size_t count, Entry* entries) {
   const SCriticalSection::Lock lock(lock_);
-  const auto found = entries_.find(key);
-  return found == entries_.end() ? nullptr : found->second;
+  for (std::size_t i = 0; i < count; ++i) {
+    const auto found = entries_.find(keys[i]);
+    if (found != entries_.end()) entries[i] = found->second;
+  }
 }
 
 GlyphCache::Entry GlyphCache::add(const Key& key, GlyphCoverage coverage) {

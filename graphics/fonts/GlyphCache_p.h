@@ -28,8 +28,9 @@ class GlyphCache final : public BHibernatable {
 
   static constexpr std::size_t kMostBytes = 4u << 20;
 
-  // Null when it is not there.
+  // Null for what is not there.
   Entry find(const Key& key);
+  void find(const Key* keys, std::size_t count, Entry* entries);
 
   // Throws std::bad_alloc. When the cache is full it starts anew.
   Entry add(const Key& key, GlyphCoverage coverage);

@@ -56,7 +56,10 @@ constexpr Color fromColorRef(COLORREF color) noexcept { return rgb(color & 255, 
 // Coordinates that GDI takes: 27 bits and a sign.
 constexpr double kGreatest = 134217727.0;
 
-// Halves go up, as in the rule that a pixel belongs to an area when its middle does.
+// A place that needs no rounding.
+inline bool isWhole(double value) noexcept { return std::abs(value) <= kGreatest && value == std::floor(value); }
+
+// The pixel that a point lies nearest to, and the first one behind an edge; halves go up, as GDI+ has it.
 inline bool roundPixel(double value, int& pixel) noexcept {
   if (!(std::abs(value) <= kGreatest)) return false;  // no number included
   pixel = static_cast<int>(std::floor(value + 0.5));
@@ -71,13 +74,12 @@ inline bool roundNear(double value, int& pixel) noexcept {
   return true;
 }
 
-// The pixels whose middles are inside; false if the corners do not fit.
+// The pixels whose middles are inside, or on the right or lower edge; false if the corners do not fit.
 inline bool roundRect(double left, double top, double right, double bottom, RECT& rect) noexcept {
   int values[4];
   const double edges[4] = {left, top, right, bottom};
   for (int i = 0; i < 4; ++i) {
-    if (!(std::abs(edges[i]) <= kGreatest)) return false;
-    values[i] = static_cast<int>(std::ceil(edges[i] - 0.5));
+    if (!roundPixel(edges[i], values[i])) return false;
   }
   rect = {std::min(values[0], values[2]), std::min(values[1], values[3]), std::max(values[0], values[2]),
           std::max(values[1], values[3])};

@@ -1,11 +1,15 @@
 #include "graphics/images/AGImage_p.h"
 
+#include "core/baselib/heap/HeapBuffer.h"
 #include "graphics/IAGDC.h"
 #include "graphics/gdi/Gdi_p.h"
 #include "graphics/images/ImageBits_p.h"
+#include "graphics/images/ImageCopies_p.h"
 #include "graphics/images/ImageFiles_p.h"
 
+#include <atomic>
 #include <cstring>
+#include <utility>
 
 namespace corvix {
 
@@ -62,12 +66,29 @@ Ref<AGImage> AGImage::create(i32 width, i32 height, ColorModel model, i32 bitsPe
   }
 }
 
-u8* AGImage::row(i32 y) noexcept {
+const u8* AGImage::readRow(i32 y) const noexcept {
   return y >= 0 && y < height_ ? pixels_.data() + static_cast<std::ptrdiff_t>(strideBytes_) * y : nullptr;
+}
+
+u8* AGImage::row(i32 y) noexcept {
+  thaw();
+  return const_cast<u8*>(readRow(y));
+}
+
+bool AGImage::freeze() {
+  static std::atomic<u32> number{0};
+  if (finished_) return false;
+  while (!finished_) finished_ = ++number;
+  return true;
+}
+
+void AGImage::thaw() noexcept {
+  if (finished_) imageCopies().drop(std::exchange(finished_, 0));
 }
 
 bool AGImage::setPalette(const Color* colors, i32 count) noexcept {
   if (!colors || count <= 0 || count > paletteSize()) return false;
+  thaw();
   std::copy(colors, colors + count, palette_.begin());
   std::fill(palette_.begin() + count, palette_.end(), kBlack);
   return true;
@@ -86,20 +107,20 @@ IAGImage* AGImage::convertTo(ColorModel model) const noexcept {
   Ref<AGImage> result = create(width_, height_, model, 0);
   ImageView view;
   if (!result || !viewOf(const_cast<AGImage*>(this), view)) return nullptr;
+  HeapBuffer<u8> colors;  // of a row, for grey
+  const bool isDirect = model_ == ColorModel::Rgb;
+  if (model == ColorModel::Gray && !isDirect && !colors.tryAllocate(3 * static_cast<std::size_t>(width_)))
+    return nullptr;
   for (i32 y = 0; y < height_; ++y) {
-    u8* to = result->row(y);
-    if (!to) return nullptr;
-    for (i32 x = 0; x < width_; ++x) {
-      Color color;
-      readColors(view, x, y, 1, 1, &color);
-      if (model == ColorModel::Gray) {
-        *to++ = static_cast<u8>((redOf(color) * 299 + greenOf(color) * 587 + blueOf(color) * 114 + 500) / 1000);
-        continue;
-      }
-      *to++ = static_cast<u8>(blueOf(color));
-      *to++ = static_cast<u8>(greenOf(color));
-      *to++ = static_cast<u8>(redOf(color));
-      if (model == ColorModel::Argb) *to++ = static_cast<u8>(alphaOf(color));
+    u8* const to = result->row(y);
+    if (model == ColorModel::Argb) {
+      readColors(view, 0, y, 1, width_, reinterpret_cast<Color*>(to));
+    } else if (model == ColorModel::Rgb) {
+      readRgb(view, 0, y, width_, to);
+    } else {
+      if (!isDirect) readRgb(view, 0, y, width_, colors.get());
+      rgbToGray(isDirect ? view.rows + static_cast<std::ptrdiff_t>(view.strideBytes) * y : colors.get(),
+                static_cast<std::size_t>(width_), to);
     }
   }
   return result.detach();
@@ -145,6 +166,7 @@ bool AGImage::captureFrom(IAGDC& context, i32 x, i32 y) noexcept {
 bool AGImage::loadFile(const wchar_t* path) noexcept {
   const Ref<AGImage> loaded = loadImageFile(path);
   if (!loaded) return false;
+  thaw();
   swap(*loaded);
   return true;
 }
@@ -152,8 +174,7 @@ bool AGImage::loadFile(const wchar_t* path) noexcept {
 bool AGImage::saveFile(const wchar_t* path, ImageFile kind) const noexcept {
   try {
     ImageView view;
-    return viewOf(const_cast<AGImage*>(this), view) &&
-           saveImageFile(makeBits(view, INT64_MAX, wholeOf(view)), path, kind);
+    return viewOf(const_cast<AGImage*>(this), view) && saveImageFile(makeBits(view, wholeOf(view)), path, kind);
   } catch (const std::bad_alloc&) {
     return false;
   }

@@ -3,13 +3,14 @@
 
 #include "core/baselib/objects/Ref.h"
 #include "graphics/Image.h"
+#include "graphics/ImageFreezer.h"
 
 #include <vector>
 
 namespace corvix {
 
-class AGImage final : public IAGImage {
-  CORVIX_IDENTITY(AGImage, 0x96F0D43B, 0x4A2BC1E7, 0x93D85A06, 0xE71F2C94, IAGImage)
+class AGImage final : public IAGImage, public IAGImageFreezer {
+  CORVIX_IDENTITY(AGImage, 0x96F0D43B, 0x4A2BC1E7, 0x93D85A06, 0xE71F2C94, IAGImage, IAGImageFreezer)
 
  public:
   // All pixels 0. Empty for sizes and depths that there are not, or when memory is short. Bits per pixel 0: 8 for each
@@ -31,10 +32,17 @@ class AGImage final : public IAGImage {
   bool loadFile(const wchar_t* path) noexcept override;
   bool saveFile(const wchar_t* path, ImageFile kind) const noexcept override;
 
-  void swap(AGImage& other) noexcept;
+  bool freeze() override;
+  bool isFrozen() const noexcept override { return finished_ != 0; }
+  const u8* readRow(i32 y) const noexcept override;
+  u32 finished() const noexcept { return finished_; }  // a number that no other frozen image had; 0: it is not frozen
+
+  ~AGImage() override { thaw(); }
+  void swap(AGImage& other) noexcept;  // neither is frozen
 
  private:
   AGImage() = default;
+  void thaw() noexcept;
 
   using Bytes = std::vector<u8, HeapAllocator<u8>>;
 
@@ -45,6 +53,7 @@ class AGImage final : public IAGImage {
   i32 strideBytes_ = 0;
   std::vector<Color, HeapAllocator<Color>> palette_;
   Bytes pixels_;
+  u32 finished_ = 0;
 };
 
 }  // namespace corvix

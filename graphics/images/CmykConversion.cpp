@@ -1,14 +1,13 @@
 #include "graphics/images/CmykConversion_p.h"
 
+#include "graphics/images/WideLoops_p.h"
+
 #include <algorithm>
-#include <array>
 #include <cmath>
 
 namespace corvix {
 
 namespace {
-
-using Curve = std::array<u8, 256>;
 
 // a * b / 255, rounded; exact for a, b up to 255.
 constexpr u32 product(u32 a, u32 b) noexcept {
@@ -16,47 +15,29 @@ constexpr u32 product(u32 a, u32 b) noexcept {
   return (wide + (wide >> 8)) >> 8;
 }
 
-constexpr Curve straightCurve() noexcept {
-  Curve curve{};
-  for (u32 i = 0; i < 256; ++i) curve[i] = static_cast<u8>(255 - i);
-  return curve;
-}
-
-// What the ink leaves, through the table.
-constexpr Curve tableCurve() noexcept {
-  Curve curve{};
-  for (u32 i = 0; i < 256; ++i) {
-    const u32 place = i / 15;
-    const u32 rest = i % 15;
-    const u32 next = kInkTable[place < 17 ? place + 1 : 17];
-    curve[i] = static_cast<u8>(255 - (kInkTable[place] * (15 - rest) + next * rest + 7) / 15);
-  }
-  return curve;
-}
-
-constexpr Curve kStraight = straightCurve();
-constexpr Curve kByTable = tableCurve();
-
 double srgb(double light) noexcept {
   return light <= 0.0031308 ? 12.92 * light : 1.055 * std::pow(light, 1 / 2.4) - 0.055;
 }
 
-// The sRGB curve of a product is not a product of curves: levels of light, 12 bits, and the screen's level for each.
+// The sRGB curve of a product is not a product of curves: the level of every ink with every black, by the light that
+// they leave in 4095ths.
 struct Halftone {
   static constexpr u32 kFull = 4095;
-  std::array<u16, 256> light;
-  std::array<u8, kFull + 1> level;
+  std::array<u8, 0x10000> levels;
 
   Halftone() noexcept {
+    std::array<u32, 256> light;
     for (u32 i = 0; i < 256; ++i) {
       const double ink = i / 255.0;
-      light[i] = static_cast<u16>(std::lround(kFull * (1 - (ink + 0.8 * ink * (1 - ink)))));
+      light[i] = static_cast<u32>(std::lround(kFull * (1 - (ink + 0.8 * ink * (1 - ink)))));
     }
+    std::array<u8, kFull + 1> screen;
     for (u32 i = 0; i <= kFull; ++i)
-      level[i] = static_cast<u8>(std::lround(255 * srgb(double{static_cast<double>(i)} / kFull)));
+      screen[i] = static_cast<u8>(std::lround(255 * srgb(static_cast<double>(i) / kFull)));
+    for (u32 i = 0; i < levels.size(); ++i) levels[i] = screen[(light[i >> 8] * light[i & 255] + kFull / 2) / kFull];
   }
 
-  u8 mix(u32 ink, u32 black) const noexcept { return level[(u32{light[ink]} * light[black] + kFull / 2) / kFull]; }
+  u8 mix(u32 ink, u32 black) const noexcept { return levels[black << 8 | ink]; }
 };
 
 template <class Mix>
@@ -72,6 +53,10 @@ void convert(const u8* cmyk, std::size_t pixels, u8* bgr, Mix mix) noexcept {
 }  // namespace
 
 void cmykToRgb(const u8* cmyk, std::size_t pixels, CmykMode mode, u8* bgr) noexcept {
+  const std::size_t done = wide::cmykToRgb(cmyk, pixels, mode, bgr);
+  cmyk += 4 * done;
+  bgr += 3 * done;
+  pixels -= done;
   switch (mode) {
     case CmykMode::Fast:
       convert(cmyk, pixels, bgr, [](u32 ink, u32 black) {
@@ -80,8 +65,7 @@ void cmykToRgb(const u8* cmyk, std::size_t pixels, CmykMode mode, u8* bgr) noexc
       });
       return;
     case CmykMode::Normal:
-      convert(cmyk, pixels, bgr,
-              [](u32 ink, u32 black) { return static_cast<u8>(product(kStraight[ink], kStraight[black])); });
+      convert(cmyk, pixels, bgr, [](u32 ink, u32 black) { return static_cast<u8>(product(255 - ink, 255 - black)); });
       return;
     case CmykMode::Best: {
       static const Halftone halftone;

@@ -14,12 +14,25 @@
 
 #include "graphics/quality/Quality_p.h"
 
+#include <array>
 #include <cstddef>
 
 namespace corvix {
 
 // t at every 15th of 255 steps of ink, in 255ths: dots grow most in the middle.
 inline constexpr u8 kInkTable[18] = {0, 18, 36, 54, 71, 88, 104, 120, 135, 149, 163, 176, 189, 201, 214, 228, 241, 255};
+
+// What an ink leaves of 255 through the table.
+inline constexpr std::array<u8, 256> kByTable = [] {
+  std::array<u8, 256> left{};
+  for (u32 i = 0; i < 256; ++i) {
+    const u32 place = i / 15;
+    const u32 rest = i % 15;
+    const u32 next = kInkTable[place < 17 ? place + 1 : 17];
+    left[i] = static_cast<u8>(255 - (kInkTable[place] * (15 - rest) + next * rest + 7) / 15);
+  }
+  return left;
+}();
 
 // From `pixels` times cyan, magenta, yellow, black to as many times blue, green, red. Neither may overlap. [any thread]
 void cmykToRgb(const u8* cmyk, std::size_t pixels, CmykMode mode, u8* bgr) noexcept;

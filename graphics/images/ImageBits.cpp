@@ -1,8 +1,12 @@
 #include "graphics/images/ImageBits_p.h"
 
+#include "graphics/images/AGImage_p.h"
 #include "graphics/images/CmykConversion_p.h"
+#include "graphics/images/ImageCopies_p.h"
+#include "graphics/images/WideLoops_p.h"
 
 #include <algorithm>
+#include <cstring>
 #include <utility>
 
 namespace corvix {
@@ -41,9 +45,11 @@ void allocatePixels(ImageBits& bits, i32 width, i32 height, i32 bitsPerPixel) {
 
 bool viewOf(IAGImage* image, ImageView& view) noexcept {
   if (!image) return false;
-  view = {image->width(),        image->height(),      image->colorModel(),
-          image->bitsPerPixel(), image->strideBytes(), image->row(0),
-          image->palette(),      image->paletteSize(), 0};
+  auto* const own = corvix::query<AGImage>(image);  // whose rows do not thaw
+  view = {image->width(),           image->height(),      image->colorModel(),
+          image->bitsPerPixel(),    image->strideBytes(), own ? own->readRow(0) : image->row(0),
+          image->palette(),         image->paletteSize(), 0,
+          own ? own->finished() : 0};
   return view.rows && view.width > 0 && view.height > 0;
 }
 
@@ -66,32 +72,78 @@ bool cutTo(const PixelBox& part, ImageView& view) noexcept {
   return true;
 }
 
-void readColors(const ImageView& view, i32 x, i32 y, i32 step, i32 count, Color* colors) noexcept {
+namespace {
+
+const u8* rowAt(const ImageView& view, i32 x, i32 y) noexcept {
+  const i64 bit = i64{view.firstPixel + x} * view.bitsPerPixel;
+  return view.rows + static_cast<std::ptrdiff_t>(view.strideBytes) * y + static_cast<std::ptrdiff_t>(bit / 8);
+}
+
+// Calls take(color) for `count` pixels of an indexed row from `x` on, every `step`th.
+template <class Take>
+void eachIndexed(const ImageView& view, i32 x, i32 y, i32 step, i32 count, Take take) noexcept {
   const u8* const row = view.rows + static_cast<std::ptrdiff_t>(view.strideBytes) * y;
-  const CmykMode mode = quality().cmykMode();
   for (i32 i = 0; i < count; ++i, x += step) {
-    switch (view.model) {
-      case ColorModel::Indexed: {
-        const u32 index = indexAt(row, x + view.firstPixel, view.bitsPerPixel);
-        colors[i] = index < static_cast<u32>(view.paletteSize) ? view.palette[index] : kBlack;
-        break;
-      }
-      case ColorModel::Gray:
-        colors[i] = greyOf(row[x]);
-        break;
-      case ColorModel::Rgb:
-        colors[i] = rgb(row[3 * x + 2], row[3 * x + 1], row[3 * x]);
-        break;
-      case ColorModel::Argb:
-        colors[i] = argb(row[4 * x + 3], row[4 * x + 2], row[4 * x + 1], row[4 * x]);
-        break;
-      case ColorModel::Cmyk: {
+    const u32 index = indexAt(row, x + view.firstPixel, view.bitsPerPixel);
+    take(index < static_cast<u32>(view.paletteSize) ? view.palette[index] : kBlack);
+  }
+}
+
+}  // namespace
+
+void readColors(const ImageView& view, i32 x, i32 y, i32 step, i32 count, Color* colors) noexcept {
+  const u8* row = rowAt(view, x, y);
+  switch (view.model) {
+    case ColorModel::Indexed:
+      return eachIndexed(view, x, y, step, count, [&colors](Color color) { *colors++ = color; });
+    case ColorModel::Gray:
+      for (i32 i = 0; i < count; ++i, row += step) colors[i] = greyOf(*row);
+      return;
+    case ColorModel::Rgb:
+      for (i32 i = 0; i < count; ++i, row += 3 * step) colors[i] = rgb(row[2], row[1], row[0]);
+      return;
+    case ColorModel::Argb:
+      for (i32 i = 0; i < count; ++i, row += 4 * step) colors[i] = argb(row[3], row[2], row[1], row[0]);
+      return;
+    case ColorModel::Cmyk: {
+      const CmykMode mode = quality().cmykMode();
+      for (i32 i = 0; i < count; ++i, row += 4 * step) {
         u8 bgr[3];
-        cmykToRgb(row + 4 * x, 1, mode, bgr);
+        cmykToRgb(row, 1, mode, bgr);
         colors[i] = rgb(bgr[2], bgr[1], bgr[0]);
-        break;
       }
+      return;
     }
+  }
+}
+
+void readRgb(const ImageView& view, i32 x, i32 y, i32 count, u8* bgr) noexcept {
+  const u8* row = rowAt(view, x, y);
+  switch (view.model) {
+    case ColorModel::Indexed:
+      return eachIndexed(view, x, y, 1, count, [&bgr](Color color) {
+        *bgr++ = static_cast<u8>(blueOf(color));
+        *bgr++ = static_cast<u8>(greenOf(color));
+        *bgr++ = static_cast<u8>(redOf(color));
+      });
+    case ColorModel::Gray:
+      for (i32 i = 0; i < count; ++i, bgr += 3) bgr[0] = bgr[1] = bgr[2] = row[i];
+      return;
+    case ColorModel::Rgb:
+      std::memcpy(bgr, row, 3 * static_cast<std::size_t>(count));
+      return;
+    case ColorModel::Argb:
+      for (i32 i = 0; i < count; ++i, bgr += 3, row += 4) std::memcpy(bgr, row, 3);
+      return;
+    case ColorModel::Cmyk:
+      return cmykToRgb(row, static_cast<std::size_t>(count), quality().cmykMode(), bgr);
+  }
+}
+
+void rgbToGray(const u8* bgr, std::size_t pixels, u8* gray) noexcept {
+  for (std::size_t i = wide::rgbToGray(bgr, pixels, gray); i < pixels; ++i) {
+    const u8* const from = bgr + 3 * i;
+    gray[i] = static_cast<u8>((from[2] * 299 + from[1] * 587 + from[0] * 114 + 500) / 1000);
   }
 }
 
@@ -106,14 +158,23 @@ void ImageBits::recolor(const Recolor& change) {
   hasAlpha = true;
 }
 
-ImageBits makeBits(const ImageView& view, i64 mostPixels, const PixelBox& seen, i32 mostStep) {
-  ImageBits bits;
-  const auto stepped = [](i32 count, i32 step) { return i64{(count + step - 1) / step}; };
+namespace {
+
+i64 stepped(i32 count, i32 step) noexcept { return (i64{count} + step - 1) / step; }
+
+}  // namespace
+
+i32 stepFor(const PixelBox& part, i64 mostPixels, i32 mostStep) noexcept {
   i32 step = 1;
   while (step < mostStep &&
-         stepped(seen.right - seen.left, step) * stepped(seen.bottom - seen.top, step) > mostPixels) {
+         stepped(part.right - part.left, step) * stepped(part.bottom - part.top, step) > mostPixels) {
     ++step;
   }
+  return step;
+}
+
+ImageBits makeBits(const ImageView& view, const PixelBox& seen, i32 step) {
+  ImageBits bits;
   if (step == 1 && isUsable(view)) {
     bits.width = view.width;
     bits.height = view.height;
@@ -138,14 +199,25 @@ ImageBits makeBits(const ImageView& view, i64 mostPixels, const PixelBox& seen, 
   const i32 count = bits.seen.right - left;
   for (i32 y = bits.seen.top; y < bits.seen.bottom; ++y) {
     if (isCmyk) {
-      cmykToRgb(view.rows + static_cast<std::ptrdiff_t>(view.strideBytes) * y + 4 * left,
-                static_cast<std::size_t>(count), quality().cmykMode(),
-                bits.converted.data() + static_cast<std::ptrdiff_t>(bits.strideBytes) * y + 3 * left);
+      readRgb(view, left, y, count,
+              bits.converted.data() + static_cast<std::ptrdiff_t>(bits.strideBytes) * y + 3 * left);
     } else {
       readColors(view, left * step, y * step, step, count, argbRow(bits, y) + left);
     }
   }
   return bits;
+}
+
+ImageBits bitsOf(const ImageView& view, const PixelBox& seen, i32 step) {
+  if (!view.finished || (step == 1 && isUsable(view))) return makeBits(view, seen, step);
+  return imageCopies().of(view, seen, static_cast<i32>(stepped(view.width, step)),
+                          static_cast<i32>(stepped(view.height, step)), step,
+                          [&](const PixelBox& part) { return makeBits(view, part, step); });
+}
+
+ImageBits reducedOf(const ImageView& view, const PixelBox& seen, i32 width, i32 height, i32 step) {
+  const auto make = [&](const PixelBox& part) { return reduced(view, part, width, height, hasAlpha(view), step); };
+  return view.finished ? imageCopies().of(view, seen, width, height, step, make) : make(seen);
 }
 
 ImageBits cutToSeen(const ImageBits& bits, PixelBox& part) {

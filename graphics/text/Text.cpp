@@ -7,12 +7,14 @@
 #include "graphics/fonts/FontKeeper.h"
 #include "graphics/fonts/FontSettings_p.h"
 #include "graphics/fonts/GlyphCache_p.h"
+#include "graphics/text/Characters_p.h"
 #include "graphics/text/TextTarget.h"
 
 #include <algorithm>
 #include <cmath>
 #include <optional>
 #include <stdexcept>
+#include <utility>
 #include <vector>
 
 namespace corvix {
@@ -44,8 +46,6 @@ u32 nextCodePoint(const wchar_t* text, i32 count, i32& at) noexcept {
   return isSurrogate(unit, 0xD800) || isSurrogate(unit, 0xDC00) ? kReplacement : static_cast<u16>(unit);
 }
 
-bool isControl(u32 codePoint) noexcept { return codePoint < 0x20 || (codePoint >= 0x7F && codePoint < 0xA0); }
-
 // What drawing leaves with a font of another module.
 class KeptFallbacks final : public BSmartObject, public FallbackFonts {
   CORVIX_IDENTITY(KeptFallbacks, 0x23F37A25, 0x277349E3, 0x6B41FB30, 0xD78F2464, BSmartObject, FallbackFonts)
@@ -75,7 +75,14 @@ class Line {
     glyphs_.reserve(static_cast<std::size_t>(count));
     for (i32 at = 0; at < count;) {
       const u32 codePoint = nextCodePoint(text, count, at);
-      if (!isControl(codePoint)) addGlyph(codePoint);
+      if (isLeftOut(codePoint)) continue;
+      if (isMark(codePoint) && base_) {
+        addMark(codePoint);
+      } else {
+        addGlyph(codePoint);
+        base_ = codePoint;
+        baseAt_ = glyphs_.size() - 1;
+      }
     }
   }
 
@@ -87,13 +94,37 @@ class Line {
   const std::vector<Placed>& glyphs() const noexcept { return glyphs_; }
 
  private:
-  void addGlyph(u32 codePoint) {
+  // At the end of the line so far, which does not move.
+  const Placed& place(u32 codePoint) {
     IFMFontSource* source = source_;
     u32 number = fallback_->number;
     u32 glyph = source->glyphOf(codePoint);
     if (glyph == 0) glyph = otherGlyph(codePoint, source, number);
     glyphs_.push_back({source, number, glyph, x_, 0});
-    x_ += source->advance(glyph) * size_;
+    return glyphs_.back();
+  }
+  void addGlyph(u32 codePoint) {
+    const Placed& placed = place(codePoint);
+    x_ += placed.source->advance(placed.glyph) * size_;
+  }
+
+  // As one character with the one before it, if the font has such; else upon it. Glyphs of marks that have a width of
+  // their own are put over its middle, the others stand where the font's author meant them to.
+  void addMark(u32 codePoint) {
+    const u32 one = baseAt_ + 1 == glyphs_.size() ? composed(base_, codePoint) : 0;
+    if (one && source_->glyphOf(one)) {
+      x_ = glyphs_.back().x;
+      glyphs_.pop_back();
+      addGlyph(one);
+      base_ = one;
+      return;
+    }
+    const double markWidth = [&] {
+      const Placed& mark = place(codePoint);
+      return mark.source->advance(mark.glyph) * size_;
+    }();
+    const double baseX = glyphs_[baseAt_].x;
+    if (markWidth > 0) glyphs_.back().x = baseX + (x_ - baseX - markWidth) / 2;
   }
 
   // From a font that came to help before, or another one.
@@ -126,23 +157,64 @@ class Line {
   IFMFontSource* source_;
   double size_;
   double x_ = 0;
+  u32 base_ = 0;  // the last character that is no mark, and where it is; 0: there is none
+  std::size_t baseAt_ = 0;
   std::vector<Placed> glyphs_;
 };
 
 // Collects glyphs that stand near each other and paints them as one mask.
 class Run {
  public:
-  Run(ITextTarget& target, double sizePx, i32 levels) : target_(target), sizePx_(sizePx), levels_(levels) {}
+  Run(ITextTarget& target, double sizePx, i32 levels)
+      : target_(target), size_(static_cast<u32>(sizePx * 64 + 0.5)), levels_(levels) {
+    const double reach = 4 * sizePx;  // no glyph reaches farther
+    reach_ = target.visibleArea();
+    reach_ = {reach_.left - reach, reach_.top - reach, reach_.right + reach, reach_.bottom + reach};
+  }
 
+  // What is added is painted by `finish` at the latest.
   bool add(const Placed& glyph, Point device) {
-    const Box visible = target_.visibleArea();
-    const double reach = 4 * sizePx_;  // no glyph reaches farther
-    if (!(device.x > visible.left - reach && device.x < visible.right + reach && device.y > visible.top - reach &&
-          device.y < visible.bottom + reach)) {
+    if (!(device.x > reach_.left && device.x < reach_.right && device.y > reach_.top && device.y < reach_.bottom))
       return true;
+    waiting_[count_] = {glyph.source, device};
+    keys_[count_] = {glyph.font, glyph.glyph, size_, levels_};
+    return ++count_ < kTogether || place();
+  }
+
+  bool finish() { return place() && paint(); }
+
+ private:
+  static constexpr std::size_t kTogether = 64;  // glyphs that are looked for at once
+
+  struct Waiting {
+    IFMFontSource* source;
+    Point device;
+  };
+  struct Part {
+    GlyphCache::Entry coverage;
+    i32 left;
+    i32 top;
+  };
+
+  bool place() {
+    GlyphCache::Entry found[kTogether];
+    const std::size_t count = std::exchange(count_, 0);
+    glyphCache().find(keys_, count, found);
+    for (std::size_t i = 0; i < count; ++i) {
+      if (!found[i]) found[i] = make(*waiting_[i].source, keys_[i]);
+      if (!found[i] || !place(std::move(found[i]), waiting_[i].device)) return false;
     }
-    GlyphCache::Entry entry = coverageOf(glyph);
-    if (!entry) return false;
+    return true;
+  }
+
+  GlyphCache::Entry make(IFMFontSource& source, const GlyphCache::Key& key) const {
+    if (GlyphCache::Entry entry = glyphCache().find(key)) return entry;  // of this text
+    GlyphCoverage made;
+    if (!source.coverage(key.glyph, key.size / 64.0, key.levels, made)) return nullptr;
+    return glyphCache().add(key, std::move(made));
+  }
+
+  bool place(GlyphCache::Entry entry, Point device) {
     if (entry->width == 0) return true;
     const i32 left = static_cast<i32>(std::floor(device.x + 0.5)) + entry->left;
     const i32 top = static_cast<i32>(std::floor(device.y + 0.5)) + entry->top;
@@ -175,25 +247,13 @@ class Run {
     return target_.paintCoverage(mask_.data(), width, box_);
   }
 
- private:
-  struct Part {
-    GlyphCache::Entry coverage;
-    i32 left;
-    i32 top;
-  };
-
-  GlyphCache::Entry coverageOf(const Placed& glyph) {
-    const auto size = static_cast<u32>(sizePx_ * 64 + 0.5);
-    const GlyphCache::Key key = {glyph.font, glyph.glyph, size, levels_};
-    if (GlyphCache::Entry entry = glyphCache().find(key)) return entry;
-    GlyphCoverage made;
-    if (!glyph.source->coverage(glyph.glyph, size / 64.0, levels_, made)) return nullptr;
-    return glyphCache().add(key, std::move(made));
-  }
-
   ITextTarget& target_;
-  double sizePx_;
+  u32 size_;  // in 64ths of a pixel
   i32 levels_;
+  Box reach_;
+  std::size_t count_ = 0;
+  Waiting waiting_[kTogether];
+  GlyphCache::Key keys_[kTogether];
   PixelBox box_ = {};
   std::vector<Part> parts_;
   std::vector<u8> mask_;
@@ -315,7 +375,7 @@ bool drawLine(IAGDC& context, const std::vector<Placed>& glyphs, double size, co
     const Point device = toDevice.apply({glyph.x, glyph.y});
     if (!run.add(glyph, device)) return false;
   }
-  return run.paint();
+  return run.finish();
 }
 
 // Runs what may run out of memory: false then.

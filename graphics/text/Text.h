@@ -1,5 +1,5 @@
-// Text on any drawing context, in the fill colour. Characters stand one behind the other as the font's advances say;
-// marks that have none stand on the character before. There is no kerning, no shaping and no order from right to left:
+// Text on any drawing context, in the fill colour. Characters stand one behind the other as the font's advances say,
+// combining marks on the character before. There is no kerning, no shaping and no order from right to left:
 // whoever works that out draws the glyphs by their places.
 //
 // `size` is that of the em in the text's own coordinates, whose origin is where the text begins on its baseline, y
@@ -22,8 +22,8 @@ struct GlyphPlace {
 };
 
 // `count` units of UTF-16. A character that the font has not is drawn with a font that has it, at last as a box with
-// its code; control characters are left out, half a surrogate pair is U+FFFD. `end`, if it is not null, gets the place
-// behind the text in the text's coordinates.
+// its code; control characters, joiners and variation selectors are left out, half a surrogate pair is U+FFFD. `end`,
+// if it is not null, gets the place behind the text in the text's coordinates.
 CORVIX_API bool drawText(IAGDC& context, IFMFont& font, double size, const Matrix& textToUser, const wchar_t* text,
                          i32 count, Point* end = nullptr);
 

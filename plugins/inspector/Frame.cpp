@@ -27,7 +27,7 @@ std::vector<ACCEL> keys() {
                               {FVIRTKEY | FCONTROL | FSHIFT, VK_TAB, kPrevious},
                               {FVIRTKEY, VK_F5, kRefresh},
                               {FVIRTKEY | FCONTROL, 'C', kCopy}};
-  for (WORD i = 0; i < std::size(kTabs); ++i)
+  for (std::size_t i = 0; i < std::size(kTabs); ++i)
     table.push_back({FVIRTKEY | FCONTROL, static_cast<WORD>('1' + i), static_cast<WORD>(kFirstTab + i)});
   return table;
 }

@@ -9,7 +9,7 @@ namespace corvix::inspector {
 
 namespace {
 
-constexpr i64 kTailBytes = 64 * 1024;
+constexpr i64 kTailBytes = i64{64} * 1024;
 
 // The last bytes of a file; `size` is that of the whole, -1 when there is none.
 std::string tailOf(const wchar_t* path, i64& size) {

@@ -3,6 +3,7 @@
 #include "graphics/images/Recolor_p.h"
 #include "graphics/quality/Quality_p.h"
 #include "plugins/smooth/SmoothContext_p.h"
+#include "shell/Plugin.h"
 
 namespace corvix::smooth {
 
@@ -52,6 +53,15 @@ HeapVector<Pixel> pixelsOf(const ImageBits& bits) {
 }
 
 }  // namespace
+
+// The library's own: what is kept of frozen images goes by numbers that it gives.
+IAGImage* SmoothContext::createImage(i32 width, i32 height, ColorModel model, i32 bitsPerPixel) {
+  const IShell* const shell = IShell::getInstance();
+  const auto creator =
+      shell ? createObject<IAGDCCreator>(*shell->pluginManager(), L"AGDC.Screen") : Ref<IAGDCCreator>();
+  const auto maker = Ref<IAGDC>::adopt(creator ? creator->create(0, 0, nullptr, 0, 0) : nullptr);
+  return maker ? maker->createImage(width, height, model, bitsPerPixel) : nullptr;
+}
 
 Filter SmoothContext::filter(bool smooth) const noexcept {
   if (!smooth) return Filter::Nearest;
@@ -138,8 +148,8 @@ bool SmoothContext::setTilePaint(PaintUse use, IAGImage* tile, const Matrix& uni
     i32 height;
     reducedSize(view, {std::hypot(place.a, place.b), 0, 0, std::hypot(place.c, place.d), 0, 0}, width, height);
     const bool isSmaller = width < view.width || height < view.height;
-    const ImageBits bits = isSmaller ? reduced(view, wholeOf(view), width, height, hasAlpha(view))
-                                     : makeBits(view, INT64_MAX, wholeOf(view));
+    const ImageBits bits =
+        isSmaller ? reduced(view, wholeOf(view), width, height, hasAlpha(view)) : makeBits(view, wholeOf(view));
     const Matrix back = place.inverse().then(Matrix::scaling(bits.width, bits.height));
     // Pixel for pixel nothing is between them.
     const bool isStraight = back.a == 1 && back.d == 1 && back.b == 0 && back.c == 0 && back.e == std::floor(back.e) &&

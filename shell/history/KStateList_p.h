@@ -16,7 +16,7 @@ class KStateList final : public BHibernatable, public IStateList {
   CORVIX_IDENTITY(KStateList, 0xB3DC2301, 0xB0022D12, 0x9423B46E, 0xCE30D7AF, BHibernatable, IStateList)
 
  public:
-  static constexpr u64 kMostAwakeBytes = 32 * 1024 * 1024;
+  static constexpr u64 kMostAwakeBytes = u64{32} * 1024 * 1024;
   static constexpr std::size_t kNear = 16;  // so many steps on each side stay awake
 
   // To be made by this: while it is being made, no other thread may ask it for memory.

@@ -9,6 +9,7 @@
 #include "shell/gui/GUIManager.h"
 #include "shell/history/KStateHistory_p.h"
 #include "shell/instance/LibraryModule_p.h"
+#include "shell/language/KTranslator_p.h"
 #include "shell/menus/KMenuManager_p.h"
 #include "shell/modules/ModuleFile_p.h"
 
@@ -25,7 +26,15 @@ constexpr wchar_t kWithoutPlugins[] =
     L"The last two starts of the program ended before their end, and nobody knows why; so this one goes without "
     L"plug-ins, and keeps their settings. The next start tries them again.";
 
+constexpr wchar_t kSafeMode[] = L"Brisvane.INI beside the program starts it in safe mode, without plug-ins.";
+
 constinit KShell* shellOfProcess = nullptr;
+
+std::wstring pluginFolder(const std::wstring& programFolder, const ProgramIni& ini) {
+  const std::wstring& said = ini.pluginFolder();
+  const bool isWhole = said.size() > 1 && (said[1] == L':' || said[0] == L'\\' || said[0] == L'/');
+  return isWhole ? said : programFolder + L"\\" + (said.empty() ? L"plugins" : said);
+}
 
 // From the first call to the library's end; what is made later goes earlier.
 struct ShellLife {
@@ -77,12 +86,15 @@ void KShell::start(void* module) {
   if (std::exchange(isStarted_, true)) return;
   useSafeModuleSearch();
   if (watchesObjects) pluginManager_->watchObjects();
+  const std::wstring folder = folderOf(modulePath(nullptr));
   readEarlierStarts();
+  readIni(folder);
   pluginManager_->registerOwnDescriptor(module);
-  pluginManager_->scanFolder((folderOf(modulePath(nullptr)) + L"\\plugins").c_str());
+  pluginManager_->scanFolder(pluginFolder(folder, ini_).c_str());
   pluginManager_->registerInstance(L"IActionManager.Instance", actionManager_);
   pluginManager_->registerInstance(L"IMenuManager.Instance", make<KMenuManager>(*pluginManager_));
   pluginManager_->registerInstance(L"IStateHistory.GetInstance", make<KStateHistory>());
+  pluginManager_->registerInstance(L"IBTranslator.Instance", make<KTranslator>(*pluginManager_, *settings_, folder));
   {
     const StartSentinel sentinel;
     pluginManager_->tellAfterInit();
@@ -91,6 +103,12 @@ void KShell::start(void* module) {
   if (onlyDescribes) return;
   earlierStarts_.forgetUnknown();
   tellOfEarlierStarts();
+}
+
+void KShell::readIni(const std::wstring& folder) {
+  ini_ = ProgramIni::read(folder + L"\\Brisvane.INI");
+  pluginManager_->follow(ini_);
+  if (ini_.isSafeMode()) pluginManager_->goWithoutPlugins(kSafeMode);
 }
 
 void KShell::readEarlierStarts() {

@@ -69,6 +69,7 @@ class KShell final : public IShell, public IUserAlert, public IMemoryShell, publ
   // Managers that the shell found by name and keeps.
   enum Held { kActionManager, kGuiManager, kDocManager, kStateHistory, kHeldSlots = 8 };
 
+  void readIni(const std::wstring& folder);
   void readEarlierStarts();
   void tellOfEarlierStarts();
   void logObjectsLeft();
@@ -89,6 +90,7 @@ class KShell final : public IShell, public IUserAlert, public IMemoryShell, publ
   // Destroyed from the last to the first.
   BNotifySender senders_[kShellNotifications];
   EarlierStarts earlierStarts_;
+  ProgramIni ini_;
   Ref<IBSettings> settings_;
   Ref<KPluginManager> pluginManager_;
   Ref<KActionManager> actionManager_;

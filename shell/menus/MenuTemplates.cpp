@@ -127,6 +127,7 @@ void MenuTemplates::add(const XMLNode* root, IPluginModule* module) {
   Reading reading(texts_->emplace_front());
   const std::vector<Element> elements = reading.read(static_cast<const XMLNodeNode&>(*root));
   std::vector<KMenuItem*> entered;
+  entered.reserve(elements.size());
   for (const Element& element : elements)
     entered.push_back(enter(element, element.parent == kNone ? nullptr : entered[element.parent], module));
   if (reading.leftOut()) {

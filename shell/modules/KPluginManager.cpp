@@ -214,7 +214,10 @@ void KPluginManager::registerAll(const Ref<KPluginModule>& module, const XMLNode
     if (identifier && attributes.find(L"Name"))
       registry_.registerInterface(make<KPluginInterface>(module, attributes, *identifier));
   }
-  for (const Attributes& declared : descriptor.settings()) settingsRegistry_.registerSetting(declared, *settings_);
+  for (const Attributes& declared : descriptor.settings()) {
+    const wchar_t* const imposed = ini_ ? ini_->option(declared.find(L"Group"), declared.find(L"Item")) : nullptr;
+    settingsRegistry_.registerSetting(declared, *settings_, imposed);
+  }
 }
 
 i32 KPluginManager::scanFolder(const wchar_t* folder) {
@@ -244,6 +247,8 @@ KPluginModule* KPluginManager::addModule(std::wstring path, Read read) {
   orFailed(*module, [&] { takeDescriptor(module, read()); });
   const EndedStart* const ended = earlierStarts_ ? earlierStarts_->endedIn(module->path()) : nullptr;
   if (ended && module->state() == ModuleState::Described) module->leaveOut(*earlierStarts_, *ended);
+  if (ini_ && module->state() == ModuleState::Described && ini_->disables(module->path()))
+    module->fail(L"Brisvane.INI beside the program disables it.");
   if (isWithoutPlugins_) module->load();  // which it will not, for a reason
   return module.get();
 }

@@ -8,6 +8,7 @@
 #include "shell/modules/ModuleFile_p.h"
 #include "shell/modules/ObjectWatch_p.h"
 #include "shell/modules/PluginModule_p.h"
+#include "shell/modules/ProgramIni_p.h"
 
 #include <memory>
 #include <unordered_map>
@@ -92,6 +93,9 @@ class KPluginManager final : public IPluginManager, public IModuleCatalogue, pub
     isWithoutPlugins_ = true;
   }
 
+  // What it says holds for modules that are found from now on; `ini` outlives the manager.
+  void follow(const ProgramIni& ini) noexcept { ini_ = &ini; }
+
   // Modules in which starts ended are left out from now on; `starts` outlives the manager.
   void leaveOut(EarlierStarts& starts) noexcept { earlierStarts_ = &starts; }
 
@@ -130,6 +134,7 @@ class KPluginManager final : public IPluginManager, public IModuleCatalogue, pub
   const wchar_t* whyOnlyDescribes_ = nullptr;  // else null
   bool isWithoutPlugins_ = false;
   EarlierStarts* earlierStarts_ = nullptr;
+  const ProgramIni* ini_ = nullptr;
   std::wstring cataloguePath_;
   i32 takenCount_ = 0;
   i32 readCount_ = 0;

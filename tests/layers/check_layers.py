@@ -40,7 +40,7 @@ SHARED = """
     shell/guard/EarlierStarts_p.h shell/guard/GuardedModule_p.h shell/guard/LoaderLock_p.h shell/guard/StartSentinel_p.h
     shell/guard/UserAlert_p.h shell/modules/KClassFactoryLocal_p.h
     shell/history/KStateHistory_p.h shell/history/KStateList_p.h
-    shell/menus/KMenuManager_p.h shell/modules/KPluginManager_p.h shell/modules/ModuleFile_p.h""".split()
+    shell/language/KTranslator_p.h shell/menus/KMenuManager_p.h shell/modules/KPluginManager_p.h shell/modules/ModuleFile_p.h""".split()
 # Code that is to run anywhere, and public headers, do not name the system.
 PORTABLE = ["core/baselib/identity", "core/baselib/text", "core/xml"]
 SYSTEM_HEADERS = re.compile(r'#include <(windows|winsock|wininet|shellapi|gdiplus|objidl|winreg|winuser|wingdi)')

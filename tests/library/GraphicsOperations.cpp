@@ -1,6 +1,8 @@
 // Drawing, images, fonts and text.
 #include "tests/library/PublicOperations.h"
 
+#include "graphics/ImageFreezer.h"
+#include "graphics/Stencils.h"
 #include "graphics/creators/QuillCreators_p.h"
 #include "graphics/fonts/FMFontMachine_p.h"
 #include "graphics/fonts/FontSource.h"
@@ -168,6 +170,10 @@ void useImages(IAGDC& page) {
   page.drawImageMatrix(image.get(), 2, 2, 12, 12, matrix);
   page.drawImageRemapped(image.get(), 2, 2, 12, 12, &change, 1);
   page.drawImageMask(mask.get(), 2, 2, 12, 12);
+  query<IAGStencils>(&page)->drawMaskTransformed(mask.get(), Matrix::scaling(9, 9));
+  auto* const freezer = query<IAGImageFreezer>(mask.get());
+  EXPECT_TRUE(freezer->freeze() && freezer->isFrozen() && freezer->readRow(5));
+  page.drawImage(mask.get(), 2, 2, 3, 3);
   page.drawImageThroughMemory(image.get(), 2, 2);
   image->captureFrom(page, 0, 0);
   Color color = 0;

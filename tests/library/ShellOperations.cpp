@@ -12,6 +12,7 @@
 #include "shell/Progress.h"
 #include "shell/history/KStateHistory_p.h"
 #include "shell/instance/KShell_p.h"
+#include "shell/language/KTranslator_p.h"
 #include "shell/menus/KMenuManager_p.h"
 #include "shell/modules/KClassFactoryLocal_p.h"
 #include "shell/modules/KPluginManager_p.h"
@@ -163,6 +164,19 @@ void useMenus() {
     EXPECT_TRUE(item.text() && item.actionName() && item.id() && item.icon() && item.key() && item.when());
     EXPECT_TRUE(item.module() && item.order() == item.group() && item.childCount() == 1 && item.childAt(0));
   }
+}
+
+void useLanguages() {
+  Manager its;
+  const auto settings = make<BSettings>();
+  const auto made = make<KTranslator>(its.manager, *settings, L"C:\\no folder");
+  IBTranslator& translator = *made;
+  EXPECT_STREQ(translator.translate(L"Work"), L"Work");
+  EXPECT_STREQ(translator.translateIn(L"Toolbar", L"Work"), L"Work");
+  EXPECT_TRUE(translator.setLanguage(L"de") && translator.language() && !translator.setLanguage(L"?"));
+  KnownLanguage known;
+  EXPECT_FALSE(translator.takeStock() || translator.knownAt(0, known));
+  EXPECT_FALSE(translator.sender().hasListeners());
 }
 
 class Document final : public BSmartObject, public IDocument {
@@ -333,6 +347,7 @@ const PublicOperation kOperations[] = {
        switchCatalogue(isCatalogueSwitchedOn());
      }},
     {"menus", useMenus},
+    {"languages", useLanguages},
     {"steps of a document", useHistory},
     {"global events", useEvents},
     {"opening a location", openLocations},

@@ -415,8 +415,44 @@ constexpr ElementRule kViewRules[] = {
     {"Panel", "CorvixRC", "", kPanelAttributes},
 };
 
+void checkLanguageCode(const Attribute& attribute, Findings& findings) {
+  constexpr std::size_t kLongest = 32;
+  const std::string_view code = attribute.value;
+  const bool isCode = code.find_first_not_of(std::string(kAlphabet) + '-') == code.npos;
+  if (isCode && !code.empty() && code.front() != '-' && code.back() != '-' && code.size() <= kLongest) return;
+  findings.warn(attribute.offset,
+                attribute.name + ' ' + quoted(code) + " is no language's, such as \"de\" or \"de-AT\"");
+}
+
+void checkTranslation(const Element& element, Findings& findings) {
+  const std::string_view from = element.value("From"), in = element.value("In");
+  if (from.empty() || findings.seen.insert("text " + std::string(in) + '\n' + std::string(from)).second) return;
+  findings.warn(element.offset, "the text " + quoted(from) + (in.empty() ? "" : " in " + quoted(in)) +
+                                    " is translated before; only the first is read");
+}
+
+constexpr AttributeRule kLanguageAttributes[] = {
+    {"Code", "nobody knows which language it is", checkLanguageCode},
+    {"Name", "users are shown its code", checkFilled},
+    {"Manufacturer", ""},
+    {"Version", ""},
+};
+
+constexpr AttributeRule kTextAttributes[] = {
+    {"From", "it is left out", checkFilled},
+    {"To", "it is left out", checkFilled},
+    {"In", "", checkFilled},
+};
+
+constexpr ElementRule kLanguageRules[] = {
+    {"CorvixRC", "", "", kRootAttributes},
+    {"Language", "CorvixRC", "there are no texts", kLanguageAttributes},
+    {"Text", "Language", "", kTextAttributes, checkTranslation},
+};
+
 constexpr Form kForms[] = {
     {"PLUGININFO", kDescriptorRules},
+    {"LANGUAGE", kLanguageRules},
     {"MENUTEMPL", kMenuRules},
     {"VIEWTEMPLATES", kViewRules},
 };

@@ -2,6 +2,7 @@
 
 #include "tools/xmlbinc/BlockWriter.h"
 #include "tools/xmlbinc/ByteWriter.h"
+#include "tools/xmlbinc/DescriptorCheck.h"
 #include "tools/xmlbinc/Unicode.h"
 
 #include <algorithm>
@@ -108,10 +109,10 @@ class VersionWriter {
   ByteWriter bytes_;
 };
 
-/// An attribute of the first Plugin element; empty if there is none.
-std::u16string pluginAttribute(const Tree& tree, std::u16string_view attribute) {
+/// An attribute of the first Plugin or Language element; empty if there is none.
+std::u16string attributeOf(const Tree& tree, std::u16string_view attribute) {
   const auto plugin = std::find_if(tree.nodes.begin(), tree.nodes.end(), [&](const Node& node) {
-    return node.type == NodeType::Element && tree.name(node) == u"Plugin";
+    return node.type == NodeType::Element && (tree.name(node) == u"Plugin" || tree.name(node) == u"Language");
   });
   if (plugin == tree.nodes.end()) return {};
   for (auto node = plugin + 1; node != tree.nodes.end() && node->type == NodeType::Attribute; ++node) {
@@ -137,18 +138,18 @@ std::array<std::uint16_t, 4> versionNumbers(std::u16string_view text) {
 }
 
 std::string versionInformation(const Tree& tree, std::string_view module) {
-  const std::u16string version = pluginAttribute(tree, u"Version");
+  const std::u16string version = attributeOf(tree, u"Version");
   const std::u16string file = toUtf16(module);
   VersionWriter writer;
   return writer.run(versionNumbers(version), [&] {
     writer.block(u"StringFileInfo", [&] {
       writer.block(kEnglishInUnicode, [&] {
-        writer.text(u"CompanyName", pluginAttribute(tree, u"Manufacturer"));
-        writer.text(u"FileDescription", pluginAttribute(tree, u"Name"));
+        writer.text(u"CompanyName", attributeOf(tree, u"Manufacturer"));
+        writer.text(u"FileDescription", attributeOf(tree, u"Name"));
         writer.text(u"FileVersion", version);
         writer.text(u"InternalName", file.substr(0, file.rfind(u'.')));
         writer.text(u"OriginalFilename", file);
-        writer.text(u"ProductName", pluginAttribute(tree, u"Name"));
+        writer.text(u"ProductName", attributeOf(tree, u"Name"));
         writer.text(u"ProductVersion", version);
       });
     });
@@ -170,7 +171,7 @@ std::string writeResourceFile(const Tree& tree, std::string_view module, std::sp
     name(names, resource);
     entry(bytes, names.take(), writeBlock(content));
   };
-  block(kDescriptorName, tree);
+  block(toUtf16(formOf(tree).resource), tree);
   for (const NamedTree& one : templates) block(one.name, one.tree);
   ByteWriter numbers;
   number(numbers, kVersionType);

@@ -18,9 +18,9 @@ struct NamedTree {
   Tree tree;
 };
 
-/// The tree's block as the resource PLUGININFO of type PLUGININFO, version information from the first Plugin element,
-/// what it does not say left out and what is longer than 1000 units cut, and the templates. `module` is the module's
-/// file name, in UTF-8.
+/// The tree's block as a resource of type PLUGININFO, named PLUGININFO or as its form says (LANGUAGE), version
+/// information from the first Plugin or Language element, what it does not say left out and what is longer than 1000
+/// units cut, and the templates. `module` is the module's file name, in UTF-8.
 std::string writeResourceFile(const Tree& tree, std::string_view module, std::span<const NamedTree> templates = {});
 
 }  // namespace corvix::xmlbinc

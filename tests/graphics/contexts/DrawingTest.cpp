@@ -636,5 +636,94 @@ TEST(Drawing, BothWaysDifferAtEdgesOnly) {
   }
 }
 
+struct PlaceForm {
+  const char* name;
+  std::function<bool(IAGDC&, const Box&)> draw;
+};
+
+bool outline(IAGDC& page, const Box& box, double slant) {
+  return page.setFillColor(kRed) && page.beginPath() && page.moveTo(box.left - slant, box.top) &&
+         page.lineTo(box.right - slant, box.top) && page.lineTo(box.right + slant, box.bottom) &&
+         page.lineTo(box.left + slant, box.bottom) && page.closePath();
+}
+bool redImage(IAGDC& page, const Box& box, i32 size) {
+  const auto image = Ref<IAGImage>::adopt(page.createImage(size, size, ColorModel::Rgb, 0));
+  for (i32 i = 0; i < size * size; ++i) image->row(i / size)[3 * (i % size) + 2] = 255;
+  return page.drawImage(image.get(), box.left, box.top, box.right - box.left, box.bottom - box.top);
+}
+const PlaceForm kPlaceForms[] = {
+    {"rectangle",
+     [](IAGDC& page, const Box& box) {
+       return page.setFillColor(kRed) && page.fillRect(box.left, box.top, box.right - box.left, box.bottom - box.top);
+     }},
+    {"path", [](IAGDC& page, const Box& box) { return outline(page, box, 0) && page.drawPath(PathPaint::Fill); }},
+    {"path with slanted sides",
+     [](IAGDC& page, const Box& box) { return outline(page, box, 3) && page.drawPath(PathPaint::Fill); }},
+    {"clip by path",
+     [](IAGDC& page, const Box& box) {
+       return outline(page, box, 0) && page.clipPath() && page.fillRect(0, 0, 64, 48);
+     }},
+    {"clip by rectangle",
+     [](IAGDC& page, const Box& box) {
+       return page.setFillColor(kRed) && page.clipRect(box.left, box.top, box.right - box.left, box.bottom - box.top) &&
+              page.fillRect(0, 0, 64, 48);
+     }},
+    {"image, larger", [](IAGDC& page, const Box& box) { return redImage(page, box, 3); }},
+    {"image, as large", [](IAGDC& page, const Box& box) { return redImage(page, box, 12); }},
+    {"image, smaller", [](IAGDC& page, const Box& box) { return redImage(page, box, 100); }},
+};
+
+// Whatever is drawn at a place between the pixels covers those whose middles are inside.
+TEST(Drawing, FormsOfTheSamePlaceCoverTheSamePixels) {
+  for (const Through through : kBoth) {
+    for (const PlaceForm& form : kPlaceForms) {
+      for (const double part : {0.0, 0.1, 0.25, 0.4, 0.5, 0.6, 0.75, 0.9}) {
+        const Ref<IAGDC> page = makePage(through);
+        const Box box = {20 + part, 10 + part, 32 + part, 22 + part};
+        EXPECT_TRUE(form.draw(*page, box));
+        page->resetClip();
+        const bool isSlanted = form.name == std::string("path with slanted sides");
+        const auto expected = [&](double x, double y) {
+          const bool isInside = x > box.left && x <= box.right && y > box.top && y <= box.bottom;
+          if (isSlanted && y > box.top && y <= box.bottom && std::abs(x - 26.5) < 11) return Covered::Edge;
+          return isInside ? Covered::Yes : Covered::No;
+        };
+        expectCoverage(*page, kRed, expected, nameOf(through) + ' ' + form.name + ' ' + std::to_string(part));
+      }
+    }
+  }
+}
+
+// Dashes that nobody could see one by one cost no more than a solid line.
+TEST(Drawing, DashesTooFineOrTooManyAreSolid) {
+  struct Row {
+    const char* name;
+    double length;
+    double reach;  // of each of 2,000 lines
+  };
+  const Row rows[] = {
+      {"finer than can be seen", 0.06, 60}, {"so fine that they vanish", 1e-300, 60}, {"too many", 0.8, 4000}};
+  for (const Through through : kBoth) {
+    for (const Row& row : rows) {
+      const auto zigzag = [&](double length) {
+        const Ref<IAGDC> page = makePage(through);
+        const double lengths[] = {length, length};
+        EXPECT_TRUE(drawWide(*page, 3) && page->setDash(lengths, length > 0 ? 2 : 0, 0.01) && page->beginPath() &&
+                    page->moveTo(0, 0));
+        for (int i = 1; i < 2000; ++i) EXPECT_TRUE(page->lineTo(i % 2 ? row.reach : 0, i * 0.02));
+        EXPECT_TRUE(page->drawPath(PathPaint::Stroke) && page->endPath());
+        EXPECT_TRUE(page->line(2, 44, 60, 44));
+        return page;
+      };
+      const Ref<IAGDC> solid = zigzag(0);
+      const Ref<IAGDC> dashed = zigzag(row.length);
+      int different = 0;
+      for (i32 i = 0; i < 64 * 42; ++i)
+        different += pixelOf(*solid, i % 64, i / 64) != pixelOf(*dashed, i % 64, i / 64);
+      EXPECT_EQ(different, 0) << nameOf(through) << ' ' << row.name;
+    }
+  }
+}
+
 }  // namespace
 }  // namespace corvix

@@ -1,11 +1,13 @@
-// Every way from CMYK to RGB against its formula.
+// Every way from CMYK to RGB against its formula, and the loops of many pixels against one alone.
 #include "graphics/Color.h"
 #include "graphics/images/CmykConversion_p.h"
+#include "graphics/images/ImageBits_p.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
+#include <vector>
 
 namespace corvix {
 namespace {
@@ -58,6 +60,71 @@ TEST(Cmyk, EveryLevelFollowsItsFormula) {
     }
   }
 }
+
+// Many at once go through other loops than one alone: every ink with every black, at every length and place in a
+// register.
+TEST(Cmyk, ManyAtOnceAreWhatEachIsAlone) {
+  std::vector<u8> cmyk;
+  for (u32 i = 0; i < 0x10000; ++i) {
+    for (const u32 ink : {i & 255, i * 3 & 255, (i & 255) ^ 0x5A}) cmyk.push_back(static_cast<u8>(ink));
+    cmyk.push_back(static_cast<u8>(i >> 8));
+  }
+  for (const CmykMode mode : kModes) {
+    std::vector<u8> alone(3 * 0x10000 + 1);
+    for (std::size_t i = 0; i < 0x10000; ++i) cmykToRgb(&cmyk[4 * i], 1, mode, &alone[3 * i]);
+    std::vector<u8> many(alone.size());
+    cmykToRgb(cmyk.data(), 0x10000, mode, many.data());
+    EXPECT_EQ(many, alone) << static_cast<int>(mode);
+    for (std::size_t count = 0; count < 80; ++count) {
+      std::vector<u8> some(3 * count + 1, 0xAB);
+      cmykToRgb(&cmyk[4 * 777], count, mode, some.data());
+      EXPECT_TRUE(std::equal(some.begin(), some.end() - 1, &alone[3 * 777]) && some.back() == 0xAB)
+          << static_cast<int>(mode) << ' ' << count;
+    }
+  }
+}
+
+TEST(Gray, ManyAtOnceAreWhatEachIsAlone) {
+  std::vector<u8> bgr(3 * 0x10000);
+  std::vector<u8> gray(0x10001, 0xAB);
+  u32 wrong = 0;
+  for (u32 red = 0; red < 256; ++red) {
+    for (u32 i = 0; i < 0x10000; ++i) {
+      bgr[3 * i] = static_cast<u8>(i);
+      bgr[3 * i + 1] = static_cast<u8>(i >> 8);
+      bgr[3 * i + 2] = static_cast<u8>(red);
+    }
+    rgbToGray(bgr.data(), 0x10000, gray.data());
+    for (u32 i = 0; i < 0x10000; ++i) wrong += gray[i] != (red * 299 + (i >> 8) * 587 + (i & 255) * 114 + 500) / 1000;
+  }
+  EXPECT_EQ(wrong, 0u);
+  EXPECT_EQ(gray.back(), 0xAB);
+}
+
+#if defined(__i386__)
+// Calls with a stack of which nothing is known but that it is aligned to 4 bytes.
+void callOnStack(void (*call)(), u32 shift) {
+  asm volatile("movl %%esp, %%esi\n\tandl $-32, %%esp\n\tsubl %1, %%esp\n\tcall *%0\n\tmovl %%esi, %%esp"
+               :
+               : "r"(call), "r"(shift)
+               : "esi", "eax", "ecx", "edx", "memory", "cc");
+}
+
+TEST(Cmyk, WorksOnAStackOfFourBytes) {
+  static u8 cmyk[400];
+  static u8 bgr[300];
+  static u8 gray[100];
+  for (u32 shift = 0; shift < 32; shift += 4) {
+    callOnStack(
+        [] {
+          for (const CmykMode mode : kModes) cmykToRgb(cmyk, 100, mode, bgr);
+          rgbToGray(bgr, 100, gray);
+        },
+        shift);
+  }
+  EXPECT_EQ(gray[99], 255);
+}
+#endif
 
 }  // namespace
 }  // namespace corvix

@@ -1,5 +1,8 @@
 // Images: what their pixels mean, how they are placed, and files.
+#include "graphics/ImageFreezer.h"
+#include "graphics/Stencils.h"
 #include "graphics/images/ImageBits_p.h"
+#include "graphics/images/ImageCopies_p.h"
 #include "graphics/quality/Quality_p.h"
 #include "tests/graphics/Pages.h"
 #include "tests/support/OwnFolder.h"
@@ -118,6 +121,53 @@ TEST(Image, EffectsAndMasks) {
     EXPECT_FALSE(page->drawImage(image.get(), std::nan(""), 0, 1, 1));
     EXPECT_FALSE(page->drawImage(image.get(), 0, 0, 1e300, 1));
     EXPECT_FALSE(page->drawImagePart(image.get(), {0, 0, 2, 1}, 0, 0, 1, 1));
+  }
+}
+
+// A mask lies where an image of the same matrix would, and is painted in the fill colour.
+TEST(Image, MasksByMatrix) {
+  struct Row {
+    const char* name;
+    Matrix unit;
+  };
+  const Row rows[] = {
+      {"upright", {24, 0, 0, 18, 10, 8}},
+      {"mirrored", {-24, 0, 0, 18, 40, 8}},
+      {"a quarter turn", {0, 20, -15, 0, 40, 8}},
+      {"rotated", Matrix::scaling(24, 18).then(Matrix::rotation(0.5)).then(Matrix::translation(25, 5))},
+      {"made smaller and sheared", {5, 1, 0.5, 4, 20, 20}},
+      {"nothing is left of it", {0, 0, 0, 5, 3, 3}},
+  };
+  for (const Through through : kBoth) {
+    const Ref<IAGDC> page = makePage(through);
+    auto* const stencils = query<IAGStencils>(page.get());
+    ASSERT_TRUE(stencils);
+    const auto bits = gradient(*page, ColorModel::Indexed, 1, 8, 6);
+    const auto grey = Ref<IAGImage>::adopt(page->createImage(8, 6, ColorModel::Gray, 0));
+    const auto same = Ref<IAGImage>::adopt(page->createImage(8, 6, ColorModel::Argb, 0));
+    for (const bool isSoft : {false, true}) {
+      for (i32 i = 0; i < 48; ++i) {
+        const u32 level = isSoft ? static_cast<u32>(i * 5) : bits->row(i / 8)[0] >> (7 - i % 8) & 1 ? 255 : 0;
+        grey->row(i / 8)[i % 8] = static_cast<u8>(level);
+        const Color color = argb(level, 200, 10, 30);
+        std::copy_n(reinterpret_cast<const u8*>(&color), 4, same->row(i / 8) + 4 * (i % 8));
+      }
+      page->setFillColor(rgb(200, 10, 30));
+      for (const Row& row : rows) {
+        std::vector<Color> shown[2];
+        for (std::vector<Color>& pixels : shown) {
+          page->clear();
+          EXPECT_TRUE(&pixels == shown ? stencils->drawMaskTransformed(isSoft ? grey.get() : bits.get(), row.unit)
+                                       : page->drawImageTransformed(same.get(), row.unit));
+          for (i32 i = 0; i < 64 * 48; ++i) pixels.push_back(pixelOf(*page, i % 64, i / 64));
+        }
+        EXPECT_EQ(shown[0], shown[1]) << nameOf(through) << ' ' << row.name << (isSoft ? ", soft" : "");
+      }
+    }
+    const auto wrong = gradient(*page, ColorModel::Rgb, 0);
+    EXPECT_FALSE(stencils->drawMaskTransformed(wrong.get(), Matrix::scaling(9, 9)));
+    EXPECT_FALSE(stencils->drawMaskTransformed(nullptr, Matrix::scaling(9, 9)));
+    EXPECT_FALSE(stencils->drawMaskTransformed(grey.get(), Matrix::scaling(std::nan(""), 9)));
   }
 }
 
@@ -380,6 +430,119 @@ TEST(Image, LargestSizeCountsWhatIsSeen) {
     EXPECT_TRUE(page->drawImage(image.get(), 0, 0, 64, 48)) << nameOf(through);
     EXPECT_EQ(pixelOf(*page, 40, 40), kBlack) << nameOf(through);
   }
+}
+
+struct FrozenRow {
+  const char* name;
+  ColorModel model;
+  i32 size;  // of 512 by 512 pixels drawn
+};
+
+// What is kept of a frozen image never hides what is written to it, and goes with it.
+TEST(Image, KeepsCopiesOnlyWhileItIsFrozen) {
+  const FrozenRow rows[] = {{"made smaller", ColorModel::Gray, 64}, {"converted", ColorModel::Cmyk, 512}};
+  ImageCopies& copies = imageCopies();
+  for (const Through through : kBoth) {
+    for (const FrozenRow& row : rows) {
+      SCOPED_TRACE(nameOf(through) + ' ' + row.name);
+      const Ref<IAGDC> page = makePage(through);
+      auto image = Ref<IAGImage>::adopt(page->createImage(512, 512, row.model, 0));
+      u8* const kept = image->row(0);
+      auto* const freezer = query<IAGImageFreezer>(image.get());
+      const auto shown = [&](u8 level) {
+        page->clear();
+        EXPECT_TRUE(page->drawImage(image.get(), 0, 0, row.size, row.size));
+        return pixelOf(*page, 7, 7) == (row.model == ColorModel::Gray ? rgb(level, level, level)
+                                                                      : rgb(255u - level, 255u - level, 255u - level));
+      };
+      const auto write = [&](u8 level) {
+        for (i32 i = 0; i < image->strideBytes() * 512; ++i) {
+          kept[i] = row.model == ColorModel::Cmyk && i % 4 != 3 ? u8{0} : level;
+        }
+      };
+      quality().cmykConversion = static_cast<i32>(CmykMode::Fast);
+      EXPECT_TRUE(shown(0));
+      write(50);
+      EXPECT_TRUE(shown(50)) << "nothing is kept of what nobody froze";
+      EXPECT_EQ(copies.sizeBytes(), 0u);
+
+      EXPECT_TRUE(freezer->freeze() && freezer->isFrozen() && !freezer->freeze());
+      page->saveClip();
+      page->clipRect(0, 0, 20, 20);
+      EXPECT_TRUE(shown(50));
+      EXPECT_LT(copies.sizeBytes(), 1000u) << "a part, the first time";
+      EXPECT_TRUE(shown(50) && shown(50));
+      EXPECT_GT(copies.sizeBytes(), 10000u);
+      page->restoreClip();
+      EXPECT_TRUE(shown(50));
+      EXPECT_EQ(freezer->readRow(0), kept);
+      EXPECT_TRUE(freezer->isFrozen() && !freezer->readRow(-1) && !freezer->readRow(512));
+      Color color = 0;
+      EXPECT_TRUE(image->pixelColor(3, 3, &color) && freezer->isFrozen());
+      EXPECT_TRUE(copies.hibernate(true) && !copies.hibernate(true));
+      EXPECT_TRUE(shown(50) && copies.sizeBytes() > 0);
+
+      EXPECT_EQ(image->row(0), kept);
+      EXPECT_FALSE(freezer->isFrozen());
+      EXPECT_EQ(copies.sizeBytes(), 0u);
+      write(90);
+      EXPECT_TRUE(shown(90));
+      write(120);
+      EXPECT_TRUE(shown(120));
+
+      EXPECT_TRUE(freezer->freeze() && shown(120) && shown(120));
+      image.reset();
+      EXPECT_EQ(copies.sizeBytes(), 0u);
+    }
+  }
+  quality().cmykConversion = static_cast<i32>(CmykMode::ByTable);
+}
+
+TEST(Image, ThawsWhenItsPixelsOrColorsChange) {
+  const Ref<IAGDC> page = makePage(Through::Gdi);
+  const Color colors[] = {rgb(1, 2, 3), rgb(4, 5, 6)};
+  const OwnFolder folder;
+  const std::wstring path = folder.file(L"x.png").wstring();
+  EXPECT_TRUE(gradient(*page, ColorModel::Rgb, 0)->saveFile(path.c_str(), ImageFile::Png));
+  const std::function<bool(IAGImage&)> changes[] = {
+      [&](IAGImage& image) { return image.setPalette(colors, 2); },
+      [&](IAGImage& image) { return image.loadFile(path.c_str()) && image.captureFrom(*page, 0, 0); },
+  };
+  for (const auto& change : changes) {
+    const auto image = gradient(*page, ColorModel::Indexed, 1, 300, 300);
+    auto* const freezer = query<IAGImageFreezer>(image.get());
+    EXPECT_TRUE(freezer->freeze() && page->drawImage(image.get(), 0, 0, 30, 30));
+    EXPECT_GT(imageCopies().sizeBytes(), 0u);
+    EXPECT_TRUE(change(*image));
+    EXPECT_FALSE(freezer->isFrozen());
+    EXPECT_EQ(imageCopies().sizeBytes(), 0u);
+  }
+  // A stencil is kept by its colour, and apart from the image that it is.
+  const auto mask = gradient(*page, ColorModel::Indexed, 1, 256, 256);
+  for (i32 y = 0; y < 256; ++y) std::fill_n(mask->row(y), mask->strideBytes(), u8{0xFF});
+  EXPECT_TRUE(query<IAGImageFreezer>(mask.get())->freeze());
+  for (const Color color : {rgb(9, 8, 7), rgb(1, 1, 1), rgb(9, 8, 7), Color{0}}) {
+    page->clear();
+    page->setFillColor(color);
+    EXPECT_TRUE(page->drawImageMask(mask.get(), 0, 0, 16, 16));
+    EXPECT_EQ(pixelOf(*page, 5, 5), color ? color : kWhite);
+  }
+  EXPECT_TRUE(page->drawImage(mask.get(), 0, 0, 16, 16));
+  EXPECT_EQ(pixelOf(*page, 5, 5), rgb(10, 200, 30));
+}
+
+TEST(Image, KeepsABoundedSizeOfCopies) {
+  const Ref<IAGDC> page = makePage(Through::Gdi);
+  std::vector<Ref<IAGImage>> images;
+  for (i32 i = 0; i < 40; ++i) {  // of 4 MiB each
+    images.push_back(Ref<IAGImage>::adopt(page->createImage(1024, 1024, ColorModel::Cmyk, 0)));
+    query<IAGImageFreezer>(images.back().get())->freeze();
+    EXPECT_TRUE(page->drawImage(images.back().get(), 0, 0, 1024, 1024) &&
+                page->drawImage(images.back().get(), 0, 0, 1024, 1024));
+    ASSERT_LE(imageCopies().sizeBytes(), ImageCopies::kMostBytes);
+  }
+  images.clear();
+  EXPECT_EQ(imageCopies().sizeBytes(), 0u);
 }
 
 TEST(Image, ConvertsToEachModel) {

@@ -183,6 +183,51 @@ TEST(Text, KnowsEveryCharacter) {
   }
 }
 
+struct SameRow {
+  const char* why;
+  std::wstring text;
+  std::wstring same;  // looks like that
+};
+
+TEST(Text, MarksStandOnTheCharacterBefore) {
+  const SameRow rows[] = {
+      {"one character for both", L"e\x0301z", L"\x00E9z"},
+      {"two marks, one after the other", L"a\x0302\x0301z", L"\x1EA5z"},
+      {"characters that only steer others",
+       L"a\x200D"
+       L"b\xFE0F\x00AD\x2066"
+       L"c",
+       L"abc"},
+      {"of other planes too", L"a\xDB40\xDD00z", L"az"},
+  };
+  const Ref<IFMFont> font = fontFor(L"Helvetica");
+  for (const SameRow& row : rows) {
+    SCOPED_TRACE(row.why);
+    const Ref<IAGDC> pages[] = {makePage(Through::Gdi), makePage(Through::Gdi)};
+    for (const Ref<IAGDC>& page : pages) {
+      page->setFillColor(kBlack);
+      EXPECT_TRUE(draw(*page, *font, 20, Matrix::translation(4, 30), page == pages[0] ? row.text : row.same));
+    }
+    int different = 0;
+    for (i32 i = 0; i < 64 * 48; ++i)
+      different += pixelOf(*pages[0], i % 64, i / 64) != pixelOf(*pages[1], i % 64, i / 64);
+    EXPECT_EQ(different, 0);
+    EXPECT_GT(countPainted(*pages[0]), 20);
+  }
+  for (const wchar_t* family : {L"Helvetica", L"Courier"}) {
+    const Ref<IFMFont> other = fontFor(family);
+    EXPECT_NEAR(textWidth(*other, 20, L"x\x0323z", 3), textWidth(*other, 20, L"xz", 2), 1e-9) << family;
+    const Ref<IAGDC> page = makePage(Through::Gdi);
+    page->setFillColor(kBlack);
+    EXPECT_TRUE(draw(*page, *other, 24, Matrix::translation(20, 30), L"x"));
+    const PixelBox alone = inkOf(*page);
+    EXPECT_TRUE(draw(*page, *other, 24, Matrix::translation(20, 30), L"x\x0323"));
+    const PixelBox marked = inkOf(*page);
+    EXPECT_TRUE(marked.bottom > alone.bottom && marked.left >= alone.left - 1 && marked.right <= alone.right + 1)
+        << family;
+  }
+}
+
 // Whose outlines cannot be read from the second on.
 class BrokenFont final : public IFMFont, public IFMFontSource {
   CORVIX_IDENTITY(BrokenFont, 0x4D20B91E, 0x41C7A5F3, 0x9B3E60D8, 0x72FA1C45, IFMFont, IFMFontSource)

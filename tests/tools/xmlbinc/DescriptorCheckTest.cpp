@@ -171,6 +171,16 @@ TEST(DescriptorCheck, WarnsOfFamiliesAndTemplates) {
        {"1:41: For \"!\"" + when,
         "2:26: Side \"Left\" is none of \"left\", \"right\", \"top\", \"bottom\"; did you mean \"left\"?",
         "2:38: Size \"wide\" is not a whole number"}},
+      {"<CorvixRC Version='1.00'><Language Code='de-AT' Name='n'>\n<Text From='a' To='b'/><Text From='a' In='c' "
+       "To='d'/>"
+       "</Language></CorvixRC>",
+       {}},
+      {"<CorvixRC Version='1.00'><Language Code='de_'>\n<Text From='a' To=''/><Text From='a' To='b'/><Text/></Language>"
+       "</CorvixRC>",
+       {"1:26: Language without Name: users are shown its code",
+        "1:36: Code \"de_\" is no language's, such as \"de\" or \"de-AT\"", "2:16: To is empty",
+        "2:23: the text \"a\" is translated before; only the first is read", "2:46: Text without From: it is left out",
+        "2:46: Text without To: it is left out"}},
   };
   for (const auto& [xml, expected] : rows) EXPECT_EQ(warnings(xml), expected) << xml;
 }
