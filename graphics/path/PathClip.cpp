@@ -7,8 +7,7 @@ namespace corvix {
 namespace {
 
 constexpr double kTolerance = 0.1;  // pixels
-constexpr std::size_t kMostDashes = 1 << 18;
-constexpr double kDot = 1e-6;  // of a line's length: what a dash of length 0 gets, so that it has a direction
+constexpr double kDot = 1e-6;       // of a line's length: what a dash of length 0 gets, so that it has a direction
 
 using Points = std::vector<Point, HeapAllocator<Point>>;
 
@@ -130,10 +129,7 @@ class StrokePieces {
 
  private:
   void piece(Point from, Point to) {
-    if (!isConnected_) {
-      if (dash_.count && ++dashes_ > kMostDashes) throw std::bad_alloc();
-      to_.moveTo(from);
-    }
+    if (!isConnected_) to_.moveTo(from);
     to_.lineTo(from, to);
     isConnected_ = true;
   }
@@ -161,7 +157,6 @@ class StrokePieces {
   double period_ = 0;
   double left_ = 0;  // of the dash or gap that the figure is in
   std::size_t index_ = 0;
-  std::size_t dashes_ = 0;
   bool isConnected_ = false;
 };
 

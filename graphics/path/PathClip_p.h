@@ -16,7 +16,7 @@ struct DashPattern {
 
 // The lines, in user units, that a stroke of `path` draws within `area`, which is in device pixels after `matrix` and
 // leaves room for the pen around what is visible. Dashes are cut here, so that their pen is a solid one. Throws
-// std::bad_alloc, also for more than 262,144 dashes.
+// std::bad_alloc.
 Path clipStroke(const Path& path, const Matrix& matrix, const Box& area, const DashPattern& dash);
 
 // The closed figures that fill within `area` what `path` fills, under either rule.

@@ -93,7 +93,7 @@ void SmoothContext::changed(const PixelBox& box) noexcept {
   if (layers_.empty()) changed_ = united(changed_, box);
 }
 
-void SmoothContext::copyOut() noexcept {
+void SmoothContext::showChanges() noexcept {
   const PixelBox box = std::exchange(changed_, {0, 0, 0, 0});
   if (!picture_.pixels() || isEmpty(box)) return;
   BitBlt(device_, box.left, box.top, box.right - box.left, box.bottom - box.top, picture_.device(), box.left, box.top,
@@ -103,7 +103,7 @@ void SmoothContext::copyOut() noexcept {
 void SmoothContext::beginGdi() noexcept {
   takeBack();
   if (!isAttached_) return;
-  copyOut();
+  showChanges();
   isStale_ = mayGdiHaveDrawn_ = true;
 }
 

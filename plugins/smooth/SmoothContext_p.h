@@ -33,6 +33,7 @@ class SmoothContext final : public DrawingContext, public IAGShading, public IAG
   u32 capabilities() const noexcept override;
   bool setOrigin(double x, double y) override;
   bool setDeviceMiterLimit(double) override { return false; }
+  IAGImage* createImage(i32 width, i32 height, ColorModel model, i32 bitsPerPixel) override;
   bool setStrokeColor(Color color) override;
   bool setFillColor(Color color) override;
 
@@ -154,7 +155,7 @@ class SmoothContext final : public DrawingContext, public IAGShading, public IAG
   // The pixels can be written: those of the device are there, and GDI has done what it was told.
   bool prepare() noexcept;
   void takeBack() noexcept;
-  void copyOut() noexcept;
+  void showChanges() noexcept;
   PixelBox outputBox() const noexcept;
   Surface base() const noexcept;
   Surface surface() const noexcept;

@@ -3,6 +3,7 @@
 #include "graphics/images/Recolor_p.h"
 #include "graphics/quality/Quality_p.h"
 #include "plugins/smooth/SmoothContext_p.h"
+#include "shell/Plugin.h"
 
 namespace corvix::smooth {
 
@@ -52,6 +53,15 @@ HeapVector<Pixel> pixelsOf(const ImageBits& bits) {
 }
 
 }  // namespace
+
+// The library's own: what is kept of frozen images goes by numbers that it gives.
+IAGImage* SmoothContext::createImage(i32 width, i32 height, ColorModel model, i32 bitsPerPixel) {
+  const IShell* const shell = IShell::getInstance();
+  const auto creator =
+      shell ? createObject<IAGDCCreator>(*shell->pluginManager(), L"AGDC.Screen") : Ref<IAGDCCreator>();
+  const auto maker = Ref<IAGDC>::adopt(creator ? creator->create(0, 0, nullptr, 0, 0) : nullptr);
+  return maker ? maker->createImage(width, height, model, bitsPerPixel) : nullptr;
+}
 
 Filter SmoothContext::filter(bool smooth) const noexcept {
   if (!smooth) return Filter::Nearest;

@@ -6,6 +6,7 @@
 #include "graphics/Blending.h"
 #include "graphics/IAGDCCreator.h"
 #include "graphics/Shading.h"
+#include "graphics/Stencils.h"
 #include "graphics/fonts/FontFinder.h"
 #include "graphics/text/Text.h"
 #include "shell/Shell.h"
@@ -95,8 +96,8 @@ class Drawing final : public Canvas {
         if (pixelOf("bits", width, height, x, y) == 0xFFFFFFFF) image->row(y)[x / 8] |= static_cast<u8>(128 >> x % 8);
       }
     }
-    return image && page_.drawImageMask(image.get(), static_cast<i32>(place.e), static_cast<i32>(place.f),
-                                        static_cast<i32>(place.a), static_cast<i32>(place.d));
+    auto* const stencils = query<IAGStencils>(&page_);
+    return image && stencils && stencils->drawMaskTransformed(image.get(), toMatrix(place));
   }
   bool tile(const std::string& kind, int width, int height, const Six& place) override {
     return shading_ && shading_->setTilePaint(PaintUse::Fill, made(kind, width, height).get(), toMatrix(place));

@@ -21,6 +21,7 @@ LOOSER = {
     "map": (4, 20, "edges over edges within a pixel, of polygons drawn one after the other"),
     "clip-circle": (8, 44, "stripes that meet within a pixel let what is below through"),
     "tiles-turned": (4, 28, "one sample a pixel where tiles meet without matching"),
+    "stencil-turned": (5, 26, "averaged first and turned then, which is softer than its samples"),
     "text-8": (4, 22, "masks of 65 levels, points on 64ths of a pixel; the same in all contexts"),
     "text-serif": (4, 22, "likewise"),
 }

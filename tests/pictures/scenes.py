@@ -111,6 +111,7 @@ def images():
     scene("image-alpha-smaller", f"fill {COOL}", "rect 0 40 160 40", "image glow 600 400 120 0 0 90 20 15")
     scene("image-mirrored", "image photo 140 100 -140 0 0 -100 150 110")
     scene("stencil", f"fill {WARM}", "stencil bits 120 90 120 0 0 90 20 15")
+    scene("stencil-turned", f"fill {COOL}", "stencil bits 960 720 " + matrix(120, 90, 20, 40, 2))
     scene("stencil-smaller", f"fill {INK}", "stencil bits 480 360 120 0 0 90 20 15")
 
 
