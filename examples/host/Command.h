@@ -37,7 +37,7 @@ class Host {
 
 // A positional argument, or an option when the name begins with "--".
 struct Argument {
-  enum Need { Required, Optional };
+  enum Need { Required, Optional, Several };  // several: the last of them, at least one
 
   const char* name;
   const char* help;
@@ -45,7 +45,7 @@ struct Argument {
   std::vector<std::string> choices = {};  // none: any text
 };
 
-// What was given, in the order of the arguments; empty for what was not.
+// What was given, in the order of the arguments; empty for what was not. Of several the rest.
 using Texts = std::vector<std::string>;
 
 class Command {

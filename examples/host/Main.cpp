@@ -18,17 +18,25 @@ class ParsedCommand {
     CLI::App& own = *outer.add_subcommand(isInner ? command.name.substr(blank + 1) : command.name, command.help);
     for (std::size_t i = 0; i < texts_.size(); ++i) {
       const Argument& argument = command.arguments[i];
-      CLI::Option& option = *own.add_option(argument.name, texts_[i], argument.help);
-      option.required(argument.need == Argument::Required && argument.name[0] != '-');
+      CLI::Option& option = argument.need == Argument::Several
+                                ? *own.add_option(argument.name, several_, argument.help)
+                                : *own.add_option(argument.name, texts_[i], argument.help);
+      option.required(argument.need != Argument::Optional && argument.name[0] != '-');
       if (!argument.choices.empty()) option.check(CLI::IsMember(argument.choices));
     }
     if (!command.run) own.require_subcommand(1);
-    if (command.run) own.callback([this, &host, &exitCode] { exitCode = command_.run(host, texts_); });
+    if (!command.run) return;
+    own.callback([this, &host, &exitCode] {
+      if (!several_.empty()) texts_.pop_back();
+      texts_.insert(texts_.end(), several_.begin(), several_.end());
+      exitCode = command_.run(host, texts_);
+    });
   }
 
  private:
   const Command& command_;
   Texts texts_;
+  Texts several_;
 };
 
 int runNamed(const char* name, Host& host) {

@@ -57,6 +57,7 @@ int ShellDisplay::onChangeProgress(const Progress& progress) {
 int ShellDisplay::onUpdateProgress(const Progress& progress) { return onStartProgress(progress); }
 
 int ShellDisplay::onStopProgress(const Progress& progress) {
+  if (progress.flags & kProgressIsHidden) return notify::kTaken;
   const bool isDone = progress.position >= progress.maximum;
   if (isTerminal_) std::printf("\n");
   if (!isDone) std::printf("  stopped early\n");
@@ -65,6 +66,7 @@ int ShellDisplay::onStopProgress(const Progress& progress) {
 
 // Redrawn in place on a terminal; a line each time elsewhere.
 void ShellDisplay::draw(const Progress& progress) {
+  if (progress.flags & kProgressIsHidden) return;
   const i64 range = i64{progress.maximum} - progress.minimum;
   if (range <= 0 && !isTerminal_) return;  // nobody knows how far it is
   const i64 done = std::clamp<i64>(i64{progress.position} - progress.minimum, 0, std::max<i64>(range, 0));

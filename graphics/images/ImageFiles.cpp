@@ -1,6 +1,6 @@
 #include "graphics/images/ImageFiles_p.h"
 
-#include "core/baselib/system/KernelFile_p.h"
+#include "core/baselib/system/PartFile_p.h"
 
 #include <cstring>
 #include <string>

@@ -2,6 +2,7 @@
 
 #include "core/baselib/system/ApplicationKey_p.h"
 #include "core/baselib/system/FileWindow_p.h"
+#include "core/baselib/system/PartFile_p.h"
 #include "core/baselib/system/RegistryKey_p.h"
 #include "core/baselib/system/UserData_p.h"
 #include "core/baselib/text/StringHash.h"

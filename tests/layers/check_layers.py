@@ -29,7 +29,7 @@ SHARED = """
     core/baselib/memory/MemoryShell_p.h core/baselib/objects/GlobalData_p.h core/baselib/system/ApplicationKey_p.h
     core/baselib/system/FileWindow_p.h core/baselib/system/ForeignCall_p.h core/baselib/system/ProcessEnd_p.h
     core/baselib/system/KernelFile_p.h core/baselib/system/NativeSection_p.h core/baselib/system/OwningHandle_p.h core/baselib/system/UserData_p.h
-    core/baselib/system/RegistryKey_p.h core/baselib/text/LatelyFound_p.h core/baselib/text/NameTable_p.h
+    core/baselib/system/PartFile_p.h core/baselib/system/RegistryKey_p.h core/baselib/text/LatelyFound_p.h core/baselib/text/NameTable_p.h
     core/settings/BSettings_p.h core/settings/SettingsRegistry_p.h core/suppliers/InternetAgent_p.h core/suppliers/KFileSupplier_p.h
     core/suppliers/KHTTPSupplier_p.h core/suppliers/KIStreamSupplier_p.h core/xml/Attributes_p.h
     graphics/contexts/MemoryContexts_p.h graphics/creators/QuillCreators_p.h graphics/fonts/FMFontMachine_p.h

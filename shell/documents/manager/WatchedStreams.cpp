@@ -10,20 +10,24 @@ namespace {
 
 constexpr u32 kSmallestStep = 64 * 1024;
 constexpr u32 kSteps = 128;
+constexpr u32 kShort = 512 * 1024;
 
 }  // namespace
 
 ShownProgress::ShownProgress(IShell& shell, u32 maximum)
-    : shell_(shell), id_(shell.newProgressId()), maximum_(maximum == IBStream::kUnknownSize ? 0 : maximum) {
+    : shell_(shell),
+      id_(shell.newProgressId()),
+      maximum_(maximum == IBStream::kUnknownSize ? 0 : maximum),
+      flags_(kProgressCanStop | (maximum && maximum < kShort ? kProgressIsHidden : 0)) {
   step_ = std::max(maximum_ / kSteps, kSmallestStep);
   shift_ = maximum_ > 0x7FFFFFFF ? 1 : 0;
-  shell_.startProgress(id_, 0, static_cast<i32>(maximum_ >> shift_), 0, kProgressCanStop);
+  shell_.startProgress(id_, 0, static_cast<i32>(maximum_ >> shift_), 0, flags_);
 }
 
 ShownProgress::~ShownProgress() {
   callForeign(codeOf(&shell_), L"IShell", [&] {
     const i32 end = static_cast<i32>((maximum_ ? maximum_ : shown_) >> shift_);
-    return shell_.stopProgress(id_, 0, static_cast<i32>(maximum_ >> shift_), end, kProgressCanStop);
+    return shell_.stopProgress(id_, 0, static_cast<i32>(maximum_ >> shift_), end, flags_);
   });
 }
 
@@ -32,7 +36,7 @@ bool ShownProgress::goTo(u32 position) {
   shown_ = position;
   const i32 maximum = static_cast<i32>(maximum_ >> shift_);
   const i32 now = static_cast<i32>(std::min(position, 0x7FFFFFFFu << shift_) >> shift_);
-  isStopped_ = shell_.changeProgress(id_, 0, maximum, now, kProgressCanStop) == notify::kStop;
+  isStopped_ = shell_.changeProgress(id_, 0, maximum, now, flags_) == notify::kStop;
   return !isStopped_;
 }
 

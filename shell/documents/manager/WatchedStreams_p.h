@@ -12,7 +12,7 @@ class IShell;
 // A progress of the shell, from the first step to the end of the object.
 class ShownProgress {
  public:
-  // `maximum` 0: the end is not known.
+  // `maximum` 0: the end is not known. What is short is hidden.
   ShownProgress(IShell& shell, u32 maximum);
   ~ShownProgress();
   ShownProgress(const ShownProgress&) = delete;
@@ -26,6 +26,7 @@ class ShownProgress {
   IShell& shell_;
   const i32 id_;
   const u32 maximum_;
+  const i32 flags_;
   u32 step_;
   u32 shift_ = 0;  // positions have 32 bits, what is shown 31
   u32 shown_ = 0;
