@@ -46,19 +46,14 @@ bool hasZeros(std::string_view bytes, std::size_t first) noexcept {
   return others == 0 && zeros > 0 && zeros * 4 >= std::min(bytes.size(), kLooked);
 }
 
-template <class String>
-bool convert(std::string_view bytes, UINT codePage, String& units) {
+// In one pass: no encoding has more units than bytes.
+bool convert(std::string_view bytes, UINT codePage, TextUnits& units) {
   const auto size = static_cast<int>(bytes.size());
   if (!size) return true;
-  const int count = MultiByteToWideChar(codePage, MB_ERR_INVALID_CHARS, bytes.data(), size, nullptr, 0);
-  if (count <= 0) return false;
-  units.resize(static_cast<std::size_t>(count));
-  return MultiByteToWideChar(codePage, MB_ERR_INVALID_CHARS, bytes.data(), size, units.data(), count) == count;
-}
-
-bool isUtf8(std::string_view bytes) noexcept {
-  return bytes.empty() || MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, bytes.data(),
-                                              static_cast<int>(bytes.size()), nullptr, 0) > 0;
+  units.resize(bytes.size());
+  const int count = MultiByteToWideChar(codePage, MB_ERR_INVALID_CHARS, bytes.data(), size, units.data(), size);
+  units.resize(static_cast<std::size_t>(std::max(count, 0)));
+  return count > 0;
 }
 
 std::string_view markOf(i32 encoding) noexcept {
@@ -78,20 +73,19 @@ i32 encodingOf(std::string_view bytes) noexcept {
   if (bytes.starts_with(kBigMark)) return ITextEditor::kUtf16BigMarked;
   if (hasZeros(bytes, 1)) return ITextEditor::kUtf16Little;
   if (hasZeros(bytes, 0)) return ITextEditor::kUtf16Big;
-  return isUtf8(bytes) ? ITextEditor::kUtf8 : ITextEditor::kAnsi;
+  return ITextEditor::kUtf8;
 }
 
 void appendLines(std::wstring_view raw, TextUnits& text, LineEnds& ends) {
   text.reserve(text.size() + raw.size());
-  for (std::size_t at = 0; at < raw.size();) {
-    const std::size_t end = std::min(raw.find_first_of(L"\r\n", at), raw.size());
-    text.append(raw.substr(at, end - at));
-    at = end;
-    if (at == raw.size()) break;
-    const bool isPair = raw[at] == L'\r' && at + 1 < raw.size() && raw[at + 1] == L'\n';
-    ends.push_back(static_cast<u8>(isPair             ? ITextEditor::kCrLf
-                                   : raw[at] == L'\r' ? ITextEditor::kCr
-                                                      : ITextEditor::kLf));
+  const wchar_t* at = raw.data();
+  const wchar_t* const end = at + raw.size();
+  for (const wchar_t* start = at;; start = at) {
+    while (at != end && *at != L'\n' && *at != L'\r') ++at;
+    text.append(start, at);
+    if (at == end) return;
+    const bool isPair = *at == L'\r' && at + 1 != end && at[1] == L'\n';
+    ends.push_back(static_cast<u8>(isPair ? ITextEditor::kCrLf : *at == L'\r' ? ITextEditor::kCr : ITextEditor::kLf));
     text += L'\n';
     at += isPair ? 2 : 1;
   }

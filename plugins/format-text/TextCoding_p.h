@@ -13,7 +13,7 @@ using TextUnits = std::basic_string<wchar_t, std::char_traits<wchar_t>, HeapAllo
 using Bytes = std::basic_string<char, std::char_traits<char>, HeapAllocator<char>>;
 using LineEnds = std::vector<u8, HeapAllocator<u8>>;  // of each line but the last, as in ITextEditor
 
-// The encoding of a file (ITextEditor::Encoding): by its mark, by where its zeros are, by whether it is UTF-8.
+// The encoding of a file (ITextEditor::Encoding) by its mark, or by where its zeros are; else UTF-8 to be tried.
 i32 encodingOf(std::string_view bytes) noexcept;
 
 // Null, or why it is no text, a sentence; `text` and `ends` are filled then as far as it went.

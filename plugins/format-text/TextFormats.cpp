@@ -45,14 +45,22 @@ class TextFormat : public BSmartObject, public IDocFormat {
   IBSmartObject* readDocument(IBStream* stream, IBReport* report) override {
     BInputStream* const from = query<BInputStream>(stream);
     const auto bytes = make<BMemoryOutputStream>(kMostBytes);
-    if (!from || copy(*from, *bytes).end != CopyEnd::Done) {
+    const u32 size = stream->size();
+    if (size <= kMostBytes && bytes->setSize(size)) bytes->seek(0);  // room for all of it at once
+    const bool isRead = from && copy(*from, *bytes).end == CopyEnd::Done;
+    if (!isRead || !bytes->setSize(bytes->getPosition())) {
       report->addLine((name() + std::wstring(L": it is too large")).c_str());
       return nullptr;
     }
     const std::string_view content(reinterpret_cast<const char*>(bytes->data()), bytes->size());
-    const i32 encoding = encodingOf(content);
+    i32 encoding = encodingOf(content);
     TextPiece piece;
-    if (const wchar_t* const why = decodeText(content, encoding, piece.text, piece.ends)) {
+    const wchar_t* why = decodeText(content, encoding, piece.text, piece.ends);
+    if (why && encoding == ITextEditor::kUtf8 && content.find('\0') == content.npos) {
+      encoding = ITextEditor::kAnsi;
+      why = decodeText(content, encoding, piece.text, piece.ends);
+    }
+    if (why) {
       report->addLine((name() + std::wstring(L": ") + why).c_str());
       return nullptr;
     }

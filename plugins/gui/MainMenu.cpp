@@ -97,6 +97,8 @@ bool MainMenu::opens(HMENU menu, const wchar_t* words) {
 }
 
 void MainMenu::fill(HMENU menu, const IMenuItem& from, const wchar_t* words) {
+  const windows::Translation texts;
+  std::unordered_map<std::wstring_view, ActionLook> looks;  // of this moment
   const IMenuItem* before = nullptr;
   for (i32 i = 0; i < from.childCount(); ++i) {
     const IMenuItem& item = *from.childAt(i);
@@ -106,12 +108,14 @@ void MainMenu::fill(HMENU menu, const IMenuItem& from, const wchar_t* words) {
     if (item.childCount() != 0) {
       const HMENU popup = CreatePopupMenu();
       popups_[popup] = &item;
-      AppendMenuW(menu, MF_POPUP | MF_STRING, reinterpret_cast<UINT_PTR>(popup), shownText(item));
+      AppendMenuW(menu, MF_POPUP | MF_STRING, reinterpret_cast<UINT_PTR>(popup), texts.of(item.text(), kName));
     } else if (std::wstring_view(item.actionName()).substr(0, kListPrefix.size()) == kListPrefix) {
       appendList(menu, item);
     } else if (const auto known = numbers_.find(&item); known != numbers_.end()) {
-      const ActionLook look = lookOf(item.actionName());
-      std::wstring text = look.text.empty() ? shownText(item) : look.text;
+      const auto [found, isNew] = looks.try_emplace(item.actionName());
+      if (isNew) found->second = lookOf(item.actionName());
+      const ActionLook& look = found->second;
+      std::wstring text = look.text.empty() ? texts.of(item.text(), kName) : look.text;
       if (*item.key()) text += std::wstring(L"\t") + item.key();
       AppendMenuW(menu, flagsOf(look), known->second, text.c_str());
     }

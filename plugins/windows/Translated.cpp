@@ -5,10 +5,16 @@
 
 namespace corvix::windows {
 
-const wchar_t* translated(const wchar_t* text, const wchar_t* context) {
-  const auto translator = createObject<IBTranslator>(*IShell::getInstance()->pluginManager(), L"IBTranslator.Instance");
-  if (!translator) return text;  // its texts are good for longer than this reference
-  return context ? translator->translateIn(context, text) : translator->translate(text);
+Translation::Translation()
+    : translator_(createObject<IBTranslator>(*IShell::getInstance()->pluginManager(), L"IBTranslator.Instance")) {}
+
+Translation::~Translation() = default;
+
+const wchar_t* Translation::of(const wchar_t* text, const wchar_t* context) const {
+  if (!translator_) return text;  // its texts are good for longer than this reference
+  return context ? translator_->translateIn(context, text) : translator_->translate(text);
 }
+
+const wchar_t* translated(const wchar_t* text, const wchar_t* context) { return Translation().of(text, context); }
 
 }  // namespace corvix::windows

@@ -69,7 +69,8 @@ class IDocManager : public IBTransportable {
   virtual const wchar_t* recentAt(i32 index) = 0;
   virtual void forgetRecent(const wchar_t* location) = 0;  // null: all
 
-  // What the operation that ended last had to say: empty when it went well. Good until the next one ends.
+  // What the operation that ended last had to say: empty when it went well and nothing was left out. Good until the
+  // next one ends.
   virtual IBReport* report() noexcept = 0;
 
   // Who asks instead of message boxes, and in a program without a user, too; null: nobody. Stops before it goes.

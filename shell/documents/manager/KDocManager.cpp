@@ -2,7 +2,6 @@
 
 #include "core/baselib/streams/BufferedOutputStream.h"
 #include "core/baselib/streams/ChunkInputStream.h"
-#include "core/baselib/system/KernelFile_p.h"
 #include "core/baselib/system/Log.h"
 #include "core/baselib/system/PartFile_p.h"
 #include "shell/GlobalEvent.h"
@@ -13,6 +12,8 @@
 #include "shell/history/StateHistory.h"
 
 #include <algorithm>
+
+#include <windows.h>
 
 namespace corvix {
 
@@ -267,6 +268,7 @@ IDocument* KDocManager::openDocument(const wchar_t* location) {
     for (i32 i = 0; i < reasons->lineCount(); ++i) operation.report().addLine(reasons->lineAt(i));
     return nullptr;
   }
+  if (Row* const row = findFile(place)) return row->document.get();  // somebody was faster, while progress was shown
   IDocument* const open = list(document, place, state);
   try {
     recent_.add(place.location);

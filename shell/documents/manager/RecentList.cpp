@@ -59,6 +59,7 @@ const wchar_t* RecentList::at(i32 index) {
 }
 
 void RecentList::add(const std::wstring& location) {
+  if (isRead_ && !locations_.empty() && locations_.front().view() == location) return;
   WideString first(location);
   read();
   if (!locations_.empty() && locations_.front() == first) return;

@@ -146,7 +146,7 @@ TEST_F(DocManagerTest, AsksWhoIsLikelyBeforeOthersAndMakesNobodyElse) {
       {L"y.bb", "text", "b!", L"DocFormat.B"},
       {L"x.d", "\x04", "de!", L"DocFormat.E"},     // D is not sure at all
       {L"x.bb.q", "text", "ce!", L"DocFormat.E"},  // the rest: E is surer than C
-      {L"x.a", "AA bad", "a!ce!!", nullptr},
+      {L"x.a", "AA bad\x01", "a!ce!!", nullptr},
       {L"x.f", "f", "f!ce!", L"DocFormat.E"},  // it throws
       {L"x.u", "text", "made gone ce!", L"DocFormat.E"},
       {L"x.w", "AAAAA", "a!", L"DocFormat.A"},  // W only writes
@@ -161,11 +161,10 @@ TEST_F(DocManagerTest, AsksWhoIsLikelyBeforeOthersAndMakesNobodyElse) {
     EXPECT_EQ(journal(), row.made);
     ASSERT_EQ(document != nullptr, row.by != nullptr) << report();
     if (!document) {
-      EXPECT_NE(report().find("x.a\" cannot be opened.\nUseless: it neither begins nor is called as such files are\nB: "
-                              "it neither begins"),
-                std::string::npos);
-      EXPECT_NE(report().find("\nA: it is bad\nE: it cannot read it\nPlain C: it cannot"), std::string::npos)
-          << report();
+      for (const char* const line :
+           {"x.a\" cannot be opened.\nUseless: it neither begins nor is called as such files are\n",
+            "\nB: it neither begins", "\nA: it is bad\n", "\nE: it cannot read it\n", "\nPlain C: it cannot"})
+        EXPECT_NE(report().find(line), std::string::npos) << report();
       continue;
     }
     EXPECT_STREQ(document->formatName(), row.by);
@@ -464,19 +463,23 @@ TEST_F(DocManagerTest, KeepsTheLatestInTheRegistryWhateverElseIsThere) {
 
 TEST_F(DocManagerTest, OffersFiltersWithoutMakingAFormat) {
   journal().clear();
+  // Those of the product are there, too.
   const auto all = [&](bool forWriting) {
     const auto filters = Ref<IBCollection>::adopt(manager.dialogFilters(forWriting));
     std::string text;
     for (i32 i = 0; i < filters->count(); ++i) {
       const IFileFilter& one = *query<IFileFilter>(filters->item(i));
-      text += narrow(one.description()) + '|' + narrow(one.pattern()) + '|' + narrow(one.formatName()) + '\n';
+      const std::string format = narrow(one.formatName());
+      if (format.empty() || format.size() == 11 || format.ends_with("Useless"))
+        text += narrow(one.description()) + '|' + narrow(one.pattern()) + '|' + format + '\n';
     }
     EXPECT_FALSE(filters->item(-1) || filters->item(filters->count()));
     return text;
   };
   EXPECT_EQ(all(true),
             "Useless|*.u|DocFormat.Useless\nA|*.a|DocFormat.A\nB|*.b; ?.bb|DocFormat.B\nW|*.w|DocFormat.W\n");
-  EXPECT_TRUE(all(false).starts_with("All documents|*.u;*.a;*.b; ?.bb;*.C;*.d;*.d;*.f|\nUseless|"));
+  EXPECT_TRUE(all(false).starts_with("All documents|*.u;"));
+  EXPECT_NE(all(false).find("*.a;*.b; ?.bb;*.C;*.d;*.d;*.f|\nUseless|"), std::string::npos);
   EXPECT_TRUE(all(false).ends_with("\nF|*.f|DocFormat.F\nAll files|*.*|\n"));
   EXPECT_EQ(journal(), "");
 }
