@@ -1,7 +1,7 @@
 // BNotifySender: a list of listeners in ascending priority that stays right while listeners change it.
 //
-// The sender holds no references: a listener removes itself before it goes. Changes, the beginning of a delivery and its
-// steps once the list has changed run under the lock of `dataCSProc`, handlers run outside it. [any thread]
+// The sender holds no references: a listener removes itself before it goes. Changes, the beginning of a delivery and
+// its steps once the list has changed run under the lock of `dataCSProc`, handlers run outside it. [any thread]
 #pragma once
 
 #include "core/baselib/objects/Transportable.h"
