@@ -60,7 +60,9 @@ class FileCheck {
 
   FileReport run() {
     if (const auto fault = image_.fault()) {
-      add(fault->rule, fault->detail);
+      const bool hasTool = image_.isForX86() && std::string_view(fault->rule) == "other-machine";
+      add(fault->rule,
+          fault->detail + (hasTool ? " A corvix.exe of its word size can check it: that of 64 bits is in x64." : ""));
       return std::move(report_);
     }
     checkDescriptor();

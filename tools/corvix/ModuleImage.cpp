@@ -98,11 +98,8 @@ std::optional<ModuleImage::Fault> ModuleImage::examine() {
   std::optional<Fault> fault;
   if (file.Machine == kMachineX86) fault = readHeaders<IMAGE_OPTIONAL_HEADER32>(optionalAt, file);
   if (file.Machine == kMachineX64) fault = readHeaders<IMAGE_OPTIONAL_HEADER64>(optionalAt, file);
-  if (file.Machine == kOwnMachine) return fault;
-  const bool isX86 = file.Machine == kMachineX86 || file.Machine == kMachineX64;
-  return Fault{"other-machine",
-               utf8(whyOtherMachine(file.Machine)) +
-                   (isX86 ? " A corvix.exe of its word size can check it: that of 64 bits is in x64." : "")};
+  isForX86_ = file.Machine == kMachineX86 || file.Machine == kMachineX64;
+  return file.Machine == kOwnMachine ? fault : Fault{"other-machine", utf8(whyOtherMachine(file.Machine))};
 }
 
 template <class OptionalHeader>

@@ -30,6 +30,7 @@ class ModuleImage {
   bool open(const std::wstring& path);
 
   const std::optional<Fault>& fault() const { return fault_; }
+  bool isForX86() const { return isForX86_; }  // of either word size
 
   const std::vector<Import>& imports() const { return imports_; }
   const std::set<std::string>& exports() const { return exports_; }
@@ -78,6 +79,7 @@ class ModuleImage {
   std::set<std::string> exports_;
   std::optional<std::string> descriptor_;
   std::string buildIdentifier_;
+  bool isForX86_ = false;
   bool hasVersion_ = false;
   bool hasSymbols_ = false;
 };
