@@ -1,4 +1,5 @@
 // Draws scenes through IAGDC:  corvix-pictures SCENES FOLDER
+//                               corvix-pictures --glyphs FONT COUNT SHEET.png
 //
 // FOLDER gets NAME.gdi.png, NAME.gdiplus.png and NAME.smooth.png, and none for a kind that refuses the scene.
 #include "core/baselib/objects/Ref.h"
@@ -8,10 +9,12 @@
 #include "graphics/Shading.h"
 #include "graphics/Stencils.h"
 #include "graphics/fonts/FontFinder.h"
+#include "graphics/fonts/FontProgram.h"
 #include "graphics/text/Text.h"
 #include "shell/Shell.h"
 #include "tests/pictures/Scene.h"
 
+#include <algorithm>
 #include <fstream>
 #include <iterator>
 #include <map>
@@ -146,9 +149,41 @@ struct Kind {
 constexpr Kind kKinds[] = {
     {"gdi", L"AGDC.Memory", 0}, {"gdiplus", L"AGDC.Memory", capability::kGdiPlus}, {"smooth", L"AGDC.SmoothMemory", 0}};
 
+bool save(IAGDC& page, i32 width, i32 height, const std::string& path) {
+  const auto image = Ref<IAGImage>::adopt(page.createImage(width, height, ColorModel::Rgb, 0));
+  const std::wstring wide(path.begin(), path.end());
+  return image && image->captureFrom(page, 0, 0) && image->saveFile(wide.c_str(), ImageFile::Png);
+}
+
+// A contact sheet of a font's glyphs, by the smooth context.
+int drawGlyphSheet(const std::string& path, u32 most, const std::string& sheet) {
+  constexpr i32 kAcross = 50;
+  constexpr i32 kCell = 22;
+  IFMFont* const font = fontOf(path);
+  auto* const program = query<IFMFontProgram>(font);
+  if (!program) return 1;
+  const u32 glyphs = std::min(most, program->glyphCount());
+  const i32 height = kCell * static_cast<i32>((glyphs + kAcross - 1) / kAcross);
+  const auto creator = createObject<IAGDCCreator>(manager(), L"AGDC.SmoothMemory");
+  const auto page = Ref<IAGDC>::adopt(creator->create(0, 0, nullptr, kAcross * kCell, height));
+  page->setFillColor(kBlack);
+  u32 refused = 0;
+  for (u32 glyph = 0; glyph < glyphs; ++glyph) {
+    const GlyphPlace place = {glyph, 0, 0};
+    const Matrix at = Matrix::translation(static_cast<i32>(glyph % kAcross) * kCell + 3.0,
+                                          static_cast<i32>(glyph / kAcross) * kCell + 16.0);
+    if (!drawGlyphs(*page, *font, 15, at, &place, 1)) ++refused;
+  }
+  std::printf("%u glyphs, %u refused\n", glyphs, refused);
+  return save(*page, kAcross * kCell, height, sheet) && !refused ? 0 : 1;
+}
+
 }  // namespace
 
 int main(int count, char** arguments) {
+  if (count == 5 && std::string(arguments[1]) == "--glyphs") {
+    return drawGlyphSheet(arguments[2], static_cast<u32>(std::strtoul(arguments[3], nullptr, 10)), arguments[4]);
+  }
   if (count != 3) return 2;
   std::ifstream file(arguments[1]);
   manager();
@@ -165,10 +200,8 @@ int main(int count, char** arguments) {
         continue;
       }
       page->resetClip();
-      const auto image = Ref<IAGImage>::adopt(page->createImage(kWidth, kHeight, ColorModel::Rgb, 0));
       const std::string path = std::string(arguments[2]) + "/" + scene.name + "." + kind.name + ".png";
-      const std::wstring wide(path.begin(), path.end());
-      if (!image || !image->captureFrom(*page, 0, 0) || !image->saveFile(wide.c_str(), ImageFile::Png)) return 1;
+      if (!save(*page, kWidth, kHeight, path)) return 1;
     }
   }
   return 0;
