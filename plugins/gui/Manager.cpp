@@ -20,6 +20,7 @@ namespace {
 Manager* manager = nullptr;
 
 constexpr UINT_PTR kTargets = 0x43565854;
+constexpr wchar_t kTargetsProperty[] = L"CorvixMessageTargets";
 
 // Targets of a window, the last one added first. They go with the window, whose subclass they are.
 struct Targets {
@@ -32,6 +33,7 @@ LRESULT CALLBACK targetsProcedure(HWND window, UINT message, WPARAM wparam, LPAR
   auto* const targets = reinterpret_cast<Targets*>(data);
   if (message == WM_NCDESTROY) {
     RemoveWindowSubclass(window, &targetsProcedure, kTargets);
+    RemovePropW(window, kTargetsProperty);
     targets->isGone = true;
     if (targets->depth == 0) delete targets;
     return DefSubclassProc(window, message, wparam, lparam);
@@ -57,10 +59,8 @@ LRESULT CALLBACK targetsProcedure(HWND window, UINT message, WPARAM wparam, LPAR
   return isTaken ? static_cast<LRESULT>(result) : DefSubclassProc(window, message, wparam, lparam);
 }
 
-Targets* targetsOf(HWND window) {
-  DWORD_PTR data = 0;
-  return GetWindowSubclass(window, &targetsProcedure, kTargets, &data) ? reinterpret_cast<Targets*>(data) : nullptr;
-}
+// MinGW-w64 knows no GetWindowSubclass for 64 bits.
+Targets* targetsOf(HWND window) { return static_cast<Targets*>(GetPropW(window, kTargetsProperty)); }
 
 bool isInput(UINT message) {
   return (message >= WM_KEYFIRST && message <= WM_KEYLAST) || message == WM_LBUTTONUP || message == WM_RBUTTONUP ||
@@ -184,7 +184,11 @@ bool Manager::addMessageTarget(void* window, IMsgTarget* target) {
   Targets* targets = targetsOf(handle);
   if (!targets) {
     auto made = std::make_unique<Targets>();
-    if (!SetWindowSubclass(handle, &targetsProcedure, kTargets, reinterpret_cast<DWORD_PTR>(made.get()))) return false;
+    if (!SetPropW(handle, kTargetsProperty, made.get())) return false;
+    if (!SetWindowSubclass(handle, &targetsProcedure, kTargets, reinterpret_cast<DWORD_PTR>(made.get()))) {
+      RemovePropW(handle, kTargetsProperty);
+      return false;
+    }
     targets = made.release();
   }
   if (std::find(targets->all.begin(), targets->all.end(), target) != targets->all.end()) return false;
@@ -197,6 +201,7 @@ bool Manager::removeMessageTarget(void* window, IMsgTarget* target) {
   if (!targets || std::erase(targets->all, target) == 0) return false;
   if (targets->all.empty() && targets->depth == 0) {
     RemoveWindowSubclass(static_cast<HWND>(window), &targetsProcedure, kTargets);
+    RemovePropW(static_cast<HWND>(window), kTargetsProperty);
     delete targets;
   }
   return true;
