@@ -4,6 +4,8 @@
 #include "core/baselib/objects/Ref.h"
 #include "graphics/quality/Quality_p.h"
 
+#include <cstring>
+
 namespace corvix {
 
 namespace {
@@ -149,12 +151,10 @@ bool DrawingContext::reduceOut(const ImageView& view, const Matrix& placed, cons
     const i32 right = std::min(part.right, whole.right);
     if (y < part.top || y >= part.bottom || left >= right) return;
     u8* to = place.row(y) + 3 * (left - part.left);
-    const Color* const end = colors + (right - whole.left);
-    for (colors += left - whole.left; colors != end; ++colors) {
-      *to++ = static_cast<u8>(blueOf(*colors));
-      *to++ = static_cast<u8>(greenOf(*colors));
-      *to++ = static_cast<u8>(redOf(*colors));
-    }
+    const Color* const last = colors + (right - whole.left) - 1;
+    for (colors += left - whole.left; colors != last; ++colors, to += 3)
+      std::memcpy(to, colors, 4);  // the next replaces alpha
+    std::memcpy(to, last, 3);
   });
   return true;
 }

@@ -70,30 +70,37 @@ IFMFont* SystemFontSubstitutor::createFontFor(const FontRequest& request) {
   return nullptr;
 }
 
-i32 SystemFontSubstitutor::familyWith(u32 codePoint) {
+i32 SystemFontSubstitutor::familyWith(u32 codePoint, bool isFixed) {
   const SCriticalSection::Lock lock(lock_);
-  const auto known = familyOf_.find(codePoint);
+  const u32 key = codePoint << 1 | u32{isFixed};
+  const auto known = familyOf_.find(key);
   if (known != familyOf_.end()) return known->second;
   if (families_.empty()) families_ = installedFamilies();
   const auto has = [&](i32 index) {
-    return make<SystemFont>(SystemFont::Face{families_[static_cast<std::size_t>(index)]}, true)->glyphOf(codePoint) !=
-           0;
+    const SystemFont::Face face = {families_[static_cast<std::size_t>(index)].name};
+    return make<SystemFont>(face, true)->glyphOf(codePoint) != 0;
   };
-  i32 found = last_ != kNone && has(last_) ? last_ : kNone;
-  for (i32 i = 0; found == kNone && i < static_cast<i32>(families_.size()); ++i) {
-    if (has(i)) found = i;
-  }
-  if (found != kNone) last_ = found;
+  const auto firstOf = [&](bool isWantedFixed) {
+    for (i32 i = 0; i < static_cast<i32>(families_.size()); ++i) {
+      if (families_[static_cast<std::size_t>(i)].isFixed == isWantedFixed && has(i)) return i;
+    }
+    return kNone;
+  };
+  i32& last = last_[isFixed];
+  i32 found = last != kNone && has(last) ? last : firstOf(isFixed);
+  if (found != kNone) last = found;
+  if (found == kNone) found = firstOf(!isFixed);
   if (familyOf_.size() >= kMostRemembered) familyOf_.clear();
-  familyOf_.emplace(codePoint, found);
+  familyOf_.emplace(key, found);
   return found;
 }
 
 IFMFont* SystemFontSubstitutor::fontWithGlyph(u32 codePoint, IFMFont* like) {
-  const i32 index = familyWith(codePoint);
+  auto* const source = corvix::query<IFMFontSource>(like);
+  const i32 index = familyWith(codePoint, source && source->metrics().isFixedPitch);
   if (index == kNone) return nullptr;
   SystemFont::Face face;
-  face.family = families_[static_cast<std::size_t>(index)];
+  face.family = families_[static_cast<std::size_t>(index)].name;
   if (const auto* const system = corvix::query<SystemFont>(like)) {
     face.weight = system->face().weight;
     face.italic = system->face().italic;

@@ -4,6 +4,7 @@
 #include "core/baselib/system/CriticalSection.h"
 #include "core/baselib/text/WideString.h"
 #include "graphics/fonts/FontFinder.h"
+#include "graphics/fonts/SystemFont_p.h"
 
 #include <unordered_map>
 #include <vector>
@@ -19,18 +20,19 @@ class SystemFontSubstitutor final : public BSmartObject, public IFMFontCreator, 
   IFMFont* createFont(const wchar_t* family) override;
   IFMFont* createFontFor(const FontRequest& request) override;
 
-  // Whichever family has the character, tried in the system's order; what was found is remembered.
+  // Whichever family has the character, tried in the system's order, those of the same kind of pitch first; what was
+  // found is remembered.
   IFMFont* fontWithGlyph(u32 codePoint, IFMFont* like) override;
 
  private:
   static constexpr i32 kNone = -1;
 
-  i32 familyWith(u32 codePoint);
+  i32 familyWith(u32 codePoint, bool isFixed);
 
   SCriticalSection lock_;
-  std::vector<WideString> families_;
-  std::unordered_map<u32, i32> familyOf_;  // by character: a place in families_, or kNone
-  i32 last_ = kNone;
+  std::vector<InstalledFamily> families_;
+  std::unordered_map<u32, i32> familyOf_;  // by character and pitch: a place in families_, or kNone
+  i32 last_[2] = {kNone, kNone};           // of any pitch, of a fixed one
 };
 
 // Any name at all: a family of the same kind stands for it, as wide as the request says where the user's settings ask

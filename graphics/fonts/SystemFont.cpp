@@ -285,11 +285,13 @@ int CALLBACK takeFixed(const LOGFONTW* found, const TEXTMETRICW*, DWORD type, LP
 }
 
 int CALLBACK takeAll(const LOGFONTW* found, const TEXTMETRICW*, DWORD type, LPARAM result) noexcept {
-  auto& families = *reinterpret_cast<std::vector<WideString>*>(result);
+  auto& families = *reinterpret_cast<std::vector<InstalledFamily>*>(result);
   try {
     const bool isNew = std::none_of(families.begin(), families.end(),
-                                    [&](const WideString& one) { return one.view() == found->lfFaceName; });
-    if ((type & TRUETYPE_FONTTYPE) && found->lfFaceName[0] != L'@' && isNew) families.emplace_back(found->lfFaceName);
+                                    [&](const InstalledFamily& one) { return one.name.view() == found->lfFaceName; });
+    if ((type & TRUETYPE_FONTTYPE) && found->lfFaceName[0] != L'@' && isNew) {
+      families.push_back({WideString(found->lfFaceName), (found->lfPitchAndFamily & 3) == FIXED_PITCH});
+    }
     return families.size() < kMostFamilies;
   } catch (const std::bad_alloc&) {
     return 0;
@@ -330,8 +332,8 @@ WideString anyFixedFamily() {
   return WideString(ask(any, takeFixed).lfFaceName);
 }
 
-std::vector<WideString> installedFamilies() {
-  std::vector<WideString> families;
+std::vector<InstalledFamily> installedFamilies() {
+  std::vector<InstalledFamily> families;
   LOGFONTW any{};
   any.lfCharSet = DEFAULT_CHARSET;
   const gdi::MemoryDevice device(CreateCompatibleDC(nullptr));

@@ -63,7 +63,11 @@ WideString firstInstalled(const wchar_t* families);
 // Some family with a fixed pitch; empty when the system has none.
 WideString anyFixedFamily();
 
+struct InstalledFamily {
+  WideString name;
+  bool isFixed;
+};
 // All families that can be drawn with, at most 1,000, each once.
-std::vector<WideString> installedFamilies();
+std::vector<InstalledFamily> installedFamilies();
 
 }  // namespace corvix

@@ -83,7 +83,7 @@ bool AGImage::freeze() {
 }
 
 void AGImage::thaw() noexcept {
-  if (finished_) imageCopies().drop(std::exchange(finished_, 0));
+  if (finished_) dropImageCopies(std::exchange(finished_, 0));
 }
 
 bool AGImage::setPalette(const Color* colors, i32 count) noexcept {

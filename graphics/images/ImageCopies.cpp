@@ -1,12 +1,15 @@
 #include "graphics/images/ImageCopies_p.h"
 
 #include <algorithm>
+#include <atomic>
 
 namespace corvix {
 
 namespace {
 
 constexpr std::size_t kEntryBytes = 256;  // what an entry costs besides its pixels
+
+constinit std::atomic<ImageCopies*> made = nullptr;
 
 }  // namespace
 
@@ -103,8 +106,12 @@ bool ImageCopies::hibernate(bool) {
 }
 
 ImageCopies& imageCopies() {
-  static ImageCopies* const copies = new ImageCopies;
+  static ImageCopies* const copies = made = new ImageCopies;
   return *copies;
+}
+
+void dropImageCopies(u32 image) noexcept {
+  if (ImageCopies* const copies = made) copies->drop(image);
 }
 
 }  // namespace corvix

@@ -35,7 +35,6 @@ class ImageCopies final : public BHibernatable {
     return partOf(std::move(copy), view, seen);
   }
 
-  // Of an image that goes or thaws.
   void drop(u32 image) noexcept;
 
   bool hibernate(bool argument) override;
@@ -72,7 +71,10 @@ class ImageCopies final : public BHibernatable {
   std::size_t sizeBytes_ = 0;
 };
 
-// The one of the process.
+// The one of the process. Throws std::bad_alloc.
 ImageCopies& imageCopies();
+
+// Of an image that goes or thaws.
+void dropImageCopies(u32 image) noexcept;
 
 }  // namespace corvix

@@ -167,6 +167,12 @@ TEST(FMFontMachine, KeepsFixedFontsFixed) {
   unknown.traits = font_trait::kFixed;
   const auto font = Ref<IFMFont>::adopt(FMFontMachine::shared()->createFontFor(unknown));
   EXPECT_TRUE(query<IFMFontSource>(font.get())->metrics().isFixedPitch);
+  // A character that is taken from another font comes from one of the same kind of pitch.
+  for (const bool isFixed : {true, false}) {
+    const auto like = Ref<IFMFont>::adopt(FMFontMachine::shared()->createFont(isFixed ? L"Courier" : L"Helvetica"));
+    const auto other = Ref<IFMFont>::adopt(FMFontMachine::shared()->fontWithGlyph(0x42F, like.get()));
+    EXPECT_EQ(query<IFMFontSource>(other.get())->metrics().isFixedPitch, isFixed);
+  }
 }
 
 TEST(FMFontMachine, StretchesToTheWidthsThatWereAskedFor) {

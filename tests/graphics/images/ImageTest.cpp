@@ -417,6 +417,48 @@ TEST(Image, PartsOfLargeImagesAreThoseOfTheWhole) {
   quality().imageStretch = static_cast<i32>(StretchMode::Normal);
 }
 
+// Large images, and text, go straight into a page's own bitmap, unless the clip is no rectangle: the same pixels.
+TEST(Image, LargeOnesAreTheSameThroughTheSystem) {
+  struct Row {
+    const char* name;
+    i32 width;
+    i32 height;
+    double x;
+    Box clip;
+  };
+  const Row rows[] = {{"as large", 600, 500, -20, {0, 0, 400, 300}},
+                      {"made smaller", 390, 290, 5, {0, 0, 400, 300}},
+                      {"made smaller, of fractions", 371, 283, 3, {20, 30, 333, 250}},
+                      {"a part of it", 600, 500, -100, {50, 60, 200, 160}}};
+  for (const Through through : kBoth) {
+    for (const ColorModel model : {ColorModel::Gray, ColorModel::Rgb, ColorModel::Cmyk, ColorModel::Argb}) {
+      const Ref<IAGDC> pages[] = {makePage(through, 400, 300), makePage(through, 400, 300)};
+      const auto image = gradient(*pages[0], model, 0, 600, 500);
+      for (const Row& row : rows) {
+        for (const Ref<IAGDC>& page : pages) {
+          page->clear();
+          page->setOrigin(7, -4);
+          page->saveClip();
+          page->clipRect(row.clip.left, row.clip.top, row.clip.right - row.clip.left, row.clip.bottom - row.clip.top);
+          if (page == pages[1]) page->excludeRect(row.clip.left + 60, row.clip.top + 70, 1, 1);
+          EXPECT_TRUE(page->drawImage(image.get(), row.x, -2, row.width, row.height));
+          page->restoreClip();
+          page->setOrigin(0, 0);
+        }
+        int different = 0;
+        int painted = 0;
+        for (i32 i = 0; i < 400 * 300; ++i) {
+          const Color color = pixelOf(*pages[0], i % 400, i / 400);
+          different += color != pixelOf(*pages[1], i % 400, i / 400);
+          painted += color != kWhite;
+        }
+        EXPECT_LE(different, 1) << nameOf(through) << ' ' << row.name << static_cast<int>(model);
+        EXPECT_GT(painted, 10000) << nameOf(through) << ' ' << row.name << static_cast<int>(model);
+      }
+    }
+  }
+}
+
 // Only what is seen counts against the limit; more than that is made smaller.
 TEST(Image, LargestSizeCountsWhatIsSeen) {
   for (const Through through : kBoth) {
