@@ -146,11 +146,12 @@ bool TextDocument::isInsideCharacter(u32 position) const noexcept {
 
 void TextDocument::exchange(u32 from, u32 count, TextPiece& piece) {
   const u32 first = lineOf(from), last = lineOf(from + count);
+  const auto firstAt = static_cast<std::ptrdiff_t>(first), lastAt = static_cast<std::ptrdiff_t>(last);
   const auto inserted = static_cast<u32>(piece.text.size());
   const auto moreLines = static_cast<std::ptrdiff_t>(piece.ends.size()) - static_cast<std::ptrdiff_t>(last - first);
   TextPiece was;
   was.text = text_.substr(from, count);
-  was.ends.assign(ends_.begin() + first, ends_.begin() + last);
+  was.ends.assign(ends_.data() + first, ends_.data() + last);
   decltype(starts_) starts;
   starts.reserve(piece.ends.size());
   for (std::size_t at = 0; (at = piece.text.find(L'\n', at)) != piece.text.npos;)
@@ -162,8 +163,8 @@ void TextDocument::exchange(u32 from, u32 count, TextPiece& piece) {
   }
   // Nothing is asked for from here on.
   text_.replace(from, count, piece.text);
-  ends_.insert(ends_.erase(ends_.begin() + first, ends_.begin() + last), piece.ends.begin(), piece.ends.end());
-  auto rest = starts_.erase(starts_.begin() + first + 1, starts_.begin() + last + 1);
+  ends_.insert(ends_.erase(ends_.begin() + firstAt, ends_.begin() + lastAt), piece.ends.begin(), piece.ends.end());
+  auto rest = starts_.erase(starts_.begin() + firstAt + 1, starts_.begin() + lastAt + 1);
   rest = starts_.insert(rest, starts.begin(), starts.end()) + static_cast<std::ptrdiff_t>(starts.size());
   for (; rest != starts_.end(); ++rest) *rest += inserted - count;
   piece = std::move(was);
