@@ -8,7 +8,8 @@ namespace corvix {
 
 class OffscreenBitmap {
  public:
-  // A fraction of a pixel takes a whole one. Empty when either is 0, no number, or more than the system has.
+  // A fraction of a pixel takes a whole one. Empty when either is 0, no number, more than the system has, or
+  // both together 2 GiB.
   bool create(double width, double height, i32 bitsPerPixel = 24) noexcept;
   void reset() noexcept;
 
