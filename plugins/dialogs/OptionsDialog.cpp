@@ -342,8 +342,9 @@ class OptionsDialog final : public BSmartObject, public IDialog, private ModalDi
   void complain(const Option& option, const std::wstring& wanted) {
     TreeView_SelectItem(tree_, items_[option.setting.folder]);
     if (shown_ != option.setting.folder) turnTo(option.setting.folder);
-    const std::wstring text = xmlbinc::harmless(option.setting.label, kLongest) + L" takes " + wanted + L".";
-    MessageBoxW(window(), text.c_str(), L"Options", MB_OK | MB_ICONWARNING);
+    const std::wstring label = xmlbinc::harmless(translated(option.setting.label), kLongest);
+    const std::wstring text = sentence(L"%1 takes %2.", {label, translated(wanted)});
+    MessageBoxW(window(), text.c_str(), translated(L"Options"), MB_OK | MB_ICONWARNING);
     page_.focus(&option);
   }
 
