@@ -51,6 +51,8 @@ class AboutDialog final : public BSmartObject, public IDialog, private ModalDial
     addButton(L"OK", IDOK);
   }
 
+  void adopt() override { list_.adopt(look()); }
+
   void place(RECT area) override {
     const int icon = look().scaled(44), head = look().scaled(44);
     MoveWindow(icon_, area.left, area.top, icon, head, TRUE);

@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <map>
+#include <memory>
 
 #include <commctrl.h>
 
@@ -205,7 +206,7 @@ class Page : public OwnWindow {
         SCROLLINFO info = {sizeof info, SIF_ALL, 0, 0, 0, 0, 0};
         GetScrollInfo(window(), SB_VERT, &info);
         const int page = static_cast<int>(info.nPage);
-        const int by[] = {-32, 32, -page, page};  // SB_LINEUP and those behind it
+        const int line = look_->scaled(32), by[] = {-line, line, -page, page};  // SB_LINEUP and those behind it
         const WORD request = LOWORD(wparam);
         moveTo(request <= SB_PAGEDOWN ? scrolled_ + by[request] : request == SB_ENDSCROLL ? scrolled_ : info.nTrackPos);
         return true;
