@@ -301,8 +301,9 @@ bool Frame::takeKey(const MSG& message) {
   if (message.message != WM_KEYDOWN && message.message != WM_SYSKEYDOWN) return false;
   if (message.hwnd != window_ && !IsChild(window_, message.hwnd)) return false;
   if (!IsWindowEnabled(window_)) return false;
-  const wchar_t* const action = menu_.actionOf(strokePressed(message.wParam), words().c_str());
-  if (action) {
+  const Stroke stroke = strokePressed(message.wParam);
+  const wchar_t* const action = menu_.actionOf(stroke, words().c_str());
+  if (action && !isReserved(stroke, message.hwnd)) {
     const std::wstring name = action;  // menus may change meanwhile
     if (!lookOf(name.c_str()).isEnabled) return false;
     process(name.c_str(), L"key");

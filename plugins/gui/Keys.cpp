@@ -64,6 +64,13 @@ std::wstring shownKey(const windows::Translation& texts, const wchar_t* key) {
   return shown;
 }
 
+bool isReserved(Stroke stroke, HWND focus) {
+  const UINT key = stroke & 0xFFFF;
+  if (stroke & kAlt) return key == VK_F4 || key == VK_SPACE;
+  const bool writes = !(stroke & kControl) && key != VK_ESCAPE && MapVirtualKeyW(key, MAPVK_VK_TO_CHAR) != 0;
+  return writes && focus && (SendMessageW(focus, WM_GETDLGCODE, 0, 0) & DLGC_WANTCHARS);
+}
+
 Stroke strokePressed(WPARAM key) {
   Stroke stroke = static_cast<Stroke>(key & 0xFF);
   if (key >= VK_NUMPAD0 && key <= VK_NUMPAD9) stroke = static_cast<Stroke>(key - VK_NUMPAD0 + '0');

@@ -18,6 +18,10 @@ Stroke strokeNamed(const wchar_t* key);
 // As it is written on the user's keyboard: "Strg+Umschalt+Bild auf".
 std::wstring shownKey(const windows::Translation& texts, const wchar_t* key);
 
+// Whether it is nobody's but the user's, whatever menus claim: what writes a letter where letters are written, what
+// closes the window and opens its menu.
+bool isReserved(Stroke stroke, HWND focus);
+
 // Of a key that is pressed now; those of the number pad count as the others.
 Stroke strokePressed(WPARAM key);
 
