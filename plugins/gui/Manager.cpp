@@ -231,7 +231,7 @@ int Manager::onChangeStatusText(i32 pane, const wchar_t* text) {
     const std::unique_ptr<Late> told(static_cast<Late*>(argument));
     if (manager) manager->onChangeStatusText(told->pane, told->text.c_str());
   };
-  if (IShell::getInstance()->runOnShellThread(tell, late.get())) late.release();
+  if (IShell::getInstance()->runOnShellThread(tell, late.get())) static_cast<void>(late.release());  // `tell` owns it
   return notify::kGoOn;
 }
 

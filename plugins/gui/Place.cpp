@@ -71,7 +71,7 @@ void Place::watch(HWND window) {
   watch->place = window_;
   watch->before = reinterpret_cast<WNDPROC>(GetWindowLongPtrW(window, GWLP_WNDPROC));
   if (!SetPropW(window, kWatched, watch.get())) return;
-  watch.release();
+  static_cast<void>(watch.release());  // the window's property owns it
   SetWindowLongPtrW(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&Place::watched));
 }
 

@@ -31,7 +31,8 @@ void readEdged(Point first, i32 count, Pixel* to, Sample sample) noexcept {
       if (isThere[0] != isOne || isThere[1] != isOne || isNext[0] != isOne || isNext[1] != isOne) {
         u32 sums[4] = {};
         for (int place = 0; place < 16; ++place) {
-          const Pixel pixel = sample({middle.x + (place % 4 - 1.5) / 4, middle.y + (place / 4 - 1.5) / 4});
+          const int column = place % 4, row = place / 4;
+          const Pixel pixel = sample({middle.x + (column - 1.5) / 4, middle.y + (row - 1.5) / 4});
           for (int part = 0; part < 4; ++part) sums[part] += pixel >> (8 * part) & 255;
         }
         to[i] = 0;
