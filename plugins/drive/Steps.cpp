@@ -36,11 +36,11 @@ HWND frameWindow() { return frame() ? static_cast<HWND>(frame()->windowHandle())
 constexpr struct {
   const wchar_t* name;
   WORD key;
-} kKeys[] = {{L"Ctrl", VK_CONTROL},  {L"Alt", VK_MENU},        {L"Shift", VK_SHIFT},   {L"Esc", VK_ESCAPE},
-             {L"Enter", VK_RETURN},  {L"Tab", VK_TAB},         {L"Up", VK_UP},         {L"Down", VK_DOWN},
-             {L"Left", VK_LEFT},     {L"Right", VK_RIGHT},     {L"Home", VK_HOME},     {L"End", VK_END},
-             {L"PgUp", VK_PRIOR},    {L"PgDn", VK_NEXT},       {L"Space", VK_SPACE},   {L"Del", VK_DELETE},
-             {L"Plus", VK_OEM_PLUS}, {L"Minus", VK_OEM_MINUS}, {L"Backspace", VK_BACK}};
+} kKeys[] = {{L"Ctrl", VK_CONTROL}, {L"Alt", VK_MENU},      {L"AltGr", VK_RMENU},     {L"Shift", VK_SHIFT},
+             {L"Esc", VK_ESCAPE},   {L"Enter", VK_RETURN},  {L"Tab", VK_TAB},         {L"Up", VK_UP},
+             {L"Down", VK_DOWN},    {L"Left", VK_LEFT},     {L"Right", VK_RIGHT},     {L"Home", VK_HOME},
+             {L"End", VK_END},      {L"PgUp", VK_PRIOR},    {L"PgDn", VK_NEXT},       {L"Space", VK_SPACE},
+             {L"Del", VK_DELETE},   {L"Plus", VK_OEM_PLUS}, {L"Minus", VK_OEM_MINUS}, {L"Backspace", VK_BACK}};
 
 WORD keyNamed(const std::wstring& name) {
   for (const auto& row : kKeys) {
@@ -55,7 +55,7 @@ void send(WORD key, DWORD flags) {
   input.type = INPUT_KEYBOARD;
   input.ki.wVk = (flags & KEYEVENTF_UNICODE) ? WORD{0} : key;
   input.ki.wScan = (flags & KEYEVENTF_UNICODE) ? key : static_cast<WORD>(MapVirtualKeyW(key, MAPVK_VK_TO_VSC));
-  input.ki.dwFlags = flags;
+  input.ki.dwFlags = key == VK_RMENU ? flags | KEYEVENTF_EXTENDEDKEY : flags;
   SendInput(1, &input, sizeof input);
 }
 

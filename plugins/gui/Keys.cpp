@@ -65,9 +65,11 @@ std::wstring shownKey(const windows::Translation& texts, const wchar_t* key) {
 }
 
 bool isReserved(Stroke stroke, HWND focus) {
-  const UINT key = stroke & 0xFFFF;
-  if (stroke & kAlt) return key == VK_F4 || key == VK_SPACE;
-  const bool writes = !(stroke & kControl) && key != VK_ESCAPE && MapVirtualKeyW(key, MAPVK_VK_TO_CHAR) != 0;
+  const UINT key = stroke & 0xFFFF, modifiers = stroke & (kControl | kAlt);
+  if (modifiers == kAlt && (key == VK_F4 || key == VK_SPACE)) return true;
+  // The right Alt key of many keyboards is Ctrl and Alt, and writes signs.
+  const bool isAltGr = modifiers == (kControl | kAlt) && GetKeyState(VK_RMENU) < 0;
+  const bool writes = isAltGr || (!modifiers && key != VK_ESCAPE && MapVirtualKeyW(key, MAPVK_VK_TO_CHAR) != 0);
   return writes && focus && (SendMessageW(focus, WM_GETDLGCODE, 0, 0) & DLGC_WANTCHARS);
 }
 

@@ -17,7 +17,9 @@ void modules(Bytes bytes);
 void locations(Bytes bytes);
 void decoders(Bytes bytes);
 void fonts(Bytes bytes);
+void images(Bytes bytes);
 void settingTexts(Bytes bytes);
+void texts(Bytes bytes);
 
 // Ends the program, as a finding of the fuzzer, when a property does not hold.
 inline void require(bool holds, const char* property) {

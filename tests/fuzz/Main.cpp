@@ -10,8 +10,15 @@ struct Target {
   void (*run)(Bytes);
 };
 constexpr Target kTargets[] = {
-    {"descriptors", descriptors}, {"xml", xmlText},           {"modules", modules}, {"locations", locations},
-    {"decoders", decoders},       {"settings", settingTexts}, {"fonts", fonts},
+    {"descriptors", descriptors},
+    {"xml", xmlText},
+    {"modules", modules},
+    {"locations", locations},
+    {"decoders", decoders},
+    {"settings", settingTexts},
+    {"fonts", fonts},
+    {"images", images},
+    {"texts", texts},
 };
 void (*chosen)(Bytes) = nullptr;
 

@@ -18,7 +18,8 @@ import sys
 sys.dont_write_bytecode = True
 from seeds import SEEDS  # noqa: E402
 
-MOST_BYTES = {"descriptors": 1024, "xml": 1024, "modules": 4096, "locations": 256, "decoders": 512, "settings": 128, "fonts": 4096}
+MOST_BYTES = {"descriptors": 1024, "xml": 1024, "modules": 4096, "locations": 256, "decoders": 512, "settings": 128, "fonts": 4096,
+              "images": 512, "texts": 256}
 RUNS = 20000
 FEWER_RUNS = {"fonts": 5000}  # that take longer
 

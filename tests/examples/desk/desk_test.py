@@ -212,7 +212,10 @@ key Backspace
 wait idle
 expect text a first line
 expect title * words.plain - Corvix Desk
-key Ctrl+O
+key Ctrl+AltGr+Q
+wait idle
+expect status 0
+key Ctrl+Alt+Q
 wait idle
 expect status 0 claimed
 key Alt+F4

@@ -49,6 +49,16 @@ inline BOOL FreeLibrary(HMODULE) { return 0; }
 inline BOOL SetFilePointerEx(HANDLE, LARGE_INTEGER, LARGE_INTEGER*, DWORD) { return 0; }
 inline DWORD GetModuleFileNameW(HMODULE, wchar_t*, DWORD) { return 0; }
 
+// Text of bytes: UTF-8, strictly, and else Latin-1. TextBytes.cpp.
+using UINT = unsigned;
+constexpr UINT CP_UTF8 = 65001;
+constexpr DWORD MB_ERR_INVALID_CHARS = 8, WC_ERR_INVALID_CHARS = 0x80, WC_NO_BEST_FIT_CHARS = 0x400;
+constexpr BOOL FALSE = 0, TRUE = 1;
+inline UINT GetACP() { return 28591; }
+int MultiByteToWideChar(UINT page, DWORD flags, const char* bytes, int size, wchar_t* text, int most);
+int WideCharToMultiByte(UINT page, DWORD flags, const wchar_t* text, int size, char* bytes, int most, const char*,
+                        BOOL* isLossy);
+
 // Locks, which are SCriticalSections: CriticalSection.cpp.
 struct CRITICAL_SECTION;
 BOOL TryEnterCriticalSection(CRITICAL_SECTION* section);
