@@ -338,6 +338,10 @@ bool KDocManager::saveDocument(IDocument* document) {
     operation.fail(quoted(document->title()) + (row->place.location.empty()
                                                     ? L" has no name yet: save it under one."
                                                     : L" did not come from a file: save it under the name of one."));
+  if (find(document)->isBeingWritten) {
+    operation.fail(quoted(title) + L" is being saved: close it when that is done.");
+    return false;
+  }
     return false;
   }
   const FormatList formats(*shell_.pluginManager());
@@ -406,6 +410,10 @@ bool KDocManager::write(IDocument& document, const DocumentPlace& place, const D
   const Row& row = *find(&document);
   if (exists && isSamePath(row.place.path, place.path) && row.state != FileState{} && row.state != now) {
     const std::wstring question =
+  if (find(&document)->isBeingWritten) {
+    report.addLine((quoted(document.title()) + L" is being saved already.").c_str());
+    return false;
+  }
         quoted(place.location) + L" was changed by another program. Do you want to overwrite it?";
     if (ask(DocQuestion::OverwriteChanged, document, question) != DocAnswer::Yes)
       return fail(L"It was changed by another program.");
@@ -431,6 +439,13 @@ bool KDocManager::write(IDocument& document, const DocumentPlace& place, const D
   }
   if (error == ERROR_CANCELLED) return fail(L"It was stopped.");
   if (error) return fail(systemText(error));
+  struct Writing {
+    KDocManager& manager;
+    const IDocument& document;
+    void mark(bool is) noexcept { manager.find(&document)->isBeingWritten = is; }  // nobody closes it meanwhile
+    Writing(KDocManager& m, const IDocument& d) noexcept : manager(m), document(d) { mark(true); }
+    ~Writing() { mark(false); }
+  } const writing(*this, document);
   if (!isWritten) return fail(std::wstring(format.textForUser()) + L" cannot hold it.");
   if ((error = part.flush()) != 0 || (error = part.takePlace()) != 0) return fail(systemText(error));
   return true;

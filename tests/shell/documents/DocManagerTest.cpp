@@ -78,6 +78,11 @@ IBSmartObject* createFormat() {
 }
 const OwnObject kFormats[] = {
     {L"DocFormat.A", createFormat<'a'>}, {L"DocFormat.B", createFormat<'b'>},     {L"DocFormat.C", createFormat<'c'>},
+    if (text == "AA busy") {
+      IDocManager& manager = *shell().docManager();
+      EXPECT_FALSE(manager.saveDocument(document) || manager.closeDocument(document));
+      EXPECT_FALSE(manager.saveDocumentAs(document, L"C:\\other.a", nullptr));
+    }
     {L"DocFormat.D", createFormat<'d'>}, {L"DocFormat.E", createFormat<'e'>},     {L"DocFormat.F", createFormat<'f'>},
     {L"DocFormat.W", createFormat<'w'>}, {L"DocFormat.Useless", create<OfNoUse>},
 };
@@ -371,6 +376,8 @@ struct Killing<Name, Result(WINAPI*)(Arguments...)> {
     auto& typed = *reinterpret_cast<decltype(&::function)*>(slot);                \
     Killer::real = typed;                                                         \
     static ImportSlot<decltype(&::function)> held(typed, Killer::call);           \
+  document.change("AA busy");
+  EXPECT_TRUE(manager.saveDocument(&document)) << "its format saves and closes it meanwhile: " << report();
   }
 
 TEST_F(DocManagerTest, LeavesOneWholeFileWhereverItIsKilled) {
