@@ -31,8 +31,8 @@ class IDocManager : public IBTransportable {
 
  public:
   // Opens a path or location; the document that is open already when two names are of one file. It becomes the active
-  // one, "Document.Opened" and "OnOpenDocument" are told. Null when it cannot be opened, or the user stopped it: see
-  // `report`.
+  // one, "Document.Opened" and "OnOpenDocument" are told, of one that was open "Document.Activated" in any case. Null
+  // when it cannot be opened, or the user stopped it: see `report`.
   virtual IDocument* openDocument(const wchar_t* location) = 0;
 
   // Asks what to do with changes first. A program without a user drops them: the file stays as it is, and the log says

@@ -252,7 +252,11 @@ IDocument* KDocManager::openDocument(const wchar_t* location) {
   if (Row* const row = findFile(place)) {
     IDocument* const open = row->document.get();
     recent_.add(row->place.location);
-    activate(open);
+    if (active_ == open) {
+      tell(L"Document.Activated", open, open->location());  // who showed it may have let it go
+    } else {
+      activate(open);
+    }
     return find(open) ? open : nullptr;
   }
   const std::wstring cannot = quoted(place.location) + L" cannot be opened.";

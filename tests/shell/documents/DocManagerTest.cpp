@@ -305,8 +305,10 @@ TEST_F(DocManagerTest, TellsWhatHappensInItsOrder) {
   EXPECT_TRUE(manager.saveDocumentAs(&fresh, folder.file(L"4.w").c_str(), nullptr));  // a copy
   expect("");
   EXPECT_TRUE(std::wstring_view(fresh.title()) == L"3.b" && bytesOf(folder.file(L"4.w")) == "AA");
-  manager.openDocument(folder.file(L"1.a").c_str());
-  expect("Activated:1.a ");
+  for (int again = 0; again < 2; ++again) {
+    manager.openDocument(folder.file(L"1.a").c_str());
+    expect("Activated:1.a ");
+  }
   EXPECT_TRUE(manager.closeDocument(one));
   expect("Closing:1.a Activated:3.b Closed: ");
   for (const char* const at : {"Opened:2.a ", "Activated:2.a "}) {
