@@ -314,7 +314,7 @@ bool KDocManager::closeDocument(IDocument* document) {
   if (document->isModified()) {
     const DocAnswer answer =
         ask(DocQuestion::SaveBeforeClosing, *document, quoted(title) + L" has changed. Do you want to save it?");
-    if (answer == DocAnswer::Cancel || !find(document)) return !find(document);
+    if ((answer != DocAnswer::Yes && answer != DocAnswer::No) || !find(document)) return !find(document);
     if (answer == DocAnswer::Yes && document->isModified() && !saveDocument(document)) {
       for (i32 i = 0; i < report_->lineCount(); ++i) operation.fail(report_->lineAt(i));
       return false;

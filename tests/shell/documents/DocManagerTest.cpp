@@ -325,7 +325,10 @@ TEST_F(DocManagerTest, AsksBeforeAnythingIsLost) {
     DocAnswer answer;
     bool closes;
     const char* left;  // in the file
-  } rows[] = {{DocAnswer::Yes, true, "AA new"}, {DocAnswer::No, true, "AA old"}, {DocAnswer::Cancel, false, "AA old"}};
+  } rows[] = {{DocAnswer::Yes, true, "AA new"},
+              {DocAnswer::No, true, "AA old"},
+              {DocAnswer::Cancel, false, "AA old"},
+              {static_cast<DocAnswer>(77), false, "AA old"}};
   const auto path = folder.file(L"x.a");
   for (const auto& row : rows) {
     for (const bool hasChanged : {false, true}) {
