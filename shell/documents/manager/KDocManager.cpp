@@ -23,6 +23,18 @@ constexpr wchar_t kCaption[] = L"Teldane Quill";
 
 std::wstring quoted(std::wstring_view text) { return L'"' + std::wstring(text) + L'"'; }
 
+constexpr wchar_t kNoTexts[] = L": its documents do not tell their location, title and format";
+
+// What is shown and compared; a document has all of them, empty or not.
+bool hasTexts(IDocument& document) {
+  return callForeign(codeOf(&document), L"IDocument",
+                     [&] { return document.location() && document.title() && document.formatName(); });
+}
+
+void copyLines(const KReport& from, i32 index, KReport& to) {
+  for (; index < from.lineCount(); ++index) to.addLine(from.lineAt(index));
+}
+
 class DocumentEvent final : public BSmartObject, public IGlobalEvent, public IDocumentEvent {
   CORVIX_IDENTITY(DocumentEvent, 0x95471B69, 0x52AECF2D, 0xA1A89DD8, 0xADC34A53, BSmartObject, IGlobalEvent,
                   IDocumentEvent)
@@ -199,6 +211,8 @@ Ref<IDocument> KDocManager::read(const DocumentPlace& place, bool& writes, KRepo
     ~LettingGo() { stream.letGo(); }
   } const lettingGo{*stream};
 
+  // Of those that should have read it, why they did not.
+  const auto refused = corvix::make<KReport>();
   for (auto first = candidates.begin(); first != candidates.end();) {
     const auto last = std::find_if(first, candidates.end(),
                                    [&](const Candidate& one) { return one.likelihood != first->likelihood; });
@@ -214,16 +228,28 @@ Ref<IDocument> KDocManager::read(const DocumentPlace& place, bool& writes, KRepo
     std::stable_sort(first, last, [](const Candidate& a, const Candidate& b) { return a.sureness > b.sureness; });
     for (; first != last; ++first) {
       if (first->sureness && !progress.isStopped()) {
-        if (auto document = readBy(*first->format, *first->object, *stream, report);
-            document && !progress.isStopped()) {
+        const i32 before = report.lineCount();
+        const auto document = readBy(*first->format, *first->object, *stream, report);
+        if (document && !progress.isStopped()) {
           writes = first->format->writes;
-          report.clear();
           if (const auto placed = document.as<IDocumentPlace>()) {
             const bool isReadOnly = !writes || place.path.empty() || !isWritable(place.path);
             placed->setPlace(place.location.c_str(), place.title.c_str(), first->format->name(), isReadOnly);
           }
-          return document;
+          if (hasTexts(*document)) {
+            const auto told = corvix::make<KReport>();
+            if (refused->lineCount())
+              told->addLine(
+                  (quoted(place.title) + L" was opened as " + std::wstring(first->format->textForUser()) + L'.')
+                      .c_str());
+            copyLines(*refused, 0, *told);
+            copyLines(report, before, *told);
+            report.take(*told);
+            return document;
+          }
+          report.addLine((std::wstring(first->format->textForUser()) + kNoTexts).c_str());
         }
+        if (first->likelihood >= static_cast<i32>(Likelihood::Pattern)) copyLines(report, before, *refused);
       }
       first->object.reset();
     }
@@ -269,7 +295,7 @@ IDocument* KDocManager::openDocument(const wchar_t* location) {
     const auto reasons = corvix::make<KReport>();
     reasons->take(operation.report());
     operation.fail(cannot);
-    for (i32 i = 0; i < reasons->lineCount(); ++i) operation.report().addLine(reasons->lineAt(i));
+    copyLines(*reasons, 0, operation.report());
     return nullptr;
   }
   if (Row* const row = findFile(place)) return row->document.get();  // somebody was faster, while progress was shown
@@ -299,6 +325,7 @@ IDocument* KDocManager::newDocument(const wchar_t* formatName) {
   const std::wstring title = L"Untitled " + std::to_wstring(untitled_ + 1);
   if (const auto placed = document.as<IDocumentPlace>())
     placed->setPlace(L"", title.c_str(), format->name(), !format->writes);
+  if (!hasTexts(*document)) return operation.fail(std::wstring(format->textForUser()) + kNoTexts);
   IDocument* const open = list(std::move(document), {{}, title, {}}, {});
   ++untitled_;
   tell(L"Document.Opened", open, {});
@@ -311,6 +338,10 @@ bool KDocManager::closeDocument(IDocument* document) {
   if (!find(document) || find(document)->isClosing) return false;
   const auto kept = Ref<IDocument>::share(document);
   const std::wstring title = document->title();
+  if (find(document)->isBeingWritten) {
+    operation.fail(quoted(title) + L" is being saved: close it when that is done.");
+    return false;
+  }
   if (document->isModified()) {
     const DocAnswer answer =
         ask(DocQuestion::SaveBeforeClosing, *document, quoted(title) + L" has changed. Do you want to save it?");
@@ -342,10 +373,6 @@ bool KDocManager::saveDocument(IDocument* document) {
     operation.fail(quoted(document->title()) + (row->place.location.empty()
                                                     ? L" has no name yet: save it under one."
                                                     : L" did not come from a file: save it under the name of one."));
-  if (find(document)->isBeingWritten) {
-    operation.fail(quoted(title) + L" is being saved: close it when that is done.");
-    return false;
-  }
     return false;
   }
   const FormatList formats(*shell_.pluginManager());
@@ -383,6 +410,10 @@ bool KDocManager::saveDocumentAs(IDocument* document, const wchar_t* location, c
 
 bool KDocManager::save(IDocument& document, const DocumentPlace& place, const DeclaredFormat& format, KReport& report) {
   const auto kept = Ref<IDocument>::share(&document);
+  if (find(&document)->isBeingWritten) {
+    report.addLine((quoted(document.title()) + L" is being saved already.").c_str());
+    return false;
+  }
   if (!write(document, place, format, report)) return false;
   if (!format.reads) return true;
   Row* const row = find(&document);
@@ -408,16 +439,19 @@ bool KDocManager::write(IDocument& document, const DocumentPlace& place, const D
     report.addLine((quoted(place.location) + L" was not saved. " + why).c_str());
     return false;
   };
+  struct Writing {
+    KDocManager& manager;
+    const IDocument& document;
+    void mark(bool is) noexcept { manager.find(&document)->isBeingWritten = is; }  // nobody closes it meanwhile
+    Writing(KDocManager& m, const IDocument& d) noexcept : manager(m), document(d) { mark(true); }
+    ~Writing() { mark(false); }
+  } const writing(*this, document);
   FileState now;
   const bool exists = stateOf(place.path, now) == 0;
   if (exists && !isWritable(place.path)) return fail(L"It is read-only, or in use: save under another name.");
   const Row& row = *find(&document);
   if (exists && isSamePath(row.place.path, place.path) && row.state != FileState{} && row.state != now) {
     const std::wstring question =
-  if (find(&document)->isBeingWritten) {
-    report.addLine((quoted(document.title()) + L" is being saved already.").c_str());
-    return false;
-  }
         quoted(place.location) + L" was changed by another program. Do you want to overwrite it?";
     if (ask(DocQuestion::OverwriteChanged, document, question) != DocAnswer::Yes)
       return fail(L"It was changed by another program.");
@@ -443,13 +477,6 @@ bool KDocManager::write(IDocument& document, const DocumentPlace& place, const D
   }
   if (error == ERROR_CANCELLED) return fail(L"It was stopped.");
   if (error) return fail(systemText(error));
-  struct Writing {
-    KDocManager& manager;
-    const IDocument& document;
-    void mark(bool is) noexcept { manager.find(&document)->isBeingWritten = is; }  // nobody closes it meanwhile
-    Writing(KDocManager& m, const IDocument& d) noexcept : manager(m), document(d) { mark(true); }
-    ~Writing() { mark(false); }
-  } const writing(*this, document);
   if (!isWritten) return fail(std::wstring(format.textForUser()) + L" cannot hold it.");
   if ((error = part.flush()) != 0 || (error = part.takePlace()) != 0) return fail(systemText(error));
   return true;
