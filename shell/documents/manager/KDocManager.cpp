@@ -211,19 +211,26 @@ Ref<IDocument> KDocManager::read(const DocumentPlace& place, bool& writes, KRepo
     ~LettingGo() { stream.letGo(); }
   } const lettingGo{*stream};
 
-  // Of those that should have read it, why they did not.
-  const auto refused = corvix::make<KReport>();
+  // Of those that should have read it, why they did not. Who is not sure leaves it to his like, not to those who know
+  // nothing of such files.
+  const auto refused = corvix::make<KReport>(), unsure = corvix::make<KReport>();
+  const auto isExpected = [](const Candidate& one) { return one.likelihood >= static_cast<i32>(Likelihood::Pattern); };
   for (auto first = candidates.begin(); first != candidates.end();) {
     const auto last = std::find_if(first, candidates.end(),
                                    [&](const Candidate& one) { return one.likelihood != first->likelihood; });
     for (auto one = first; one != last; ++one) {
+      const i32 before = report.lineCount();
       one->object = make(*one->format, report);
-      if (!one->object) continue;
+      if (!one->object) {
+        if (isExpected(*one)) copyLines(report, before, *refused);
+        continue;
+      }
       one->sureness = callForeign(codeOf(one->object.get()), L"IDocFormat", [&] {
         stream->seek(0);
         return std::clamp(one->object->probe(stream.get()), 0, 255);
       });
       if (!one->sureness) report.addLine((std::wstring(one->format->textForUser()) + L": it is none of these").c_str());
+      if (isExpected(*one)) copyLines(report, before, *unsure);
     }
     std::stable_sort(first, last, [](const Candidate& a, const Candidate& b) { return a.sureness > b.sureness; });
     for (; first != last; ++first) {
@@ -238,6 +245,7 @@ Ref<IDocument> KDocManager::read(const DocumentPlace& place, bool& writes, KRepo
           }
           if (hasTexts(*document)) {
             const auto told = corvix::make<KReport>();
+            if (!isExpected(*first)) copyLines(*unsure, 0, *refused);
             if (refused->lineCount())
               told->addLine(
                   (quoted(place.title) + L" was opened as " + std::wstring(first->format->textForUser()) + L'.')
@@ -249,7 +257,7 @@ Ref<IDocument> KDocManager::read(const DocumentPlace& place, bool& writes, KRepo
           }
           report.addLine((std::wstring(first->format->textForUser()) + kNoTexts).c_str());
         }
-        if (first->likelihood >= static_cast<i32>(Likelihood::Pattern)) copyLines(report, before, *refused);
+        if (isExpected(*first)) copyLines(report, before, *refused);
       }
       first->object.reset();
     }

@@ -171,7 +171,7 @@ TEST_F(DocManagerTest, AsksWhoIsLikelyBeforeOthersAndMakesNobodyElse) {
       {L"x.f", "f", "f!ce!", L"DocFormat.E", "\"x.f\" was opened as E.\nF: it cannot read it"},  // it throws
       {L"x.a", "AA half", "a!", L"DocFormat.A", "Half of it was left out."},
       {L"x.a", "AA mute\x01", "a!ce!!", nullptr},
-      {L"x.u", "text", "made gone ce!", L"DocFormat.E"},
+      {L"x.u", "text", "made gone ce!", L"DocFormat.E", "\"x.u\" was opened as E.\nUseless: it is no IDocFormat"},
       {L"x.w", "AAAAA", "a!", L"DocFormat.A"},  // W only writes
       {L"empty.a", "", "a!", L"DocFormat.A"},
       {L"\x4E2D\xD83D\xDE00 .a", "AA", "a!", L"DocFormat.A"},
