@@ -68,10 +68,10 @@ int openAll(IShell& shell, const Texts& locations) {
   const ShellDisplay display(shell);
   for (const std::string& location : locations) {
     IDocument* const document = documents->openDocument(wide(location).c_str());
+    printReport(*documents);
     if (document) {
       describe(*shell.pluginManager(), *document);
     } else {
-      printReport(*documents);
       ++failures;
     }
   }
@@ -86,10 +86,16 @@ int convert(IShell& shell, const std::string& from, const std::string& to) {
   if (!documents) return 1;
   const ShellDisplay display(shell);
   IDocument* const document = documents->openDocument(wide(from).c_str());
-  const bool isDone = document && documents->saveDocumentAs(document, wide(to).c_str(), nullptr);
   printReport(*documents);
-  if (document) documents->closeDocument(document);
-  if (isDone) std::printf("%s written\n", to.c_str());
+  if (!document) return 1;
+  const std::wstring before = document->location();
+  const bool isDone = documents->saveDocumentAs(document, wide(to).c_str(), nullptr);
+  printReport(*documents);
+  // One that has moved there is of that format now; by others, that are not read, a copy is made.
+  const std::string format =
+      before == document->location() ? "" : ", as " + formatOf(*shell.pluginManager(), *document);
+  documents->closeDocument(document);
+  if (isDone) std::printf("%s written%s\n", to.c_str(), format.c_str());
   return isDone ? 0 : 1;
 }
 

@@ -3,6 +3,9 @@
 #include "examples/host/Objects.h"
 #include "shell/language/Translator.h"
 
+#include <cwchar>
+#include <string>
+
 namespace host {
 
 using namespace corvix;
@@ -22,6 +25,18 @@ int list(IBTranslator& translator) {
   return 0;
 }
 
+// Of the language itself, or of the one that it is a kind of.
+bool hasTexts(IBTranslator& translator) {
+  const std::wstring chosen = std::wstring(translator.language()) + L'-';
+  KnownLanguage known;
+  translator.takeStock();
+  for (i32 i = 0; translator.knownAt(i, known); ++i) {
+    const std::wstring code = std::wstring(known.code) + L'-';
+    if (!_wcsnicmp(chosen.c_str(), code.c_str(), code.size())) return true;
+  }
+  return false;
+}
+
 int choose(Host& host, IBTranslator& translator, const std::string& code) {
   if (!translator.setLanguage(code == "system" ? L"" : wide(code).c_str())) {
     std::fprintf(stderr, "corvix-host: %s is no language's code, such as de or de-AT.\n", code.c_str());
@@ -29,6 +44,8 @@ int choose(Host& host, IBTranslator& translator, const std::string& code) {
   }
   host.manager().saveSettings();
   std::printf("Chosen: %s\n", shown(translator.language()).c_str());
+  if (code != "system" && !hasTexts(translator))
+    std::fprintf(stderr, "corvix-host: there are no texts of it: the program's own words are shown.\n");
   return 0;
 }
 

@@ -19,7 +19,8 @@ namespace {
 
 IDocManager* documents() { return IShell::getInstance()->docManager(); }
 
-// What the document manager has to say of the last operation; nothing, when the user has cancelled it.
+// What the document manager has to say of the last operation, also of one that went well but left something out;
+// nothing, when the user has cancelled it.
 void tell() {
   IShell& shell = *IShell::getInstance();
   IBReport* const report = documents()->report();
@@ -103,9 +104,9 @@ std::wstring shortened(const std::wstring& path) {
 
 bool openLocation(const std::wstring& location) {
   if (!documents()) return false;
-  if (documents()->openDocument(location.c_str())) return true;
+  const bool isOpen = documents()->openDocument(location.c_str()) != nullptr;
   tell();
-  return false;
+  return isOpen;
 }
 
 void openByDialog() {
@@ -116,18 +117,18 @@ void openByDialog() {
 
 bool save(IDocument& document) {
   if (!*document.location() || document.isReadOnly()) return saveByDialog(document);
-  if (documents()->saveDocument(&document)) return true;
+  const bool isSaved = documents()->saveDocument(&document);
   tell();
-  return false;
+  return isSaved;
 }
 
 bool saveByDialog(IDocument& document) {
   FileRequest request(true, *document.location() ? document.location() : document.title(), document.formatName());
   if (!request.show() || request.chosen.empty()) return false;
   const FileRequest::Chosen& to = request.chosen.front();
-  if (documents()->saveDocumentAs(&document, to.path.c_str(), to.formatName.c_str())) return true;
+  const bool isSaved = documents()->saveDocumentAs(&document, to.path.c_str(), to.formatName.c_str());
   tell();
-  return false;
+  return isSaved;
 }
 
 }  // namespace corvix::gui

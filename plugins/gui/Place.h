@@ -65,7 +65,7 @@ class Place {
   void tellChildren(UINT message, WPARAM wparam, LPARAM lparam) const;
 
  private:
-  Place(IPluginInterface& entry, IPlaceOwner& owner) : entry_(Ref<IPluginInterface>::share(&entry)), owner_(owner) {}
+  Place(IPluginInterface& entry, IPlaceOwner& owner);
 
   template <class Call>
   bool guard(Call call) noexcept {
@@ -81,7 +81,11 @@ class Place {
   void watch(HWND window);
   static BOOL CALLBACK watchEach(HWND window, LPARAM place);
   static LRESULT CALLBACK procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
+  static Place* placeOf(HWND window);
+  static LRESULT CALLBACK beforeMade(int code, WPARAM wparam, LPARAM lparam);
+  template <int depth>
   static LRESULT CALLBACK watched(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
+  static LRESULT pass(Place* place, WNDPROC before, HWND window, UINT message, WPARAM wparam, LPARAM lparam);
 
   Ref<IPluginInterface> entry_;
   IPlaceOwner& owner_;

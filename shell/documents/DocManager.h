@@ -31,12 +31,13 @@ class IDocManager : public IBTransportable {
 
  public:
   // Opens a path or location; the document that is open already when two names are of one file. It becomes the active
-  // one, "Document.Opened" and "OnOpenDocument" are told. Null when it cannot be opened, or the user stopped it: see
-  // `report`.
+  // one, "Document.Opened" and "OnOpenDocument" are told, of one that was open "Document.Activated" in any case. Null
+  // when it cannot be opened, or the user stopped it: see `report`.
   virtual IDocument* openDocument(const wchar_t* location) = 0;
 
   // Asks what to do with changes first. A program without a user drops them: the file stays as it is, and the log says
-  // so. False when the document stays open: the user cancelled, or it could not be saved, or it is none of these.
+  // so. False when the document stays open: the user cancelled, it could not be saved or is just being saved, or it is
+  // none of these.
   virtual bool closeDocument(IDocument* document) = 0;
   virtual i32 documentCount() const noexcept = 0;
   virtual IDocument* documentAt(i32 index) const noexcept = 0;  // null outside the list
@@ -47,7 +48,8 @@ class IDocManager : public IBTransportable {
 
   // Writes to a file beside the document's, which then takes its place in one step: whatever happens on the way, one
   // whole file remains, the old or the new. A file that was changed by somebody else since is asked about first; an
-  // unattended program leaves it alone. False when it was not saved; the document is as modified as before then.
+  // unattended program leaves it alone. False when it was not saved, as while it is being saved already; the document
+  // is as modified as before then.
   virtual bool saveDocument(IDocument* document) = 0;
 
   // The same to another place, which is the document's from then on. With no format (null or empty) the one whose masks

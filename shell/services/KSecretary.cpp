@@ -41,7 +41,8 @@ KEncryptionKey::KEncryptionKey(const wchar_t* text) {
 KEncryptionKey::~KEncryptionKey() { SecureZeroMemory(bytes_.data(), bytes_.size()); }
 
 IBSmartObject* KSecretary::keyFor(const wchar_t* location, i32 attempt) {
-  if (!location || attempt < 1 || attempt > kMostAttempts) return nullptr;
+  if (!location || attempt < 1) return nullptr;
+  if (attempt > kMostAttempts) return forget(location), nullptr;  // the last one was wrong, too
   const auto known =
       std::find_if(known_.begin(), known_.end(), [&](const Known& one) { return one.location == location; });
   if (known != known_.end() && attempt == 1) return Ref<KEncryptionKey>(known->key).detach();

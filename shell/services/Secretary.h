@@ -24,9 +24,9 @@ class IBSecretary : public IBTransportable {
   virtual IBReport* report() = 0;
 
   // What opens a document: an IBEncryptionKey with a reference for the caller. The first attempt gives the key that was
-  // given for the location before, if there is one; every other one asks the user. Null when the user gives up, when
-  // nobody is there to ask or no dialog to ask with, and after kMostAttempts. The keys of a few locations are kept, in
-  // memory alone; they are never logged.
+  // given for the location before, unless a further attempt has told that it was wrong; every other one asks the user.
+  // Null when the user gives up, when nobody is there to ask or no dialog to ask with, and after kMostAttempts. The
+  // keys of a few locations are kept, in memory alone; they are never logged.
   virtual IBSmartObject* keyFor(const wchar_t* location, i32 attempt) = 0;
 
   // The key of that location, or of all when it is null.

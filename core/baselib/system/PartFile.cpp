@@ -6,8 +6,16 @@ namespace corvix {
 
 PartFile::PartFile(const wchar_t* place, u32* error) : place_(place) {
   constexpr int kMostTries = 1000;
+  // A name may have 255 units, or bytes where the disk is another system's: of a long one the beginning is taken.
+  constexpr std::size_t kMostUnits = 80;
+  const std::size_t folder = place_.find_last_of(L"\\/") + 1;
+  std::wstring beginning = place_;
+  if (place_.size() - folder > kMostUnits) {
+    beginning.resize(folder + kMostUnits);
+    if ((beginning.back() & 0xFC00) == 0xD800) beginning.pop_back();  // no half of a character
+  }
   for (int number = 1; number <= kMostTries; ++number) {
-    std::wstring part = place_ + (number > 1 ? L"." + std::to_wstring(number) : std::wstring()) + L".part";
+    std::wstring part = beginning + (number > 1 ? L"." + std::to_wstring(number) : std::wstring()) + L".part";
     if (openFile(part.c_str(), file_mode::kWrite | file_mode::kNew)) {
       path_.swap(part);
       return;

@@ -7,8 +7,9 @@
 
 namespace corvix {
 
-// An empty file beside another one's place, "NAME.part", or with a number where somebody has that, to be written and
-// then to take that place in one step: whatever happens before, that stays as it is. Removed if it has not.
+// An empty file beside another one's place, "NAME.part", or with a number where somebody has that (of a long name only
+// the beginning), to be written and then to take that place in one step: whatever happens before, that stays as it is.
+// Removed if it has not.
 class PartFile {
  public:
   // None, and the system's error in `error`, if it cannot be made.

@@ -24,6 +24,18 @@ constexpr wchar_t kCaption[] = L"Teldane Quill";
 
 std::wstring quoted(std::wstring_view text) { return L'"' + std::wstring(text) + L'"'; }
 
+constexpr wchar_t kNoTexts[] = L": its documents do not tell their location, title and format";
+
+// What is shown and compared; a document has all of them, empty or not.
+bool hasTexts(IDocument& document) {
+  return callForeign(codeOf(&document), L"IDocument",
+                     [&] { return document.location() && document.title() && document.formatName(); });
+}
+
+void copyLines(const KReport& from, i32 index, KReport& to) {
+  for (; index < from.lineCount(); ++index) to.addLine(from.lineAt(index));
+}
+
 class DocumentEvent final : public BSmartObject, public IGlobalEvent, public IDocumentEvent {
   CORVIX_IDENTITY(DocumentEvent, 0x95471B69, 0x52AECF2D, 0xA1A89DD8, 0xADC34A53, BSmartObject, IGlobalEvent,
                   IDocumentEvent)
@@ -205,31 +217,53 @@ Ref<IDocument> KDocManager::read(const DocumentPlace& place, bool& writes, KRepo
     ~LettingGo() { stream.letGo(); }
   } const lettingGo{*stream};
 
+  // Of those that should have read it, why they did not. Who is not sure leaves it to his like, not to those who know
+  // nothing of such files.
+  const auto refused = corvix::make<KReport>(), unsure = corvix::make<KReport>();
+  const auto isExpected = [](const Candidate& one) { return one.likelihood >= static_cast<i32>(Likelihood::Pattern); };
   for (auto first = candidates.begin(); first != candidates.end();) {
     const auto last = std::find_if(first, candidates.end(),
                                    [&](const Candidate& one) { return one.likelihood != first->likelihood; });
     for (auto one = first; one != last; ++one) {
+      const i32 before = report.lineCount();
       one->object = make(*one->format, report);
-      if (!one->object) continue;
+      if (!one->object) {
+        if (isExpected(*one)) copyLines(report, before, *refused);
+        continue;
+      }
       one->sureness = callForeign(codeOf(one->object.get()), L"IDocFormat", [&] {
         stream->seek(0);
         return std::clamp(one->object->probe(stream.get()), 0, 255);
       });
       if (!one->sureness) report.addLine((std::wstring(one->format->textForUser()) + L": it is none of these").c_str());
+      if (isExpected(*one)) copyLines(report, before, *unsure);
     }
     std::stable_sort(first, last, [](const Candidate& a, const Candidate& b) { return a.sureness > b.sureness; });
     for (; first != last; ++first) {
       if (first->sureness && !progress.isStopped()) {
-        if (auto document = readBy(*first->format, *first->object, *stream, report);
-            document && !progress.isStopped()) {
+        const i32 before = report.lineCount();
+        const auto document = readBy(*first->format, *first->object, *stream, report);
+        if (document && !progress.isStopped()) {
           writes = first->format->writes;
-          report.clear();
           if (const auto placed = document.as<IDocumentPlace>()) {
             const bool isReadOnly = !writes || place.path.empty() || !isWritable(place.path);
             placed->setPlace(place.location.c_str(), place.title.c_str(), first->format->name(), isReadOnly);
           }
-          return document;
+          if (hasTexts(*document)) {
+            const auto told = corvix::make<KReport>();
+            if (!isExpected(*first)) copyLines(*unsure, 0, *refused);
+            if (refused->lineCount())
+              told->addLine(
+                  (quoted(place.title) + L" was opened as " + std::wstring(first->format->textForUser()) + L'.')
+                      .c_str());
+            copyLines(*refused, 0, *told);
+            copyLines(report, before, *told);
+            report.take(*told);
+            return document;
+          }
+          report.addLine((std::wstring(first->format->textForUser()) + kNoTexts).c_str());
         }
+        if (isExpected(*first)) copyLines(report, before, *refused);
       }
       first->object.reset();
     }
@@ -258,7 +292,11 @@ IDocument* KDocManager::openDocument(const wchar_t* location) {
   if (Row* const row = findFile(place)) {
     IDocument* const open = row->document.get();
     recent_.add(row->place.location);
-    activate(open);
+    if (active_ == open) {
+      tell(L"Document.Activated", open, open->location());  // who showed it may have let it go
+    } else {
+      activate(open);
+    }
     return find(open) ? open : nullptr;
   }
   const std::wstring cannot = quoted(place.location) + L" cannot be opened.";
@@ -271,7 +309,7 @@ IDocument* KDocManager::openDocument(const wchar_t* location) {
     const auto reasons = corvix::make<KReport>();
     reasons->take(operation.report());
     operation.fail(cannot);
-    for (i32 i = 0; i < reasons->lineCount(); ++i) operation.report().addLine(reasons->lineAt(i));
+    copyLines(*reasons, 0, operation.report());
     return nullptr;
   }
   if (Row* const row = findFile(place)) return row->document.get();  // somebody was faster, while progress was shown
@@ -301,6 +339,7 @@ IDocument* KDocManager::newDocument(const wchar_t* formatName) {
   const std::wstring title = sentence(L"Untitled %1", std::to_wstring(untitled_ + 1));
   if (const auto placed = document.as<IDocumentPlace>())
     placed->setPlace(L"", title.c_str(), format->name(), !format->writes);
+  if (!hasTexts(*document)) return operation.fail(std::wstring(format->textForUser()) + kNoTexts);
   IDocument* const open = list(std::move(document), {{}, title, {}}, {});
   ++untitled_;
   tell(L"Document.Opened", open, {});
@@ -313,10 +352,14 @@ bool KDocManager::closeDocument(IDocument* document) {
   if (!find(document) || find(document)->isClosing) return false;
   const auto kept = Ref<IDocument>::share(document);
   const std::wstring title = document->title();
+  if (find(document)->isBeingWritten) {
+    operation.fail(quoted(title) + L" is being saved: close it when that is done.");
+    return false;
+  }
   if (document->isModified()) {
     const DocAnswer answer =
         ask(DocQuestion::SaveBeforeClosing, *document, sentence(L"\"%1\" has changed. Do you want to save it?", title));
-    if (answer == DocAnswer::Cancel || !find(document)) return !find(document);
+    if ((answer != DocAnswer::Yes && answer != DocAnswer::No) || !find(document)) return !find(document);
     if (answer == DocAnswer::Yes && document->isModified() && !saveDocument(document)) {
       for (i32 i = 0; i < report_->lineCount(); ++i) operation.fail(report_->lineAt(i));
       return false;
@@ -381,6 +424,10 @@ bool KDocManager::saveDocumentAs(IDocument* document, const wchar_t* location, c
 
 bool KDocManager::save(IDocument& document, const DocumentPlace& place, const DeclaredFormat& format, KReport& report) {
   const auto kept = Ref<IDocument>::share(&document);
+  if (find(&document)->isBeingWritten) {
+    report.addLine((quoted(document.title()) + L" is being saved already.").c_str());
+    return false;
+  }
   if (!write(document, place, format, report)) return false;
   if (!format.reads) return true;
   Row* const row = find(&document);
@@ -406,6 +453,13 @@ bool KDocManager::write(IDocument& document, const DocumentPlace& place, const D
     report.addLine((quoted(place.location) + L" was not saved. " + why).c_str());
     return false;
   };
+  struct Writing {
+    KDocManager& manager;
+    const IDocument& document;
+    void mark(bool is) noexcept { manager.find(&document)->isBeingWritten = is; }  // nobody closes it meanwhile
+    Writing(KDocManager& m, const IDocument& d) noexcept : manager(m), document(d) { mark(true); }
+    ~Writing() { mark(false); }
+  } const writing(*this, document);
   FileState now;
   const bool exists = stateOf(place.path, now) == 0;
   if (exists && !isWritable(place.path)) return fail(L"It is read-only, or in use: save under another name.");

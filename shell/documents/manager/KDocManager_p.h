@@ -45,6 +45,7 @@ class KDocManager final : public BSmartObject, public IDocManager {
     DocumentPlace place;
     FileState state;  // when it was read or written last
     bool isClosing = false;
+    bool isBeingWritten = false;  // what it is asked meanwhile, by its format or a user who sees progress, must wait
   };
   using Rows = std::vector<Row, HeapAllocator<Row>>;
   class Operation;

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""What `open` and `convert` print, leave, log and return: documents_test.py FOLDER BIN_FOLDER RUNNER"""
+"""What `open`, `convert` and `language` print, leave, log and return: documents_test.py FOLDER BIN_FOLDER RUNNER"""
 import pathlib
 import shutil
 import subprocess
@@ -20,6 +20,7 @@ host = [*runner, str(own / "corvix-host.exe"), "--unattended", "--show-log"]
 subprocess.run([*host, "log", "on"], capture_output=True, check=True)
 (folder / "notes.md").write_text("# One\n\ntext\n")
 (folder / "\U0001F600 long.txt").write_text("x" * 1_000_000)
+(folder / "wrong.png").write_text("This is no picture.\n")
 (folder / "bad.png").write_bytes(b"\x89PNG\r\n\x1a\n\0\0\0\0")
 
 # arguments, exit code, what is printed, what is said on the standard error, what the log does not say
@@ -29,9 +30,12 @@ ROWS = [
     (["open", "none.txt", "notes.md"], 1, "notes.md: Markdown", 'none.txt" cannot be opened', ""),
     (["open", "bad.png"], 1, "", "PNG image: its head is damaged", ""),
     (["open"], 106, "", "LOCATION is required", ""),
-    (["convert", "notes.md", "page.html"], 0, "page.html written", "", "format-image.dll"),
+    (["open", "wrong.png"], 0, "wrong.png: Text", "PNG image: ", ""),
+    (["convert", "wrong.png", "page.txt"], 0, "page.txt written, as Text\n", '"wrong.png" was opened as Text.', ""),
+    (["language", "xx"], 0, "Chosen: xx", "there are no texts of it", ""),
+    (["convert", "notes.md", "page.html"], 0, "page.html written\n", "", "format-image.dll"),
     (["convert", "notes.md", "page.png"], 1, "", "the document has no pages", ""),
-    (["convert", "notes.md", "page.unknown"], 0, "page.unknown written", "", ""),
+    (["convert", "notes.md", "page.unknown"], 0, "page.unknown written, as Markdown\n", "", ""),
     (["convert", "notes.md", "nowhere/x.txt"], 1, "", "was not saved", ""),
     (["taken away", "format-image.dll"], 0, "", "", ""),
     (["open", "notes.md"], 0, "1 heading", "", ""),
@@ -51,7 +55,7 @@ for arguments, code, said, complained, unlogged in ROWS:
         wrong += 1
         print(f"{arguments}: exit code {run.returncode}, printed {run.stdout!r}, said {run.stderr!r}")
 left = sorted(path.name for path in folder.iterdir())
-if left != sorted(["bad.png", "notes.md", "page.html", "page.unknown", "\U0001F600 long.txt"]):
+if left != sorted(["bad.png", "notes.md", "page.html", "page.txt", "page.unknown", "wrong.png", "\U0001F600 long.txt"]):
     wrong += 1
     print(f"left {left}")
 if "<h1>One</h1>" not in (folder / "page.html").read_text() or (folder / "page.unknown").read_text() != "# One\n\ntext\n":

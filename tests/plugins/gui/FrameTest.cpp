@@ -32,7 +32,7 @@ namespace {
 using namespace testing_support;
 
 enum class Fault { None, Throws, Crashes };
-enum class Where { Nowhere, SetDocument, Attach, Refuses, Words, Message, Sent, Action, Detach };
+enum class Where { Nowhere, SetDocument, Attach, Created, Refuses, Words, Message, Sent, Action, Detach };
 
 constexpr UINT kDoIt = WM_APP + 77;
 
@@ -106,6 +106,7 @@ class TestView : public BSmartObject, public IActionTarget, public Base {
  private:
   static bool isOurs(IAction& action) { return !std::wcscmp(action.name(), L"Actions.Test.Routed"); }
   static LRESULT CALLBACK procedure(HWND one, UINT message, WPARAM wparam, LPARAM lparam) {
+    if (message == WM_CREATE) failIf(Where::Created);
     if (message == kDoIt) failIf(Where::Message);
     if (message == WM_SIZE) failIf(Where::Sent);
     return DefWindowProcW(one, message, wparam, lparam);
@@ -280,6 +281,7 @@ TEST_F(FrameTest, OutlivesWhatFailsInAView) {
     const char* said;
   } rows[] = {{Where::SetDocument, false, " cannot show a.test: "},
               {Where::Attach, false, " cannot show a.test: "},
+              {Where::Created, false, " cannot show a.test: "},
               {Where::Refuses, false, " cannot show a.test."},
               {Where::Words, true, "was closed: "},
               {Where::Message, true, "was closed: "},

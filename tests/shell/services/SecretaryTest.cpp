@@ -97,6 +97,13 @@ TEST_F(Secretary, KeepsTheKeysOfAFewLocations) {
   EXPECT_EQ(read(*secretary_, L"127"), "opened");
   for (const i32 attempt : {0, -1, 4}) EXPECT_EQ(secretary_->keyFor(L"127", attempt), nullptr);
   EXPECT_EQ(secretary_->keyFor(nullptr, 1), nullptr);
+  // None of these opened it: nothing is known of them the next time.
+  typist_.texts = {L"a", L"b", L"c", L"öpen"};
+  typist_.next = 0;
+  typist_.said.clear();
+  EXPECT_EQ(read(*secretary_, L"wrong"), "given up at 4");
+  EXPECT_EQ(read(*secretary_, L"wrong"), "opened");
+  EXPECT_EQ(typist_.said, "1231");
 }
 
 TEST_F(Secretary, WithoutAUserOrADialogNobodyWaits) {
