@@ -17,7 +17,7 @@ inline u32 placesIn(std::wstring_view text) noexcept {
   for (std::size_t i = 0; i + 1 < text.size(); ++i) {
     if (text[i] != L'%' || text[i + 1] < L'1' || text[i + 1] > L'9') continue;
     const u32 place = 1u << (text[i + 1] - L'0');
-    places |= places & place ? 1u : place;
+    places |= (places & place) ? 1u : place;
   }
   return places;
 }
