@@ -9,8 +9,10 @@
 #include <boost/pool/pool.hpp>
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <cstdlib>
+#include <functional>
 #include <memory_resource>
 #include <numeric>
 #include <random>
@@ -117,20 +119,60 @@ void churn(Source& source, const std::vector<std::size_t>& places, std::uint64_t
   }
 }
 
-// Two threads do so many batches an operation that starting the second one does not count.
-constexpr std::uint64_t kBatchesOfTwo = 64;
-
 template <class Source>
 Work churning(Source& source, Order order) {
   return [&source, places = permutation(order, kBatch)](std::uint64_t count) { churn(source, places, count); };
 }
 
+// Two threads, which stay for a row: neither starting one nor waking it counts, nor does the one wait for the other at
+// the end longer than for a batch.
+class TwoThreads {
+ public:
+  TwoThreads() : other_([this] { serve(); }) {}
+  ~TwoThreads() {
+    share_ = nullptr;
+    begin();
+    other_.join();
+  }
+  TwoThreads(const TwoThreads&) = delete;
+  TwoThreads& operator=(const TwoThreads&) = delete;
+
+  // Either thread takes the next of `count` batches as soon as it is done with one.
+  void run(std::uint64_t count, const std::function<void()>& batch) {
+    std::atomic<std::int64_t> left{static_cast<std::int64_t>(count)};
+    const std::function<void()> share = [&] {
+      while (left.fetch_sub(1) > 0) batch();
+    };
+    share_ = &share;
+    begin();
+    share();
+    while (ended_ != begun_) YieldProcessor();
+  }
+
+ private:
+  void begin() { ++begun_; }
+  void serve() {
+    for (std::uint32_t seen = 1;; ++seen) {
+      while (begun_ != seen) YieldProcessor();
+      if (!share_) return;
+      (*share_)();
+      ended_ = seen;
+    }
+  }
+
+  const std::function<void()>* share_ = nullptr;
+  std::atomic<std::uint32_t> begun_{0};
+  std::atomic<std::uint32_t> ended_{0};
+  std::thread other_;
+};
+
+// An operation is so many batches.
+constexpr std::uint64_t kBatchesOfTwo = 16;
+
 template <class Source>
-Work churningByTwo(Source& source, Order order) {
-  return [&source, places = permutation(order, kBatch)](std::uint64_t count) {
-    std::thread other([&] { churn(source, places, count * kBatchesOfTwo / 2); });
-    churn(source, places, count * kBatchesOfTwo / 2);
-    other.join();
+Work churningByTwo(TwoThreads& threads, Source& source, Order order) {
+  return [&threads, &source, places = permutation(order, kBatch)](std::uint64_t count) {
+    threads.run(count * kBatchesOfTwo, [&] { churn(source, places, 1); });
   };
 }
 
@@ -194,9 +236,11 @@ void compareAll(Report& report, const char* what, u32 size, Order order) {
   report.compare(name, "HeapAlloc", 0, mine, churning(peers.system, order));
   report.compare(name, "std::pmr::synchronized_pool_resource", 0.4, mine, churning(peers.pmr, order));
   report.compare(name, "boost::pool behind the same lock", 1.2, mine, churning(peers.boost, order));
-  report.compare(name + ", two threads", "malloc", 0, churningByTwo(ours, order), churningByTwo(peers.heap, order));
-  report.compare(name + ", two threads", "as many contended lock pairs", 1.2, churningByTwo(ours, order),
-                 churningByTwo(pairs, order));
+  TwoThreads threads;
+  const Work mineByTwo = churningByTwo(threads, ours, order);
+  report.compare(name + ", two threads", "malloc", 0.6, mineByTwo, churningByTwo(threads, peers.heap, order));
+  report.compare(name + ", two threads", "as many contended lock pairs", 1.2, mineByTwo,
+                 churningByTwo(threads, pairs, order));
 }
 
 template <class Source>

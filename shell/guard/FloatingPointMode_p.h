@@ -6,24 +6,16 @@ namespace corvix {
 
 class FloatingPointMode {
  public:
-  FloatingPointMode() noexcept : vector_(currentVector()), stack_(currentStack()) {}
+  FloatingPointMode() noexcept { asm volatile("stmxcsr %0\n\tfnstcw %1" : "=m"(vector_), "=m"(stack_)); }
   void restore() const noexcept {
-    if (currentVector() != vector_) asm volatile("ldmxcsr %0" : : "m"(vector_));
-    if (currentStack() != stack_) asm volatile("fnclex\n\tfldcw %0" : : "m"(stack_));
+    constexpr unsigned kHappened = 0x3F;  // belongs to nobody
+    const FloatingPointMode now;
+    if ((((now.vector_ ^ vector_) & ~kHappened) | (now.stack_ ^ stack_)) == 0) return;
+    const unsigned vector = vector_ & ~kHappened;
+    asm volatile("ldmxcsr %0\n\tfnclex\n\tfldcw %1" : : "m"(vector), "m"(stack_));
   }
 
  private:
-  static unsigned currentVector() noexcept {
-    constexpr unsigned kHappened = 0x3F;  // belongs to nobody
-    unsigned mode;
-    asm volatile("stmxcsr %0" : "=m"(mode));
-    return mode & ~kHappened;
-  }
-  static unsigned short currentStack() noexcept {
-    unsigned short mode;
-    asm volatile("fnstcw %0" : "=m"(mode));
-    return mode;
-  }
   unsigned vector_;
   unsigned short stack_;
 };

@@ -5,6 +5,7 @@
 #include "shell/guard/GuardedCall_p.h"
 
 #include <optional>
+#include <utility>
 
 namespace corvix {
 
@@ -18,21 +19,24 @@ inline std::wstring textOfThrownIfItCan() noexcept {
 }
 
 struct GuardedOutcome {
-  std::optional<u32> fault;            // the system's code of the exception that ended it
+  // Makes the call. Written in place: what nearly always says nothing is not copied about.
+  template <class Call>
+  explicit GuardedOutcome(Call call) noexcept
+      : fault(guarded([this, call = std::move(call)]() mutable noexcept {
+          try {
+            call();
+          } catch (...) {
+            thrown.emplace(textOfThrownIfItCan());
+          }
+        })) {}
+
   std::optional<std::wstring> thrown;  // what a C++ exception that ended it says
+  std::optional<u32> fault;            // the system's code of the exception that ended it
 };
 
 template <class Call>
 GuardedOutcome guardedFromAll(Call call) noexcept {
-  GuardedOutcome outcome;
-  outcome.fault = guarded([&]() noexcept {
-    try {
-      call();
-    } catch (...) {
-      outcome.thrown.emplace(textOfThrownIfItCan());
-    }
-  });
-  return outcome;
+  return GuardedOutcome(std::move(call));
 }
 
 // What a code means: "an access violation (0xC0000005)".

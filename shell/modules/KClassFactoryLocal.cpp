@@ -148,10 +148,8 @@ KInterfaceCollection* KClassFactoryLocal::find(std::wstring_view first, std::wst
   return one;
 }
 
-KInterfaceCollection* KClassFactoryLocal::findNamed(const wchar_t* interfaceName) const noexcept {
-  if (!interfaceName) return nullptr;
-  KInterfaceCollection*& known = known_.at(interfaceName);
-  if (known && text::saysSame(known->name, interfaceName)) return known;
+KInterfaceCollection* KClassFactoryLocal::findAnew(const wchar_t* interfaceName,
+                                                   KInterfaceCollection*& known) const noexcept {
   KInterfaceCollection* const found = find(interfaceName);
   if (found) known = found;
   return found;

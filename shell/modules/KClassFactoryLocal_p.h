@@ -101,7 +101,11 @@ class KClassFactoryLocal final : public BClassFactory {
   KInterfaceCollection* find(std::wstring_view first, std::wstring_view rest = {}) const noexcept;
 
   // The same for a name as a caller has it.
-  KInterfaceCollection* findNamed(const wchar_t* interfaceName) const noexcept;
+  KInterfaceCollection* findNamed(const wchar_t* interfaceName) const noexcept {
+    if (!interfaceName) return nullptr;
+    KInterfaceCollection*& known = known_.at(interfaceName);
+    return known && text::saysSame(known->name, interfaceName) ? known : findAnew(interfaceName, known);
+  }
 
   i32 interfaceCount() const noexcept { return static_cast<i32>(all_.size()); }
   IPluginInterface* interfaceAt(i32 index) const noexcept {
@@ -110,6 +114,7 @@ class KClassFactoryLocal final : public BClassFactory {
 
  private:
   static u32 hashOf(std::wstring_view first, std::wstring_view rest) noexcept;
+  KInterfaceCollection* findAnew(const wchar_t* interfaceName, KInterfaceCollection*& known) const noexcept;
 
   AddressIndex<KInterfaceCollection, &KInterfaceCollection::nameHash> byName_;  // with a reference on each
   mutable text::LatelyFound<KInterfaceCollection*> known_;

@@ -159,10 +159,14 @@ IBSmartObject* KPluginModule::loadAndMake(const wchar_t* interfaceName, const st
 
 IBSmartObject* KPluginModule::makeObject(const wchar_t* interfaceName, const stype_info& identifier) {
   IBSmartObject* object = nullptr;
-  const GuardedOutcome outcome = guardedFromAll([&] {
-    object = factory_->createObject(interfaceName, identifier);
+  const GuardedOutcome outcome = guardedFromAll([&object, factory = factory_, interfaceName, &identifier] {
+    object = factory->createObject(interfaceName, identifier);
     if (object) object->typeInfo();  // something that is no object may end here
   });
+  if (object && !outcome.fault && !outcome.thrown) {
+    reason_ = flaw_;
+    return object;
+  }
   if (state_ == ModuleState::Failed && (outcome.fault || !object)) return nullptr;  // it asked itself, and that is why
   if (outcome.fault) {
     crashed(interfaceName, object ? L"its class factory made what is no object" : L"its class factory crashed",
@@ -170,9 +174,7 @@ IBSmartObject* KPluginModule::makeObject(const wchar_t* interfaceName, const sty
     return nullptr;
   }
   if (outcome.thrown) return cannotCreate(interfaceName, L"threw: " + *outcome.thrown);
-  if (!object) return cannotCreate(interfaceName, L"made no such object");
-  reason_ = flaw_;
-  return object;
+  return cannotCreate(interfaceName, L"made no such object");
 }
 
 void KPluginModule::crashed(const wchar_t* interfaceName, const wchar_t* what, u32 fault) {

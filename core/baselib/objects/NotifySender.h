@@ -80,7 +80,7 @@ class Delivery {
   }
   ~Delivery() {
     if (!list_) return;
-    if (walker_ && version_->load(std::memory_order_acquire) == seenVersion_) {
+    if (walker_ && isUnchanged()) {
       walker_->store(0, std::memory_order_release);
     } else {
       end();
@@ -94,12 +94,9 @@ class Delivery {
 
   // The entry whose turn it is after the one that was told last; at the end one without a listener.
   ListenerEntry* next(ListenerEntry* told) noexcept {
-    ListenerEntry* entry = told;
-    do {
-      entry = entry->next.load(std::memory_order_acquire);
-      if (version_->load(std::memory_order_acquire) != seenVersion_) return lookAgain(told);
-    } while (entry->state.load(std::memory_order_acquire) != 0);
-    return entry;
+    ListenerEntry* const entry = told->next.load(std::memory_order_acquire);
+    if (isUnchanged() && entry->state.load(std::memory_order_acquire) == 0) return entry;
+    return lookFurther(told);
   }
 
  private:
@@ -108,6 +105,18 @@ class Delivery {
   CORVIX_API void begin(BNotifySender& sender) noexcept;
   CORVIX_API void end() noexcept;
   CORVIX_API ListenerEntry* lookAgain(ListenerEntry* told) noexcept;
+
+  bool isUnchanged() const noexcept { return version_->load(std::memory_order_acquire) == seenVersion_; }
+
+  // The same when the next entry is none to be told. Apart: what nearly every step does is a few instructions.
+  ListenerEntry* lookFurther(ListenerEntry* told) noexcept {
+    ListenerEntry* entry = told;
+    do {
+      entry = entry->next.load(std::memory_order_acquire);
+      if (!isUnchanged()) return lookAgain(told);
+    } while (entry->state.load(std::memory_order_acquire) != 0);
+    return entry;
+  }
 
   ListenerList* list_ = nullptr;
   const std::atomic<u32>* version_ = nullptr;
@@ -129,8 +138,9 @@ int broadcastTo(BNotifySender& sender, Call call, const wchar_t* place = Listene
   int result = notify::kGoOn;
   if (!sender.hadListeners()) return result;
   Delivery delivery(sender);
-  for (ListenerEntry* at = delivery.start(); at && (at = delivery.next(at))->listener;) {
-    IBTransportable* const listener = at->listener;
+  ListenerEntry* at = delivery.start();
+  if (!at) return result;
+  while (IBTransportable* const listener = (at = delivery.next(at))->listener) {
     const int answer = callForeign(codeOf(listener), place, [&] { return call(*static_cast<Listener*>(listener)); });
     if (answer == notify::kStop) return notify::kStop;
     if (answer == notify::kTaken) result = notify::kTaken;

@@ -7,8 +7,29 @@ namespace corvix {
 
 namespace {
 
-// Short waits spin: the locks of the library are held for well under a microsecond.
-constexpr DWORD kSpinCount = 4000;
+// Of the system, behind the looks below.
+constexpr DWORD kSpinCount = 2000;
+
+// Between two looks at a section that another thread has: some half a microsecond at first.
+constexpr int kFewestPauses = 16;
+constexpr int kMostPauses = 512;
+
+const bool isOnlyProcessor = [] {
+  SYSTEM_INFO info;
+  GetSystemInfo(&info);
+  return info.dwNumberOfProcessors == 1;
+}();
+
+// The library's sections are held for well under a microsecond, and taken again soon. Each look takes the section's
+// memory away from who has it: with ever longer pauses between them a thread does many operations before the section,
+// and what it guards, goes from one processor to the other, where with eager looks that costs more than the operation.
+bool isEnteredBetweenPauses(CRITICAL_SECTION* section) noexcept {
+  for (int pauses = kFewestPauses; pauses <= kMostPauses; pauses *= 2) {
+    for (int i = 0; i < pauses; ++i) YieldProcessor();
+    if (TryEnterCriticalSection(section)) return true;
+  }
+  return false;
+}
 
 }  // namespace
 
@@ -24,7 +45,7 @@ constinit bool sectionsStayAsTheyAre = false;
 void enterContended(CRITICAL_SECTION* section) noexcept {
   if (isProcessEnding()) {
     sectionsStayAsTheyAre = true;  // no other thread is there to read it
-  } else {
+  } else if (isOnlyProcessor || !isEnteredBetweenPauses(section)) {
     EnterCriticalSection(section);
   }
 }

@@ -4,7 +4,10 @@
 #include "core/baselib/objects/Ref.h"
 #include "core/baselib/system/Exception.h"
 #include "shell/Shell.h"
+#include "shell/guard/ForeignGuard.h"
 #include "tests/support/CloseBehind.h"
+
+#include <malloc.h>
 
 namespace corvix {
 namespace {
@@ -37,6 +40,21 @@ TEST(ExceptionCrossing, ReachesAPluginAndTheLibraryBehindIt) {
     ++found;
   }
   EXPECT_EQ(found, 2);
+}
+
+int overflows = 0;
+
+void goDeeper(void*) { overflows += !callGuarded(nullptr, L"a test", goDeeper, nullptr, nullptr); }
+
+// What calls itself through the guard runs out of stack anywhere in it, just below one of many frames too.
+TEST(StackOverflow, IsSurvivedWhereverItHappensAndMoreThanOnce) {
+  int rounds = 0;
+  for (std::size_t below = 16; below < 1024; below += 48) {
+    volatile char* const room = static_cast<char*>(_alloca(below));
+    room[0] = 0;
+    EXPECT_TRUE(callGuarded(nullptr, L"a test", goDeeper, nullptr, nullptr));
+    EXPECT_EQ(overflows, ++rounds);
+  }
 }
 
 }  // namespace

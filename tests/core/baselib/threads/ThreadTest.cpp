@@ -1,11 +1,14 @@
 #include "core/baselib/threads/Thread.h"
 
 #include "core/baselib/objects/Ref.h"
+#include "core/baselib/system/CriticalSection.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <functional>
+#include <thread>
+#include <vector>
 
 #include <windows.h>
 
@@ -84,6 +87,28 @@ TEST(Thread, TheClientsSlotIsTheirs) {
   worker->join();
   EXPECT_EQ(TlsGetValue(BThread::m_TlsIndex), &ended);
   TlsSetValue(BThread::m_TlsIndex, nullptr);
+}
+
+// Those that wait come in between the looks of others, or out of the system's sleep behind one that holds it long.
+TEST(CriticalSection, IsHeldByOneThreadHoweverLongTheOthersWait) {
+  SCriticalSection section;
+  u32 holders = 0, taken = 0, wrong = 0;
+  const auto take = [&](u32 times, u32 heldMs) {
+    for (u32 i = 0; i < times; ++i) {
+      section.enter();
+      wrong += ++holders != 1 || section.heldCount() != 1;
+      if (heldMs) Sleep(heldMs);
+      ++taken;
+      --holders;
+      section.leave();
+    }
+  };
+  std::vector<std::thread> threads;
+  for (int i = 0; i < 3; ++i) threads.emplace_back(take, 20000, 0);
+  take(10, 5);
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(wrong, 0u);
+  EXPECT_EQ(taken, 60010u);
 }
 
 }  // namespace
