@@ -8,7 +8,8 @@
 //   expect documents COUNT          expect panel NAME yes|no      expect dialog TEXT
 //   expect text FIRST LINE (of what has the focus)               expect focus CLASS              panel NAME yes|no
 //
-// The first step that cannot be done, or finds something else, ends the program with 1 and a line on standard error.
+// What is expected may take its time, ten seconds at most. The first step that cannot be done, or finds something else,
+// ends the program with 1 and a line on standard error.
 #pragma once
 
 #include "shell/Shell.h"
@@ -45,6 +46,7 @@ class Steps {
   std::size_t at_ = 0;
   int calm_ = 0, calmWanted_ = 0;
   ULONGLONG waitUntil_ = 0;
+  ULONGLONG patientUntil_ = 0;  // 0: what is expected was not looked for yet
   UINT_PTR timer_ = 0;
 };
 

@@ -102,7 +102,6 @@ expect focus Edit
 expect status 1 Line 1, column 1
 type Hi,
 wait idle
-wait 400
 expect status 1 Line 1, column 4
 expect title * words.plain - Corvix Desk
 expect enabled Actions.File.Save yes
@@ -112,11 +111,9 @@ wait idle
 expect enabled Actions.Edit.Cut yes
 key Ctrl+X
 wait idle
-wait 400
 expect status 1 Line 1, column 1
 key Ctrl+V
 wait idle
-wait 400
 expect status 1 Line 3, column 1
 shot text.png
 key Ctrl+Tab
