@@ -2,6 +2,7 @@
 #include "bench/Bench.h"
 #include "core/baselib/objects/Ref.h"
 #include "graphics/IAGDCCreator.h"
+#include "graphics/Tiles.h"
 #include "graphics/text/Text.h"
 #include "shell/Shell.h"
 
@@ -65,6 +66,18 @@ void measureMap(Report& report, IAGDC& smooth, IAGDC& plain) {
       [&](std::uint64_t n) {
         while (n--) drawMap(plain, map);
       });
+  const auto byThreads = [&](i32 threads) {
+    return [&, threads](std::uint64_t n) {
+      while (n--) {
+        query<IAGTiles>(&smooth)->beginTiles(threads);
+        drawMap(smooth, map);
+        query<IAGTiles>(&smooth)->endTiles();
+      }
+    };
+  };
+  report.compare("map of 10,000 polygons, by two threads", "by one", 0, byThreads(2), [&](std::uint64_t n) {
+    while (n--) drawMap(smooth, map);
+  });
 }
 
 void measureMemory(Report& report, IAGDC& smooth) {

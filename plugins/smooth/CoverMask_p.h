@@ -1,7 +1,10 @@
 // CoverMask: how much of each pixel of a box is seen, in runs: clips with soft edges, and soft masks.
 #pragma once
 
-#include "plugins/smooth/Rasterizer_p.h"
+#include "plugins/smooth/Figures_p.h"
+
+#include <cstring>
+#include <memory>
 
 namespace corvix::smooth {
 
@@ -54,5 +57,7 @@ class CoverMask {
   HeapVector<u32> runs_;
   std::size_t rowBegin_ = 0;  // of the row that is made, in the runs
 };
+
+using SharedMask = std::shared_ptr<const CoverMask>;
 
 }  // namespace corvix::smooth

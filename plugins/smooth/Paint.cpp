@@ -82,7 +82,7 @@ AxialPaint::AxialPaint(ColorRamp ramp, Point from, Point to, const Matrix& userT
   base_ = ((back.e - from.x) * unit.x + (back.f - from.y) * unit.y) / length;
 }
 
-void AxialPaint::read(Point at, i32 count, Pixel* to) noexcept {
+void AxialPaint::read(Point at, i32 count, Pixel* to) const noexcept {
   if (!ramp_.reachesAll()) {
     return readEdged(at, count, to, [this](Point p) { return ramp_.at(p.x * perX_ + p.y * perY_ + base_); });
   }
@@ -109,7 +109,7 @@ Pixel RadialPaint::at(Point device) const noexcept {
   return isThere(smaller) ? ramp_.at(smaller) : 0;
 }
 
-void RadialPaint::read(Point first, i32 count, Pixel* to) noexcept {
+void RadialPaint::read(Point first, i32 count, Pixel* to) const noexcept {
   readEdged(first, count, to, [this](Point p) { return at(p); });
 }
 
@@ -195,7 +195,7 @@ Pixel SampledPaint::cubic(Point at) const noexcept {
   return alpha << 24 | level(sums[2], most) << 16 | level(sums[1], most) << 8 | level(sums[0], most);
 }
 
-void SampledPaint::read(Point at, i32 count, Pixel* to) noexcept {
+void SampledPaint::read(Point at, i32 count, Pixel* to) const noexcept {
   Point p = matrix_.apply(at);
   const auto eachOne = [&](auto sample) {
     for (i32 i = 0; i < count; ++i) {
@@ -214,7 +214,7 @@ void SampledPaint::read(Point at, i32 count, Pixel* to) noexcept {
   }
 }
 
-void PatternPaint::read(Point at, i32 count, Pixel* to) noexcept {
+void PatternPaint::read(Point at, i32 count, Pixel* to) const noexcept {
   i32 x = floorOf(at.x + origin_.x);
   const u8 bits = rows_[floorOf(at.y + origin_.y) & 7];
   for (i32 i = 0; i < count; ++i, ++x) to[i] = pixels_[bits >> (7 - (x & 7)) & 1];

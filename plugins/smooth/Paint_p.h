@@ -2,16 +2,22 @@
 #pragma once
 
 #include "graphics/Shading.h"
-#include "plugins/smooth/Rasterizer_p.h"
+#include "plugins/smooth/Figures_p.h"
+
+#include <memory>
 
 namespace corvix::smooth {
 
 class PaintSource {
  public:
   virtual ~PaintSource() = default;
-  // `count` pixels in a row; `at` is the middle of the first, in device pixels without the origin.
-  virtual void read(Point at, i32 count, Pixel* to) noexcept = 0;
+  // `count` pixels in a row; `at` is the middle of the first, in device pixels without the origin. [any thread]
+  virtual void read(Point at, i32 count, Pixel* to) const noexcept = 0;
 };
+
+using SharedPaint = std::shared_ptr<const PaintSource>;
+// Of a paint that the caller keeps; it has no owner, so `use_count` is 0.
+inline SharedPaint lent(const PaintSource& paint) noexcept { return {SharedPaint(), &paint}; }
 
 // The colours between stops, in steps.
 class ColorRamp {
@@ -35,7 +41,7 @@ class ColorRamp {
 class AxialPaint final : public PaintSource {
  public:
   AxialPaint(ColorRamp ramp, Point from, Point to, const Matrix& userToDevice) noexcept;
-  void read(Point at, i32 count, Pixel* to) noexcept override;
+  void read(Point at, i32 count, Pixel* to) const noexcept override;
 
  private:
   ColorRamp ramp_;
@@ -52,7 +58,7 @@ class RadialPaint final : public PaintSource {
         radius_(fromRadius),
         across_{to.x - from.x, to.y - from.y},
         grow_(toRadius - fromRadius) {}
-  void read(Point first, i32 count, Pixel* to) noexcept override;
+  void read(Point first, i32 count, Pixel* to) const noexcept override;
 
  private:
   Pixel at(Point device) const noexcept;
@@ -78,7 +84,7 @@ class SampledPaint final : public PaintSource {
   };
   SampledPaint(HeapVector<Pixel> own, const Picture& picture, const Matrix& deviceToPicture, Filter filter,
                bool isRepeated) noexcept;
-  void read(Point at, i32 count, Pixel* to) noexcept override;
+  void read(Point at, i32 count, Pixel* to) const noexcept override;
 
  private:
   const Pixel* row(i32 y) const noexcept;
@@ -99,7 +105,7 @@ class PatternPaint final : public PaintSource {
  public:
   PatternPaint(const u8* rows, Pixel zero, Pixel one, Point origin) noexcept
       : rows_(rows), pixels_{zero, one}, origin_(origin) {}
-  void read(Point at, i32 count, Pixel* to) noexcept override;
+  void read(Point at, i32 count, Pixel* to) const noexcept override;
 
  private:
   const u8* rows_;

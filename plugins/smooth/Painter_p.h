@@ -10,7 +10,7 @@ namespace corvix::smooth {
 
 // A mask and how far it was moved since it was made.
 struct PlacedMask {
-  const CoverMask* mask = nullptr;
+  SharedMask mask;
   i32 x = 0;
   i32 y = 0;
 };
@@ -27,7 +27,7 @@ class Painter {
     u32 opacity = 255;
     BlendMode mode = BlendMode::Normal;
     Pixel pixel = 0;  // unless there is a source
-    PaintSource* source = nullptr;
+    SharedPaint source;
     Point origin = {0, 0};  // of the source
   };
   // Rows that painters need, kept by the context from one to the next.

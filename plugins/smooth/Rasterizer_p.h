@@ -2,12 +2,11 @@
 #pragma once
 
 #include "graphics/IAGDC.h"
-#include "plugins/smooth/Pixels_p.h"
+#include "plugins/smooth/Figures_p.h"
 
 #include <cmath>
 #include <cstring>
 #include <memory>
-#include <vector>
 
 #include <agg_basics.h>
 #include <agg_rasterizer_cells_aa.h>
@@ -16,21 +15,59 @@
 
 namespace corvix::smooth {
 
-template <class T>
-using HeapVector = std::vector<T, HeapAllocator<T>>;
-
 class Rasterizer {
  public:
-  // Begins anew; what is outside is left out.
-  void begin(const PixelBox& clip) {
-    if (!cells_) cells_ = std::make_unique<Cells>(kMostBlocks);
+  // What is outside the clip is left out, and figures close by themselves. Throws std::bad_alloc, also when there is
+  // more than is kept of one drawing.
+  void take(const FigureStep* begin, const FigureStep* end, const PixelBox& clip) {
+    start(clip);
+    for (const FigureStep* step = begin; step != end; ++step) {
+      switch (step->kind) {
+        case FigureStep::Kind::Move:
+          moveTo(step->to);
+          break;
+        case FigureStep::Kind::Line:
+          lineTo(step->to);
+          break;
+        case FigureStep::Kind::Close:
+          close();
+          break;
+      }
+    }
+    finish();
+  }
+  void take(const Figures& figures, const PixelBox& clip) {
+    take(figures.steps().data(), figures.steps().data() + figures.steps().size(), clip);
+  }
+
+  // The rows with something in them, from the top.
+  PixelBox rows() const noexcept {
+    if (!cells_->total_cells()) return {0, 0, 0, 0};
+    return intersected(clip_, {cells_->min_x(), cells_->min_y(), cells_->max_x() + 1, cells_->max_y() + 1});
+  }
+
+  // Calls run(x, y, count, cover) and many(x, y, count, covers), from the top and from the left.
+  template <class Sink>
+  void sweep(FillRule rule, bool isSmooth, Sink&& sink) {
+    sweep(rule, isSmooth, sink, clip_.top, clip_.bottom);
+  }
+  template <class Sink>
+  void sweep(FillRule rule, bool isSmooth, Sink&& sink, i32 top, i32 bottom) {
+    const PixelBox box = rows();
+    for (i32 y = std::max(top, box.top); y < std::min(bottom, box.bottom); ++y) sweepRow(y, rule, isSmooth, sink);
+  }
+
+  static constexpr std::size_t kMostCells = 8 << 20;
+
+ private:
+  void start(const PixelBox& clip) {
+    if (!cells_) cells_ = makeCells();
     cells_->reset();
     clip_ = clip;
     clipper_.reset_clipping();
     clipper_.clip_box(clip.left, clip.top, clip.right, clip.bottom);
     isOpen_ = false;
   }
-  // Figures close by themselves. These throw std::bad_alloc.
   void moveTo(Point to) {
     close();
     clipper_.move_to(to.x, to.y);
@@ -45,11 +82,10 @@ class Rasterizer {
     isOpen_ = false;
   }
 
-  // Throws std::bad_alloc, also when there is more than is kept of one drawing.
   void finish() {
     close();
     const std::size_t count = cells_->total_cells() + 1;
-    if (count >= std::size_t{kMostBlocks} * kCellsInBlock) throw std::bad_alloc();
+    if (count >= kMostCells) throw std::bad_alloc();
     const std::size_t rows = count > 1 ? static_cast<std::size_t>(cells_->max_y() - cells_->min_y() + 1) : 0;
     if (count > sortedCells_ || rows > sortedRows_) {
       const std::size_t bytes = std::max(count * sizeof(void*), rows * 2 * sizeof(unsigned)) + kSlack * 8;
@@ -61,25 +97,10 @@ class Rasterizer {
     cells_->sort_cells();
     covers_.resize(static_cast<std::size_t>(std::max(0, clip_.right - clip_.left)) + kSlack);
   }
-  const PixelBox& clip() const noexcept { return clip_; }
 
-  // The rows with something in them, from the top.
-  PixelBox rows() const noexcept {
-    if (!cells_->total_cells()) return {0, 0, 0, 0};
-    return intersected(clip_, {cells_->min_x(), cells_->min_y(), cells_->max_x() + 1, cells_->max_y() + 1});
-  }
-
-  // Calls run(x, y, count, cover) and many(x, y, count, covers), from the top and from the left.
-  template <class Sink>
-  void sweep(FillRule rule, bool isSmooth, Sink&& sink) {
-    const PixelBox box = rows();
-    for (i32 y = box.top; y < box.bottom; ++y) sweepRow(y, rule, isSmooth, sink);
-  }
-
- private:
   using Cells = agg::rasterizer_cells_aa<agg::cell_aa>;
-  static constexpr unsigned kMostBlocks = 2048;
-  static constexpr unsigned kCellsInBlock = 4096;
+  static constexpr std::size_t kCellsInBlock = 4096;
+  static constexpr std::size_t kBlocksInList = 256;
   static constexpr i32 kLongRun = 12;
   static constexpr std::size_t kSlack = 32;
 
@@ -91,6 +112,14 @@ class Rasterizer {
     static double upscale(double v) { return v; }
     static double downscale(int v) { return v; }
   };
+
+  // With its first block: of a list without one it never frees the list.
+  static std::unique_ptr<Cells> makeCells() {
+    auto cells = std::make_unique<Cells>(static_cast<unsigned>(kMostCells / kCellsInBlock));
+    const agg::Aside aside(kBlocksInList * sizeof(void*), kCellsInBlock * sizeof(agg::cell_aa));
+    cells->line(0, 0, 2 * agg::poly_subpixel_scale, 2 * agg::poly_subpixel_scale);
+    return cells;
+  }
 
   static u32 coverOf(int doubledArea, FillRule rule, bool isSmooth) noexcept {
     constexpr u32 kWhole = 1u << (2 * agg::poly_subpixel_shift + 1);

@@ -9,7 +9,7 @@ namespace {
 class PicturePaint final : public PaintSource {
  public:
   explicit PicturePaint(const Surface& picture) noexcept : picture_(picture) {}
-  void read(Point at, i32 count, Pixel* to) noexcept override {
+  void read(Point at, i32 count, Pixel* to) const noexcept override {
     const Pixel* const from = picture_.at(static_cast<i32>(std::floor(at.x)), static_cast<i32>(std::floor(at.y)));
     std::copy_n(from, count, to);
   }
@@ -59,8 +59,7 @@ bool SmoothContext::paintAll() {
   if (!prepare()) return false;
   return withinMemory([&] {
     const Painter::How how = this->how(fillColor_, paints_[0]);
-    paintBox(how, how.clip);
-    return true;
+    return paintBox(how, how.clip);
   });
 }
 
@@ -77,6 +76,7 @@ bool SmoothContext::setBlendMode(BlendMode mode) {
 
 bool SmoothContext::beginGroup() {
   if (groupDepth() >= kMostGroups || !prepare()) return false;
+  drawTiles();
   return withinMemory([&] {
     Layer layer;
     layer.box = clipBox();
@@ -105,15 +105,15 @@ void SmoothContext::closeGroup() {
 
 bool SmoothContext::endGroup() {
   if (layers_.empty()) return false;
+  drawTiles();
   const Surface picture = surface();
   closeGroup();
   const bool isDrawn = withinMemory([&] {
     Painter::How how = this->how(kBlack, nullptr);
-    PicturePaint paint(picture);
-    how.source = &paint;
+    const PicturePaint paint(picture);
+    how.source = lent(paint);
     how.origin = {0, 0};
-    paintBox(how, picture.box);
-    return true;
+    return paintBox(how, picture.box);
   });
   closed_ = {};
   return isDrawn;
@@ -121,6 +121,7 @@ bool SmoothContext::endGroup() {
 
 bool SmoothContext::endGroupAsMask(MaskBy by, Color backdrop) {
   if (layers_.empty()) return false;
+  drawTiles();
   const Surface picture = surface();
   closeGroup();
   const bool isMade = withinMemory([&] {

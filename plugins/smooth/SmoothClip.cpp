@@ -103,11 +103,12 @@ void SmoothContext::narrow(const PixelBox& box) {
   clipChanged();
 }
 
-void SmoothContext::narrowByShape(FillRule rule, bool isInside) {
+void SmoothContext::narrowByFigures(FillRule rule, bool isInside) {
   i32 x;
   i32 y;
   wholeOrigin(x, y);
   PixelBox box = clipBox();
+  rasterizer_.take(figures_, box);
   if (isInside) box = intersected(box, rasterizer_.rows());
   if (isEmpty(box)) return narrow({0, 0, 0, 0});
   auto mask = std::allocate_shared<CoverMask>(HeapAllocator<CoverMask>(), moved(box, -x, -y));
@@ -144,39 +145,36 @@ bool SmoothContext::excludeRect(double x, double y, double width, double height)
   return withinMemory([&] {
     Path path;
     path.rectangle(x, y, width, height);
-    rasterizer_.begin(clipBox());
-    trace(path);
-    narrowByShape(FillRule::Winding, false);
+    trace(path, clipBox());
+    narrowByFigures(FillRule::Winding, false);
     return true;
   });
 }
 
 bool SmoothContext::clipOut(const Path& path) {
   if (!prepare()) return false;
-  rasterizer_.begin(clipBox());
-  trace(path);
-  narrowByShape(fillRule_, true);
+  trace(path, clipBox());
+  narrowByFigures(fillRule_, true);
   return true;
 }
 
 bool SmoothContext::clipStrokeOut(const Path& path, bool) {
   if (!prepare()) return false;
-  rasterizer_.begin(clipBox());
   const double thinnest = 1 / penScale();
   const double width = std::exchange(line_.width, std::max(line_.width, thinnest));
   bool isTraced = false;
   try {
-    traceStroke(path);
+    traceStroke(path, clipBox());
     isTraced = true;
   } catch (const std::bad_alloc&) {
   }
   line_.width = width;
-  if (isTraced) narrowByShape(FillRule::Winding, true);
+  if (isTraced) narrowByFigures(FillRule::Winding, true);
   return isTraced;
 }
 
 // Null when the region is a box.
-SmoothContext::SharedMask SmoothContext::maskOf(HRGN region, PixelBox& box) const {
+SharedMask SmoothContext::maskOf(HRGN region, PixelBox& box) const {
   const HeapVector<RECT> rects = rectanglesOf(region);
   box = {0, 0, 0, 0};
   for (const RECT& rect : rects) box = united(box, {rect.left, rect.top, rect.right, rect.bottom});
@@ -219,7 +217,7 @@ bool SmoothContext::clipRegion(RegionHandle region) {
       return true;
     }
     auto made = std::allocate_shared<CoverMask>(HeapAllocator<CoverMask>(), both);
-    MaskRows rows(*made, {clip_.mask.get()}, both, true);
+    MaskRows rows(*made, {clip_.mask}, both, true);
     HeapVector<u8> row(static_cast<std::size_t>(both.right - both.left));
     for (i32 y = both.top; y < both.bottom; ++y) {
       mask->read(both.left, y, both.right - both.left, row.data());

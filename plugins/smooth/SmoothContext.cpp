@@ -23,6 +23,8 @@ bool SmoothContext::take(DeviceHandle device, double width, double height) {
 
 bool SmoothContext::detach() {
   if (!isAttached_) return false;
+  drawTiles();
+  tiles_.end();
   layers_.clear();
   closed_ = {};
   beginGdi();
@@ -103,6 +105,7 @@ void SmoothContext::showChanges() noexcept {
 void SmoothContext::beginGdi() noexcept {
   takeBack();
   if (!isAttached_) return;
+  drawTiles();
   showChanges();
   isStale_ = mayGdiHaveDrawn_ = true;
 }
@@ -131,6 +134,7 @@ bool SmoothContext::copyTo(DeviceHandle device, i32 x, i32 y) {
 
 PixelMemory SmoothContext::beginPixels() noexcept {
   if (!prepare()) return {};
+  drawTiles();
   const Surface to = surface();
   if (!to.pixels) return {};
   changed(to.box);

@@ -5,18 +5,19 @@
 #pragma once
 
 #include "graphics/IAGDCCreator.h"
+#include "graphics/Tiles.h"
 #include "graphics/contexts/DrawingContext_p.h"
 #include "graphics/contexts/OffscreenBitmap_p.h"
-#include "plugins/smooth/Painter_p.h"
 #include "plugins/smooth/Stroker_p.h"
+#include "plugins/smooth/Tiles_p.h"
 
 #include <optional>
 
 namespace corvix::smooth {
 
-class SmoothContext final : public DrawingContext, public IAGShading, public IAGBlending {
+class SmoothContext final : public DrawingContext, public IAGShading, public IAGBlending, public IAGTiles {
   CORVIX_IDENTITY(SmoothContext, 0x8E4A17D5, 0x4B60C92F, 0xA3F1580E, 0x6CD92B74, DrawingContext, IAGShading,
-                  IAGBlending)
+                  IAGBlending, IAGTiles)
 
  public:
   static constexpr u32 kOffered = capability::kCommon | capability::kGdiPlus;
@@ -103,6 +104,9 @@ class SmoothContext final : public DrawingContext, public IAGShading, public IAG
   bool endGroupAsMask(MaskBy by, Color backdrop) override;
   i32 groupDepth() const noexcept override { return static_cast<i32>(layers_.size()); }
 
+  bool beginTiles(i32 threads) override;
+  bool endTiles() override;
+
  protected:
   bool take(DeviceHandle device, double width, double height) override;
   void beginGdi() noexcept override;
@@ -125,9 +129,6 @@ class SmoothContext final : public DrawingContext, public IAGShading, public IAG
   bool turnedOut(const ImageBits& bits, ImageTurn turn, const Matrix& unitToDevice, bool smooth) override;
 
  private:
-  using SharedMask = std::shared_ptr<const CoverMask>;
-  using SharedPaint = std::shared_ptr<PaintSource>;
-
   // From the origin's whole pixel; within a group never wider than it.
   struct Clip {
     bool isNarrow = false;
@@ -164,20 +165,23 @@ class SmoothContext final : public DrawingContext, public IAGShading, public IAG
   PlacedMask placed(const SharedMask& mask) const noexcept;
 
   Painter::How how(Color color, const SharedPaint& paint) const noexcept;
-  void trace(const Path& path);  // into the rasterizer, begun
-  void traceStroke(const Path& path);
+  // A path as figures, as far as it may be seen in the clip. These throw std::bad_alloc.
+  void trace(const Path& path, const PixelBox& clip);
+  void traceStroke(const Path& path, const PixelBox& clip);
   double penWidth() const noexcept;
-  // What the rasterizer has, or a box of whole pixels. These throw std::bad_alloc.
-  void paintShape(const Painter::How& how, FillRule rule);
-  void paintBox(const Painter::How& how, const PixelBox& box);
+  // The figures, or a box of whole pixels: now, or once what is collected is drawn. These throw std::bad_alloc.
+  bool paintFigures(const Painter::How& how, FillRule rule);
+  bool paintBox(const Painter::How& how, const PixelBox& box);
+  bool wasCollected(const Painter::How& how) noexcept;
+  bool drawTiles() noexcept;  // before pixels are read or written in another way
   void changed(const PixelBox& box) noexcept;
 
   void clipChanged() noexcept { onDevice_.reset(); }
   bool isOnPixels(double x, double y, double width, double height, PixelBox& box) const noexcept;
   Clip wholeClip() const noexcept;
   void narrow(const PixelBox& box);  // from the origin's whole pixel
-  // By what the rasterizer has, or all but that. These throw std::bad_alloc.
-  void narrowByShape(FillRule rule, bool isInside);
+  // By the figures, or all but them. These throw std::bad_alloc.
+  void narrowByFigures(FillRule rule, bool isInside);
   SharedMask maskOf(HRGN region, PixelBox& box) const;
 
   bool drawRecolored(IAGImage* image, i32 x, i32 y, i32 width, i32 height, const Recolor& recolor);
@@ -204,8 +208,11 @@ class SmoothContext final : public DrawingContext, public IAGShading, public IAG
   SharedPaint paints_[2];  // of fills and strokes; null: their colours
   HeapVector<Layer> layers_;
   Layer closed_;
+  Figures figures_;
   Rasterizer rasterizer_;
   Painter::Rows rows_;
+  Tiles tiles_;
+  bool isTileLost_ = false;  // some of what was collected was not drawn
 };
 
 }  // namespace corvix::smooth

@@ -12,9 +12,9 @@ Box boxOf(const PixelBox& box) noexcept {
   return {double{1} * box.left, double{1} * box.top, double{1} * box.right, double{1} * box.bottom};
 }
 
-// What `Path::replay` feeds, through a matrix into a rasterizer.
+// What `Path::replay` feeds, through a matrix.
 struct Tracer {
-  Rasterizer& to;
+  Figures& to;
   const Matrix& matrix;
   Box area;
   Point last = {0, 0};
@@ -54,7 +54,7 @@ PixelBox SmoothContext::clipBox() const noexcept {
 }
 
 PlacedMask SmoothContext::placed(const SharedMask& mask) const noexcept {
-  PlacedMask result = {mask.get()};
+  PlacedMask result = {mask, 0, 0};
   wholeOrigin(result.x, result.y);
   return result;
 }
@@ -69,15 +69,15 @@ Painter::How SmoothContext::how(Color color, const SharedPaint& paint) const noe
   how.opacity = static_cast<u32>(std::lround(look_.opacity * 255));
   how.mode = look_.mode;
   how.pixel = toPixel(color);
-  how.source = paint.get();
+  how.source = paint;
   how.origin = origin_;
   return how;
 }
 
-void SmoothContext::trace(const Path& path) {
+void SmoothContext::trace(const Path& path, const PixelBox& clip) {
   const Matrix matrix = fullTransform();
-  path.replay(Tracer{rasterizer_, matrix, boxOf(rasterizer_.clip())});
-  rasterizer_.finish();
+  figures_.clear();
+  path.replay(Tracer{figures_, matrix, boxOf(clip)});
 }
 
 // The thinnest line is a pixel wide; with smart lines no other is thinner.
@@ -87,49 +87,86 @@ double SmoothContext::penWidth() const noexcept {
   return quality().smartLines.load(std::memory_order_relaxed) ? std::max(line_.width, pixel) : line_.width;
 }
 
-void SmoothContext::traceStroke(const Path& path) {
+void SmoothContext::traceStroke(const Path& path, const PixelBox& clip) {
   const Matrix matrix = fullTransform();
   const double width = penWidth();
-  Box area = boxOf(rasterizer_.clip());
+  Box area = boxOf(clip);
   const double room = width * std::max(std::hypot(matrix.a, matrix.b), std::hypot(matrix.c, matrix.d)) *
                       std::clamp(line_.miterLimit, 1.0, 64.0);
   area = {area.left - room, area.top - room, area.right + room, area.bottom + room};
-  Stroker(line_, width, matrix, area, rasterizer_).stroke(path);
-  rasterizer_.finish();
+  figures_.clear();
+  Stroker(line_, width, matrix, area, figures_).stroke(path);
 }
 
-void SmoothContext::paintShape(const Painter::How& how, FillRule rule) {
+// What is only lent goes back to its owner now.
+bool SmoothContext::wasCollected(const Painter::How& how) noexcept {
+  const bool isLent = how.source && how.source.use_count() == 0;
+  return (!isLent && !tiles_.isFull()) || drawTiles();
+}
+
+bool SmoothContext::drawTiles() noexcept {
+  if (tiles_.isEmpty()) return true;
+  const PixelBox box = tiles_.box();
+  const bool isDrawn = tiles_.draw();
+  if (isDrawn) {
+    changed(box);
+  } else {
+    isTileLost_ = true;
+  }
+  return isDrawn;
+}
+
+bool SmoothContext::beginTiles(i32 threads) {
+  if (threads < 1 || threads > kMostTileThreads || tiles_.isOn() || !canDraw()) return false;
+  tiles_.begin(threads);
+  isTileLost_ = false;
+  return true;
+}
+
+bool SmoothContext::endTiles() {
+  if (!tiles_.isOn()) return false;
+  const bool isDrawn = drawTiles() && !isTileLost_;
+  tiles_.end();
+  return isDrawn;
+}
+
+bool SmoothContext::paintFigures(const Painter::How& how, FillRule rule) {
+  if (tiles_.isOn() && tiles_.add(how, figures_, rule, isSmooth())) return wasCollected(how);
+  drawTiles();
+  rasterizer_.take(figures_, how.clip);
   Painter painter(how, rows_);
   rasterizer_.sweep(rule, isSmooth(), painter);
   changed(rasterizer_.rows());
+  return true;
 }
 
-void SmoothContext::paintBox(const Painter::How& how, const PixelBox& box) {
+bool SmoothContext::paintBox(const Painter::How& how, const PixelBox& box) {
   const PixelBox seen = intersected(box, how.clip);
-  if (isEmpty(seen)) return;
+  if (isEmpty(seen)) return true;
+  if (tiles_.isOn()) {
+    tiles_.add(how, seen);
+    return wasCollected(how);
+  }
   Painter painter(how, rows_);
   for (i32 y = seen.top; y < seen.bottom; ++y) painter.run(seen.left, y, seen.right - seen.left, 255);
   changed(seen);
+  return true;
 }
 
 bool SmoothContext::fillOut(const Path& path) {
   if (!prepare()) return false;
   const Painter::How how = this->how(fillColor_, paints_[0]);
   if (isEmpty(how.clip)) return true;
-  rasterizer_.begin(how.clip);
-  trace(path);
-  paintShape(how, fillRule_);
-  return true;
+  trace(path, how.clip);
+  return paintFigures(how, fillRule_);
 }
 
 bool SmoothContext::strokeOut(const Path& path, bool) {
   if (!prepare()) return false;
   const Painter::How how = this->how(strokeColor_, paints_[1]);
   if (isEmpty(how.clip)) return true;
-  rasterizer_.begin(how.clip);
-  traceStroke(path);
-  paintShape(how, FillRule::Winding);
-  return true;
+  traceStroke(path, how.clip);
+  return paintFigures(how, FillRule::Winding);
 }
 
 bool SmoothContext::lineOut(Point from, Point to) {
@@ -170,8 +207,7 @@ bool SmoothContext::fillRect(double x, double y, double width, double height) {
     PixelBox box;
     if (!isSingular_ && isOnPixels(x, y, width, height, box)) {
       if (!prepare()) return false;
-      paintBox(how(fillColor_, paints_[0]), box);
-      return true;
+      return paintBox(how(fillColor_, paints_[0]), box);
     }
     Path path;
     path.rectangle(x, y, width, height);
@@ -181,6 +217,7 @@ bool SmoothContext::fillRect(double x, double y, double width, double height) {
 
 bool SmoothContext::clear() {
   if (!prepare()) return false;
+  drawTiles();
   backgroundColor_ = kWhite;
   const Surface to = surface();
   for (i32 y = to.box.top; y < to.box.bottom; ++y) {
@@ -198,11 +235,10 @@ bool SmoothContext::patternRectPixel(i32 x, i32 y, i32 width, i32 height, const 
   }
   return withinMemory([&] {
     if (!prepare()) return false;
-    PatternPaint paint(pattern, toPixel(backgroundColor_), toPixel(fillColor_), origin_);
+    const PatternPaint paint(pattern, toPixel(backgroundColor_), toPixel(fillColor_), origin_);
     Painter::How how = this->how(fillColor_, nullptr);
-    how.source = &paint;
-    paintBox(how, {rect.left, rect.top, rect.right, rect.bottom});
-    return true;
+    how.source = lent(paint);
+    return paintBox(how, {rect.left, rect.top, rect.right, rect.bottom});
   });
 }
 
@@ -226,10 +262,14 @@ bool SmoothContext::paintCoverage(const u8* coverage, i32 strideBytes, const Pix
     const Painter::How how = this->how(fillColor_, paints_[0]);
     const PixelBox seen = intersected(box, how.clip);
     if (isEmpty(seen)) return true;
+    const u8* covers =
+        coverage + static_cast<std::ptrdiff_t>(strideBytes) * (seen.top - box.top) + (seen.left - box.left);
+    if (tiles_.isOn()) {
+      tiles_.add(how, covers, strideBytes, seen);
+      return wasCollected(how);
+    }
     Painter painter(how, rows_);
-    for (i32 row = seen.top; row < seen.bottom; ++row) {
-      const u8* const covers =
-          coverage + static_cast<std::ptrdiff_t>(strideBytes) * (row - box.top) + (seen.left - box.left);
+    for (i32 row = seen.top; row < seen.bottom; ++row, covers += strideBytes) {
       painter.many(seen.left, row, seen.right - seen.left, covers);
     }
     changed(seen);

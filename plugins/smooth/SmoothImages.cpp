@@ -32,7 +32,7 @@ void copyRow(const ImageBits& bits, i32 x, i32 y, Pixel* to, i32 count) noexcept
 class StraightPaint final : public PaintSource {
  public:
   StraightPaint(const ImageBits& bits, i32 left, i32 top) noexcept : bits_(bits), left_(left), top_(top) {}
-  void read(Point at, i32 count, Pixel* to) noexcept override {
+  void read(Point at, i32 count, Pixel* to) const noexcept override {
     readPixels(bits_, static_cast<i32>(at.x) - left_, static_cast<i32>(at.y) - top_, count, to);
   }
 
@@ -88,30 +88,25 @@ bool SmoothContext::imageOut(const ImageBits& bits, const Matrix& unitToDevice, 
     const bool isPlain =
         !how.masks[0].mask && !how.masks[1].mask && how.opacity == 255 && how.mode == BlendMode::Normal;
     if (isPlain && !isEmpty(seen) && (bits.bitsPerPixel == 24 || (bits.bitsPerPixel == 32 && bits.hasAlpha))) {
+      drawTiles();
       for (i32 y = seen.top; y < seen.bottom; ++y)
         copyRow(bits, seen.left - box.left, y - box.top, how.surface.at(seen.left, y), seen.right - seen.left);
       changed(seen);
       return true;
     }
-    StraightPaint paint(bits, box.left, box.top);
-    how.source = &paint;
-    paintBox(how, seen);
-    return true;
+    const StraightPaint paint(bits, box.left, box.top);
+    how.source = lent(paint);
+    return paintBox(how, seen);
   }
   const std::ptrdiff_t stride = bits.seen.right - bits.seen.left;
-  SampledPaint paint(pixelsOf(bits), {nullptr, stride, bits.seen},
-                     place.inverse().then(Matrix::scaling(bits.width, bits.height)), filter(smooth), false);
-  how.source = &paint;
-  if (isAlong) {
-    paintBox(how, box);
-    return true;
-  }
-  rasterizer_.begin(how.clip);
-  rasterizer_.moveTo(place.apply({0, 0}));
-  for (const Point corner : {Point{1, 0}, Point{1, 1}, Point{0, 1}}) rasterizer_.lineTo(place.apply(corner));
-  rasterizer_.finish();
-  paintShape(how, FillRule::Winding);
-  return true;
+  how.source = std::allocate_shared<SampledPaint>(
+      HeapAllocator<SampledPaint>(), pixelsOf(bits), SampledPaint::Picture{nullptr, stride, bits.seen},
+      place.inverse().then(Matrix::scaling(bits.width, bits.height)), filter(smooth), false);
+  if (isAlong) return paintBox(how, box);
+  figures_.clear();
+  figures_.moveTo(place.apply({0, 0}));
+  for (const Point corner : {Point{1, 0}, Point{1, 1}, Point{0, 1}}) figures_.lineTo(place.apply(corner));
+  return paintFigures(how, FillRule::Winding);
 }
 
 bool SmoothContext::turnedOut(const ImageBits& bits, ImageTurn turn, const Matrix& unitToDevice, bool smooth) {

@@ -10,7 +10,7 @@ double largestScale(const Matrix& m) noexcept { return std::max(std::hypot(m.a, 
 
 }  // namespace
 
-Stroker::Stroker(const LineState& line, double width, const Matrix& toDevice, const Box& area, Rasterizer& to)
+Stroker::Stroker(const LineState& line, double width, const Matrix& toDevice, const Box& area, Figures& to)
     : matrix_(toDevice), to_(to), area_(area) {
   const double scale = largestScale(toDevice);
   closest_ = 1e-4 / scale;

@@ -1,9 +1,9 @@
-// Stroker: the outline of lines with caps and joins, into a rasterizer.
+// Stroker: the outlines of lines with caps and joins, as figures.
 #pragma once
 
 #include "graphics/contexts/LineState_p.h"
 #include "graphics/path/Path_p.h"
-#include "plugins/smooth/Rasterizer_p.h"
+#include "plugins/smooth/Figures_p.h"
 
 #include <agg_math_stroke.h>
 
@@ -13,7 +13,7 @@ class Stroker {
  public:
   // In user units, with a pen that is round there.
   // `area` is what may be seen, in device pixels.
-  Stroker(const LineState& line, double width, const Matrix& toDevice, const Box& area, Rasterizer& to);
+  Stroker(const LineState& line, double width, const Matrix& toDevice, const Box& area, Figures& to);
 
   // Throws std::bad_alloc.
   void stroke(const Path& path) {
@@ -37,7 +37,7 @@ class Stroker {
   struct Outline {
     using value_type = Spot;
     const Matrix& matrix;
-    Rasterizer& to;
+    Figures& to;
     bool isBegun = false;
 
     void remove_all() const noexcept {}
@@ -52,7 +52,7 @@ class Stroker {
   void join(Outline& outline, std::size_t from, std::size_t at, std::size_t to);
 
   const Matrix& matrix_;
-  Rasterizer& to_;
+  Figures& to_;
   Box area_;
   double closest_;  // points nearer than that are one
   agg::math_stroke<Outline> math_;

@@ -48,7 +48,10 @@ def main():
     source = HERE / "CairoScenes.cpp"
     if not cairo.exists() or cairo.stat().st_mtime < max(source.stat().st_mtime, (HERE / "Scene.h").stat().st_mtime):
         run(os.environ.get("CXX", "c++"), "-O2", "-std=c++20", source, "-o", cairo, *flags)
-    run(*given.program, scenes, folder, stdout=subprocess.DEVNULL)
+    drawn = subprocess.run([*given.program, scenes, folder], stdout=subprocess.PIPE, text=True, check=False)
+    if drawn.returncode:
+        print(drawn.stdout)
+        return 1
     lines = run(cairo, scenes, folder, *([given.sheet] if given.sheet else []), capture_output=True).stdout.splitlines()
 
     names = [line.split(" ", 1)[1] for line in scenes.read_text(encoding="utf-8").splitlines() if line.startswith("scene ")]

@@ -3,6 +3,7 @@
 #include "graphics/Blending.h"
 #include "graphics/IAGDCCreator.h"
 #include "graphics/Shading.h"
+#include "graphics/Tiles.h"
 #include "graphics/text/Text.h"
 #include "graphics/text/TextTarget.h"
 #include "plugins/smooth/Spans_p.h"
@@ -15,6 +16,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cstdlib>
 #include <functional>
 #include <limits>
@@ -152,6 +154,11 @@ TEST(Smooth, RefusesWhatIsNoDrawing) {
                [&] {
                  const auto tile = Ref<IAGImage>::adopt(page->createImage(2, 2, ColorModel::Rgb, 0));
                  return shading->setTilePaint(PaintUse::Fill, tile.get(), {1, 1, 1, 1, 0, 0});
+               }},
+              {"too few and too many threads, tiles that were not begun",
+               [&] {
+                 auto* const tiles = query<IAGTiles>(page.get());
+                 return tiles->endTiles() || tiles->beginTiles(0) || tiles->beginTiles(65) || tiles->endTiles();
                }},
               {"opacity", [&] { return blending->setOpacity(1.5) || blending->setOpacity(kNan); }},
               {"no group", [&] { return blending->endGroup() || blending->endGroupAsMask(MaskBy::Alpha, kBlack); }},
@@ -292,8 +299,67 @@ TEST(Smooth, TenThousandContextsLeaveNothing) {
   EXPECT_LE(heapBlocksInUse(), blocksBefore + 2);
 }
 
+Ref<IAGImage> pictureOf(IAGDC& page) {
+  auto image = Ref<IAGImage>::adopt(page.createImage(64, 48, ColorModel::Argb, 0));
+  EXPECT_TRUE(image && image->captureFrom(page, 0, 0));
+  return image;
+}
+bool areSame(IAGImage& a, IAGImage& b) { return std::memcmp(a.row(0), b.row(0), std::size_t{4} * 64 * 48) == 0; }
+
+// Between drawings that are collected, whatever else reaches the pixels.
+TEST(Smooth, TilesKeepTheOrderOfWhatIsDrawn) {
+  const auto target = makePage();
+  const u8 pattern[8] = {0xAA, 0x55, 0xAA, 0x55, 0xAA, 0x55, 0xAA, 0x55};
+  const struct {
+    const char* name;
+    std::function<bool(IAGDC&)> between;
+  } rows[] = {{"nothing", [](IAGDC&) { return true; }},
+              {"a pixel", [](IAGDC& page) { return page.setPixel(20, 20, kWhite); }},
+              {"GDI", [](IAGDC& page) { return SetPixelV(page.deviceContext(), 20, 20, RGB(9, 9, 9)) != 0; }},
+              {"a frame",
+               [](IAGDC& page) {
+                 return page.xorRect({10, 10, 40, 40});
+               }},
+              {"clear", [](IAGDC& page) { return page.clear(); }},
+              {"a copy", [&](IAGDC& page) { return page.copyTo(target->deviceContext(), 0, 0); }},
+              {"a pattern", [&](IAGDC& page) { return page.patternRectPixel(8, 8, 30, 30, pattern); }},
+              {"a group",
+               [](IAGDC& page) {
+                 auto* const blending = query<IAGBlending>(&page);
+                 return blending->setOpacity(0.5) && blending->beginGroup() && page.fillRect(4.5, 4, 40, 40) &&
+                        blending->endGroup() && blending->setOpacity(1);
+               }},
+              {"a clip, an image", [](IAGDC& page) {
+                 const auto image = Ref<IAGImage>::adopt(page.createImage(9, 9, ColorModel::Gray, 0));
+                 return page.clipRect(2.5, 2.5, 50, 40) && page.drawImage(image.get(), 7, 7, 9, 9) &&
+                        page.drawImage(image.get(), 20.5, 20.5, 30, 30);
+               }}};
+  const auto draw = [](IAGDC& page, const std::function<bool(IAGDC&)>& between) {
+    for (int i = 0; i < 3; ++i) {
+      page.setFillColor(rgb(200 - 50 * i, 80 * i, 40));
+      if (!page.fillEllipse(20 + 9 * i, 20 + 3 * i, 22, 19) || (i == 1 && !between(page))) return false;
+    }
+    return true;
+  };
+  for (const auto& row : rows) {
+    const auto plain = makePage();
+    ASSERT_TRUE(draw(*plain, row.between)) << row.name;
+    const auto expected = pictureOf(*plain);
+    for (const i32 threads : {1, 2, 3, 8}) {
+      const auto page = makePage();
+      auto* const tiles = query<IAGTiles>(page.get());
+      EXPECT_TRUE(tiles->beginTiles(threads) && !tiles->beginTiles(2) && draw(*page, row.between)) << row.name;
+      EXPECT_TRUE(threads == 3 || tiles->endTiles());
+      EXPECT_TRUE(areSame(*pictureOf(*page), *expected)) << row.name << ' ' << threads;
+    }
+  }
+  const auto page = makePage();
+  EXPECT_TRUE(query<IAGTiles>(page.get())->beginTiles(2) && page->fillRect(0, 0, 64, 48) && page->detach());
+  EXPECT_FALSE(query<IAGTiles>(page.get())->beginTiles(2));
+}
+
 // Refuses the n-th allocation of the modules: the library's heap, and the language's library.
-int allocationsLeft = 0;
+std::atomic<int> allocationsLeft = 0;
 void* refusingMalloc(std::size_t size) {
   return allocationsLeft > 0 && --allocationsLeft == 0 ? nullptr : std::malloc(size);
 }
@@ -338,7 +404,7 @@ TEST(Smooth, WithoutMemoryNothingIsLeftBehind) {
       const auto page = makePage();
       allocationsLeft = n;
       everything(*page);
-      isHit = allocationsLeft == 0;
+      isHit = allocationsLeft <= 0;
       allocationsLeft = 0;
       ASSERT_EQ(query<IAGBlending>(page.get())->groupDepth(), 0) << n;
       ASSERT_TRUE(page->resetClip() && page->setFillColor(kBlack) && page->fillEllipse(32, 24, 20, 20)) << n;
@@ -348,6 +414,45 @@ TEST(Smooth, WithoutMemoryNothingIsLeftBehind) {
     inUse = heapBlocksInUse();
   }
   EXPECT_EQ(blocks[0], blocks[1]);
+}
+
+// By several threads all is drawn or nothing, whatever thread found no memory.
+TEST(Smooth, TilesWithoutMemoryDrawNothing) {
+  using Malloc = void* (*)(std::size_t);
+  const auto slotOf = [](const wchar_t* module) -> Malloc& {
+    return *reinterpret_cast<Malloc*>(importSlotOf(GetModuleHandleW(module), "malloc"));
+  };
+  const auto white = pictureOf(*makePage());
+  bool isCollected = false;
+  const auto draw = [&](IAGDC& page) {
+    auto* const tiles = query<IAGTiles>(&page);
+    isCollected = tiles->beginTiles(3);
+    for (int i = 0; i < 16; ++i) isCollected = page.fillEllipse(10 + 3 * i, 24, 9, 22) && isCollected;
+    return tiles->endTiles();
+  };
+  const auto whole = makePage();
+  ASSERT_TRUE(draw(*whole));
+  const auto expected = pictureOf(*whole);
+  const ImportSlot<Malloc> library(slotOf(L"corvix.dll"), refusingMalloc);
+  const ImportSlot<Malloc> language(slotOf(L"libstdc++-6.dll"), refusingMalloc);
+  std::size_t blocks[4];
+  for (std::size_t& inUse : blocks) {
+    int lost = 0;
+    bool isHit = true;
+    for (int n = 1; isHit && n < 5000; ++n) {
+      const auto page = makePage();
+      allocationsLeft = n;
+      const bool isDrawn = draw(*page);
+      isHit = allocationsLeft <= 0;
+      allocationsLeft = 0;
+      if (!isCollected) continue;
+      if (!isDrawn) ++lost;
+      ASSERT_TRUE(areSame(*pictureOf(*page), isDrawn ? *expected : *white)) << n;
+    }
+    EXPECT_GT(lost, 5);
+    inUse = heapBlocksInUse();
+  }
+  EXPECT_LE(blocks[3], blocks[0] + 2);  // threads that end leave now one, now none
 }
 
 TEST(SmoothSpans, Sse2WritesTheSameBytes) {
