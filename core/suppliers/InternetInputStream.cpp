@@ -102,7 +102,7 @@ u32 InternetInputStream::fetch(u8* to, u32 count) {
   }
   u32 got = 0;
   while (got < count) {
-    const u32 asked = std::min(count - got, InternetTransfer::kBufferBytes);
+    const u32 asked = std::min(count - got, InternetTransfer::kPieceBytes);
     const u32 came = fetchPiece(to + got, asked, asked, patience);
     got += came;
     if (came < asked) break;

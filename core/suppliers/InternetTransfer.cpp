@@ -102,17 +102,17 @@ void InternetTransfer::giveUp(InternetTransfer* transfer) noexcept {
   HINTERNET request = nullptr;
   transfer->isGivenUp_ = true;
   const bool isIdle = transfer->call_ == Call::None;
+  const bool endsAtOnce = isIdle || transfer->isBrief_;
   if (isIdle) request = std::exchange(transfer->request_, nullptr);
   HANDLE const thread = std::exchange(transfer->thread_, nullptr);
   transfer->lock_.leave();
   if (request) transfer->calls_.closeHandle(request);
   if (transfer->wake_) SetEvent(transfer->wake_);
+  // One that is at its end when the process comes to its own may crash it in the emulation, so it is let go first; one
+  // that a server holds is not waited for.
+  if (thread && endsAtOnce) WaitForSingleObject(thread, kEndMs);
   release(transfer);
-  if (!thread) return;
-  // A thread with nothing to do ends at once. One that is at its end when the process comes to its own may crash it in
-  // the emulation, so it is let go first; one that a server holds is not waited for.
-  if (isIdle) WaitForSingleObject(thread, kEndMs);
-  CloseHandle(thread);
+  if (thread) CloseHandle(thread);
 }
 
 bool InternetTransfer::start() noexcept {
@@ -140,11 +140,7 @@ DWORD WINAPI InternetTransfer::work(void* transfer) noexcept {
     const Call call = self->call_;
     if (call != Call::None && !self->isGivenUp_) {
       lock.release();
-      const u32 last = self->makeCall(call);
-      const SCriticalSection::Lock again(self->lock_);
-      self->filled_ += last;  // not before: who has all that was wanted finds the call at its end
-      self->call_ = Call::None;
-      SetEvent(self->news_);
+      self->makeCall(call);
     }
     if (self->isGivenUp_) break;
   }
@@ -157,14 +153,15 @@ DWORD WINAPI InternetTransfer::work(void* transfer) noexcept {
   return 0;
 }
 
-// Returns how many bytes of the buffer it has filled last.
-u32 InternetTransfer::makeCall(Call call) noexcept {
+void InternetTransfer::makeCall(Call call) noexcept {
   switch (call) {
     case Call::Open:
       openRequest();
       break;
     case Call::Read:
-      return readPieces();
+      while (fetchHere() || fetchAwaited()) {
+      }
+      return;
     case Call::Seek:
       isReached_ =
           static_cast<i32>(calls_.setFilePointer(request_, static_cast<LONG>(target_), nullptr, FILE_BEGIN, 0)) >= 0;
@@ -175,7 +172,14 @@ u32 InternetTransfer::makeCall(Call call) noexcept {
     case Call::None:
       break;
   }
-  return 0;
+  const SCriticalSection::Lock lock(lock_);
+  endCall();
+}
+
+// With the lock held.
+void InternetTransfer::endCall() noexcept {
+  call_ = Call::None;
+  if (isWaiting_) SetEvent(news_);
 }
 
 void InternetTransfer::openRequest() noexcept {
@@ -197,22 +201,60 @@ i32 InternetTransfer::findSize() noexcept {
   return end;
 }
 
-// In pieces as they come, where the system tells, so that a slow server's bytes can be had before its last one. The
-// system waits for the first byte of each.
-u32 InternetTransfer::readPieces() noexcept {
-  for (;;) {
-    const u32 left = wanted_ - filled_;
-    DWORD here = 0;
-    if (!calls_.queryDataAvailable || !calls_.queryDataAvailable(request_, &here, 0, 0)) here = 0;
-    const u32 asked = here >= left ? std::min<u32>(here, kBufferBytes - filled_) : here > 0 ? here : left;
-    DWORD got = 0;  // a call that fails leaves it alone
-    calls_.readFile(request_, buffer_ + filled_, asked, &got);
-    got = std::min<DWORD>(got, asked);
-    if (got < asked || got >= left || isGivenUp_) return got;
+u32 InternetTransfer::held() const noexcept { return filled_ - taken_; }
+
+// Up to where the ring begins anew.
+u32 InternetTransfer::room() const noexcept {
+  return std::min({kRingBytes - held(), kRingBytes - filled_ % kRingBytes, kPieceBytes});
+}
+
+// The call ends together with what it brings: who has all that was wanted finds it at its end. True when it goes on.
+bool InternetTransfer::put(u32 count, bool isEnd) noexcept {
+  const SCriticalSection::Lock lock(lock_);
+  filled_ += count;
+  const bool isAll = filled_ >= goal_;
+  isBrief_ = isAll && calls_.readFileEx;
+  if (isEnd || (isAll && !isBrief_)) call_ = Call::None;
+  if (isWaiting_ && (call_ == Call::None || held() >= awaited_)) SetEvent(news_);
+  return call_ != Call::None;
+}
+
+// What has come already, where the system tells without waiting; false when there is nothing or no room.
+bool InternetTransfer::fetchHere() noexcept {
+  if (!calls_.readFileEx) return false;
+  u32 most = 0;
+  {
     const SCriticalSection::Lock lock(lock_);
-    filled_ += got;
-    if (filled_ - taken_ >= awaited_) SetEvent(news_);
+    most = room();
+    isBrief_ = true;
+    isFlowing_ = most == 0;
+    if (!most || isGivenUp_) return false;
   }
+  INTERNET_BUFFERSW to{};
+  to.dwStructSize = sizeof to;
+  to.lpvBuffer = buffer_ + filled_ % kRingBytes;
+  to.dwBufferLength = most;
+  const u32 got = calls_.readFileEx(request_, &to, IRF_NO_WAIT, 0) ? std::min<u32>(to.dwBufferLength, most) : 0;
+  return got > 0 && put(got, false);
+}
+
+// Waits for what the call is to bring, in pieces as they come, where the system tells: so a slow server's bytes can be
+// had before its last one. False at the end, or when all is there.
+bool InternetTransfer::fetchAwaited() noexcept {
+  u32 left = 0, most = 0;
+  {
+    const SCriticalSection::Lock lock(lock_);
+    left = goal_ > filled_ ? goal_ - filled_ : 0;
+    most = room();
+    isBrief_ = !left;
+    if (!left || isGivenUp_) return endCall(), false;
+  }
+  DWORD here = 0;
+  if (!calls_.queryDataAvailable || !calls_.queryDataAvailable(request_, &here, 0, 0)) here = 0;
+  const u32 asked = std::min<u32>(here > 0 ? here : left, most);
+  DWORD got = 0;  // a call that fails leaves it alone
+  calls_.readFile(request_, buffer_ + filled_ % kRingBytes, asked, &got);
+  return put(std::min<DWORD>(got, asked), got < asked);
 }
 
 template <class Ready>
@@ -220,7 +262,8 @@ bool InternetTransfer::waitUntil(Ready ready, InternetPatience& patience) noexce
   for (;;) {
     {
       const SCriticalSection::Lock lock(lock_);
-      if (ready()) return true;
+      isWaiting_ = !ready();
+      if (!isWaiting_) return true;
     }
     const u32 slice = patience.next();
     if (slice == 0) return false;
@@ -228,12 +271,21 @@ bool InternetTransfer::waitUntil(Ready ready, InternetPatience& patience) noexce
   }
 }
 
-bool InternetTransfer::ask(Call call) noexcept {
+bool InternetTransfer::ask(Call call, u32 bytes) noexcept {
   if (!start()) return false;
   const SCriticalSection::Lock lock(lock_);
-  call_ = call;
-  SetEvent(wake_);
+  begin(call, bytes);
   return true;
+}
+
+// With the lock held, when no call is under way.
+void InternetTransfer::begin(Call call, u32 bytes) noexcept {
+  call_ = call;
+  isBrief_ = call == Call::Read && calls_.readFileEx;
+  isFlowing_ = false;
+  if (!held()) filled_ = taken_ = 0;
+  goal_ = filled_ + bytes;
+  SetEvent(wake_);
 }
 
 bool InternetTransfer::run(Call call, InternetPatience& patience) noexcept {
@@ -266,23 +318,37 @@ u32 InternetTransfer::read(u8* to, u32 count, u32 most, InternetPatience& patien
     const bool isReady = waitUntil(
         [&] {
           awaited_ = count - got;
-          return call_ == Call::None || filled_ - taken_ >= awaited_;
+          return call_ == Call::None || held() >= awaited_;
         },
         patience);
-    SCriticalSection::Lock lock(lock_);
-    const u32 here = std::min(filled_ - taken_, most - got);
-    std::memcpy(to + got, buffer_ + taken_, here);
-    taken_ += here;
-    got += here;
+    got += take(to + got, most - got);
     isOver = got == 0 && !isReady;
-    if (got >= count || !isReady || hasAsked) return got;
-    filled_ = taken_ = 0;
-    wanted_ = count - got;
-    lock.release();
-    if (ask(Call::Read)) continue;
+    if (got >= count || !isReady || hasAsked) break;
+    if (ask(Call::Read, count - got)) continue;
     isOver = got == 0;
-    return got;
+    break;
   }
+  fetchAhead();
+  return got;
+}
+
+u32 InternetTransfer::take(u8* to, u32 most) noexcept {
+  SCriticalSection::Lock lock(lock_);
+  const u32 count = std::min(held(), most);
+  lock.release();
+  const u32 at = taken_ % kRingBytes, first = std::min(count, kRingBytes - at);
+  std::memcpy(to, buffer_ + at, first);
+  std::memcpy(to + first, buffer_, count - first);
+  const SCriticalSection::Lock again(lock_);
+  taken_ += count;
+  return count;
+}
+
+// Where more had come than there was room for, the thread goes on as soon as half of it is free.
+void InternetTransfer::fetchAhead() noexcept {
+  const SCriticalSection::Lock lock(lock_);
+  isWaiting_ = false;
+  if (isFlowing_ && call_ == Call::None && held() <= kRingBytes / 2) begin(Call::Read, 0);
 }
 
 }  // namespace corvix

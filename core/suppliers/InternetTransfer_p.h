@@ -35,7 +35,7 @@ class InternetPatience {
 
 class InternetTransfer : public HeapAllocated {
  public:
-  static constexpr u32 kBufferBytes = 64 * 1024;
+  static constexpr u32 kPieceBytes = 64 * 1024;
 
   // Starts its thread with the first call. Throws std::bad_alloc.
   explicit InternetTransfer(WideString url) : url_(std::move(url)) {}
@@ -57,9 +57,9 @@ class InternetTransfer : public HeapAllocated {
 
   bool checkConnection(InternetPatience& patience) noexcept;
 
-  // Waits for `count` bytes, at most kBufferBytes, and takes up to `most` of them that are here already. Fewer at the
-  // end, or when patience ended. What comes then, or was here beyond that, is kept for the next call. `isOver` says
-  // that there was nothing at all in time.
+  // Waits for `count` bytes, at most kPieceBytes, and takes up to `most` of them that are here already. Fewer at the
+  // end, or when patience ended. What comes then, or was here beyond that, is kept for the next call; more of what has
+  // come already is fetched meanwhile. `isOver` says that there was nothing at all in time.
   u32 read(u8* to, u32 count, u32 most, InternetPatience& patience, bool& isOver) noexcept;
 
  private:
@@ -72,13 +72,21 @@ class InternetTransfer : public HeapAllocated {
   bool tryLock() noexcept;
   bool start() noexcept;
   bool run(Call call, InternetPatience& patience) noexcept;
-  bool ask(Call call) noexcept;
+  bool ask(Call call, u32 bytes = 0) noexcept;
+  void begin(Call call, u32 bytes) noexcept;
+  u32 take(u8* to, u32 most) noexcept;
+  void fetchAhead() noexcept;
   template <class Ready>
   bool waitUntil(Ready ready, InternetPatience& patience) noexcept;
-  u32 makeCall(Call call) noexcept;
+  void makeCall(Call call) noexcept;
   void openRequest() noexcept;
   i32 findSize() noexcept;
-  u32 readPieces() noexcept;
+  void endCall() noexcept;
+  bool fetchHere() noexcept;
+  bool fetchAwaited() noexcept;
+  u32 held() const noexcept;
+  u32 room() const noexcept;
+  bool put(u32 count, bool isEnd) noexcept;
 
   std::atomic<u32> owners_{1};
   const WinInetCalls calls_ = *winInet();  // its own: a table may be replaced meanwhile
@@ -96,11 +104,17 @@ class InternetTransfer : public HeapAllocated {
   i32 size_ = -1;
   u32 target_ = 0;  // of a seek
   bool isReached_ = false;
-  u32 wanted_ = 0;   // bytes
-  u32 awaited_ = 0;  // of those that were not taken: who reads waits for so many
-  u32 filled_ = 0;   // of the buffer
-  u32 taken_ = 0;    // of those; only the stream's thread changes it
-  u8 buffer_[kBufferBytes];
+  bool isBrief_ = false;    // the call only fetches what has come: it waits for no server
+  bool isWaiting_ = false;  // the stream, for news
+  bool isFlowing_ = false;  // when the buffer was full, there may have been more
+  u32 awaited_ = 0;         // bytes that were not taken: who reads waits for so many
+
+  // A ring: bytes are counted from the first on, each stands where its number modulo the size says.
+  static constexpr u32 kRingBytes = 4 * kPieceBytes;
+  u32 filled_ = 0;
+  u32 goal_ = 0;   // up to there the call waits for them
+  u32 taken_ = 0;  // only the stream's thread changes it
+  u8 buffer_[kRingBytes];
 };
 
 }  // namespace corvix

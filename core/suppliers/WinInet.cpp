@@ -18,6 +18,7 @@ struct SystemCalls {
     isComplete = !isMissing;
     bind(calls.queryDataAvailable, "InternetQueryDataAvailable");
     bind(calls.queryInfo, "HttpQueryInfoW");
+    bind(calls.readFileEx, "InternetReadFileExW");
   }
 
   template <class Call>

@@ -18,6 +18,14 @@ constexpr u32 kIsCommonSmall = 1u << 15;
 
 const wchar_t* commonText(u32 index) noexcept { return kCommonTexts[index].data(); }
 
+// A text that ends with a zero; most differ in the first letter.
+bool saysExactly(const wchar_t* text, std::wstring_view wanted) noexcept {
+  for (const wchar_t unit : wanted) {
+    if (*text++ != unit || !unit) return false;
+  }
+  return !*text;
+}
+
 wchar_t lowered(wchar_t c) noexcept { return c >= L'A' && c <= L'Z' ? static_cast<wchar_t>(c + (L'a' - L'A')) : c; }
 
 }  // namespace
@@ -42,7 +50,7 @@ const wchar_t* Attributes::value(u32 index) const noexcept { return table_->text
 
 const wchar_t* Attributes::find(std::wstring_view wanted) const noexcept {
   for (u32 i = 0; i < count_; ++i) {
-    if (wanted == name(i)) return value(i);
+    if (saysExactly(name(i), wanted)) return value(i);
   }
   return nullptr;
 }
@@ -55,6 +63,10 @@ const wchar_t* Attributes::findAnyCase(std::wstring_view wanted) const noexcept 
 }
 
 void AttributeTable::Builder::add(std::wstring_view name, std::wstring_view value) {
+  if (offsets_.empty()) {  // enough for most modules
+    offsets_.reserve(64);
+    units_.reserve(768);
+  }
   offsets_.push_back(offsetOf(name));
   offsets_.push_back(offsetOf(value));
 }
@@ -89,12 +101,18 @@ void AttributeTable::Builder::finish() {
 u32 AttributeTable::Builder::offsetOf(std::wstring_view text) {
   const auto* const common = std::find(std::begin(kCommonTexts), std::end(kCommonTexts), text);
   if (common != std::end(kCommonTexts)) return kIsCommon | static_cast<u32>(common - kCommonTexts);
-  const auto found = known_.try_emplace(text, static_cast<u32>(units_.size()));
-  if (found.second) {
-    units_.insert(units_.end(), text.begin(), text.end());
-    units_.push_back(0);
+  const auto* const known =
+      std::find_if(few_, few_ + fewCount_, [&](const Known& one) { return Equal()(one.text, text); });
+  if (known != few_ + fewCount_) return known->offset;
+  const auto offset = static_cast<u32>(units_.size());
+  if (fewCount_ < kFew) {
+    few_[fewCount_++] = {text, offset};
+  } else if (const auto [place, isNew] = more_.try_emplace(text, offset); !isNew) {
+    return place->second;
   }
-  return found.first->second;
+  units_.insert(units_.end(), text.begin(), text.end());
+  units_.push_back(0);
+  return offset;
 }
 
 std::size_t AttributeTable::Builder::Hash::operator()(std::wstring_view text) const noexcept {

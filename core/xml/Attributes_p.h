@@ -98,7 +98,16 @@ class AttributeTable::Builder {
   std::vector<u32, HeapAllocator<u32>> offsets_;
   std::vector<wchar_t, HeapAllocator<wchar_t>> units_;
   u32 elementBegin_ = 0;
-  std::unordered_map<std::wstring_view, u32, Hash, Equal> known_;
+
+  // Most modules say little: the first texts are gone through, those behind them hashed.
+  struct Known {
+    std::wstring_view text;
+    u32 offset;
+  };
+  static constexpr u32 kFew = 24;
+  Known few_[kFew];
+  u32 fewCount_ = 0;
+  std::unordered_map<std::wstring_view, u32, Hash, Equal> more_;
 };
 
 }  // namespace corvix

@@ -24,7 +24,7 @@ class XmlTreeBuilder {
     auto* const copy = static_cast<unsigned char*>(arena_->allocate(sizeBytes));
     std::memcpy(copy, body, sizeBytes);
     at_ = copy;
-    strings_.reserve(8);
+    strings_.reserve(32);
   }
   XmlTreeBuilder(const XmlTreeBuilder&) = delete;
   XmlTreeBuilder& operator=(const XmlTreeBuilder&) = delete;

@@ -85,7 +85,7 @@ void EarlierStarts::readFile(const std::wstring& file, const std::wstring& progr
   }
 }
 
-const EndedStart* EarlierStarts::endedIn(const std::wstring& modulePath) const noexcept {
+const EndedStart* EarlierStarts::endedIn(const wchar_t* modulePath) const noexcept {
   for (const EndedStart& ended : named_) {
     if (isSamePath(ended.module, modulePath)) return &ended;
   }

@@ -22,7 +22,7 @@ class EarlierStarts {
   void read() noexcept;
 
   // The start that ended in that module, if it is the same file still; else null.
-  const EndedStart* endedIn(const std::wstring& modulePath) const noexcept;
+  const EndedStart* endedIn(const wchar_t* modulePath) const noexcept;
 
   // Two in a row ended without a name: this one goes without plug-ins.
   bool isUnsafe() const noexcept { return unknown_.size() >= 2; }

@@ -56,10 +56,14 @@ std::wstring absolutePath(const wchar_t* path) {
   return absolute;
 }
 
-// Letters count as the file system counts them.
+// Letters count as the file system counts them. The system is asked from the first on that is not ASCII.
 u32 hashOfPath(std::wstring_view path) noexcept {
   u32 hash = 0;
-  for (std::size_t at = 0; at < path.size();) {
+  std::size_t at = 0;
+  for (; at < path.size() && path[at] < 0x80; ++at)
+    hash =
+        text::mixHash(hash, path[at] >= L'a' && path[at] <= L'z' ? path[at] - 0x20u : path[at], static_cast<u32>(at));
+  while (at < path.size()) {
     wchar_t upper[128];
     const int count = static_cast<int>(std::min(path.size() - at, std::size(upper)));
     const int mapped = LCMapStringEx(LOCALE_NAME_INVARIANT, LCMAP_UPPERCASE, path.data() + at, count, upper,
@@ -235,8 +239,11 @@ i32 KPluginManager::scanFolder(const wchar_t* folder) {
   cataloguePath_ = cataloguePathOf(absolute);
   Catalogue catalogue(absolute, files, cataloguePath_);
   i32 added = 0;
+  modules_.reserve(modules_.size() + files.size());
   for (const FolderFile& file : files) {
-    std::wstring path = absolute + L"\\" + file.name;
+    std::wstring path;
+    path.reserve(absolute.size() + 1 + file.name.size());  // it is kept
+    path.append(absolute).append(1, L'\\').append(file.name);
     if (findByPath(path)) continue;
     addModule(std::move(path), [&] { return catalogue.descriptorOf(file); });
     ++added;
@@ -325,7 +332,10 @@ KPluginModule* KPluginManager::findByIdentifier(const ClassWords& words) const n
 }
 
 KPluginModule* KPluginManager::findByPath(std::wstring_view path) const noexcept {
-  const u32 hash = hashOfPath(path);
+  return findByPath(path, hashOfPath(path));
+}
+
+KPluginModule* KPluginManager::findByPath(std::wstring_view path, u32 hash) const noexcept {
   KPluginModule* module = byPath_.firstIn(hash);
   while (module && !(module->pathHash == hash && isSamePath(module->path(), path))) module = module->samePathBucket;
   return module;
@@ -334,7 +344,7 @@ KPluginModule* KPluginManager::findByPath(std::wstring_view path) const noexcept
 void KPluginManager::addRecord(const Ref<KPluginModule>& module) {
   modules_.push_back(module);
   module->pathHash = hashOfPath(module->path());
-  if (!findByPath(module->path())) byPath_.enter(module.get());
+  if (!findByPath(module->path(), module->pathHash)) byPath_.enter(module.get());
 }
 
 }  // namespace corvix

@@ -93,6 +93,7 @@ class KPluginManager final : public IPluginManager, public IModuleCatalogue, pub
   void forEachObject(KInterfaceCollection* declared, Call call);
   void arrangeByNeeds(const wchar_t* interfaceName);
   KPluginModule* findByPath(std::wstring_view path) const noexcept;
+  KPluginModule* findByPath(std::wstring_view path, u32 hash) const noexcept;
   KPluginModule* findByIdentifier(const ClassWords& words) const noexcept;
   void addRecord(const Ref<KPluginModule>& module);
 

@@ -125,6 +125,7 @@ const ModuleDescriptor::More& ModuleDescriptor::more() const noexcept {
 }
 
 std::wstring ModuleDescriptor::complaints() const {
+  if (!more_) return {};
   const auto number = [](std::size_t value) { return std::to_wstring(value); };
   std::wstring all;
   complain(all, L"Attributes left out: ", more().attributesLeftOut,

@@ -58,7 +58,14 @@ void listNames(const std::wstring& folder, std::vector<FolderFile>& files) {
 
 }  // namespace
 
+// Most names are ASCII, and many in one folder begin alike.
 bool standsBefore(std::wstring_view a, std::wstring_view b) noexcept {
+  const auto upper = [](wchar_t c) { return c >= L'a' && c <= L'z' ? static_cast<wchar_t>(c - 0x20) : c; };
+  const std::size_t common = std::min(a.size(), b.size());
+  std::size_t at = 0;
+  while (at < common && (a[at] | b[at]) < 0x80 && upper(a[at]) == upper(b[at])) ++at;
+  if (at == common) return a.size() < b.size();
+  if ((a[at] | b[at]) < 0x80) return upper(a[at]) < upper(b[at]);
   return CompareStringOrdinal(a.data(), static_cast<int>(a.size()), b.data(), static_cast<int>(b.size()), TRUE) ==
          CSTR_LESS_THAN;
 }
@@ -69,8 +76,8 @@ std::vector<FolderFile> modulesOf(const std::wstring& folder) {
     files.clear();
     listNames(folder, files);
   }
-  std::sort(files.begin(), files.end(),
-            [](const FolderFile& a, const FolderFile& b) { return standsBefore(a.name, b.name); });
+  const auto before = [](const FolderFile& a, const FolderFile& b) { return standsBefore(a.name, b.name); };
+  if (!std::is_sorted(files.begin(), files.end(), before)) std::sort(files.begin(), files.end(), before);
   return files;
 }
 

@@ -73,6 +73,7 @@ ProgramIni ProgramIni::read(const std::wstring& path) try {
 }
 
 bool ProgramIni::disables(std::wstring_view path) const noexcept {
+  if (disabled_.empty()) return false;
   const std::wstring_view name = path.substr(path.find_last_of(L"\\/") + 1);
   return std::any_of(disabled_.begin(), disabled_.end(), [&](const auto& one) { return isSame(one, name); });
 }

@@ -28,11 +28,12 @@ u32 FileWindow::open(const wchar_t* path) noexcept {
 }
 
 u32 FileWindow::readFile(u64 offset, void* to, u32 mostBytes) noexcept {
-  OVERLAPPED at{};
-  at.Offset = static_cast<DWORD>(offset);
-  at.OffsetHigh = static_cast<DWORD>(offset >> 32);
+  LARGE_INTEGER at;
+  at.QuadPart = static_cast<LONGLONG>(offset);
   DWORD got = 0;
-  return ReadFile(file_.get(), to, mostBytes, &got, &at) ? got : 0;
+  const bool isRead =
+      SetFilePointerEx(file_.get(), at, nullptr, FILE_BEGIN) && ReadFile(file_.get(), to, mostBytes, &got, nullptr);
+  return isRead ? got : 0;
 }
 
 std::wstring modulePath(HMODULE module) {

@@ -116,6 +116,19 @@ TEST_F(CatalogueTest, OnlyFilesThatChangedAreRead) {
   }
 }
 
+TEST(ModuleFolder, OrderIsTheFileSystems) {
+  const std::wstring_view names[] = {L"a.dll",   L"A",       L"a_",      L"aZ",         L"B.dll", L"_",
+                                     L"\u00E4b", L"\u00C4a", L"a\u00E9", L"A\u00C9z",   L"s",     L"\u017F",
+                                     L"i",       L"\u0131",  L"",        L"\U0001F600", L"\uE000"};
+  for (const std::wstring_view a : names) {
+    for (const std::wstring_view b : names) {
+      const int order =
+          CompareStringOrdinal(a.data(), static_cast<int>(a.size()), b.data(), static_cast<int>(b.size()), TRUE);
+      EXPECT_EQ(standsBefore(a, b), order == CSTR_LESS_THAN) << testing::PrintToString(a) << testing::PrintToString(b);
+    }
+  }
+}
+
 TEST_F(CatalogueTest, WhatWasYoungIsReadAgain) {
   fs::create_directories(path_.parent_path());
   look(0);
