@@ -457,8 +457,21 @@ void checkLanguageCode(const Attribute& attribute, Findings& findings) {
                 attribute.name + ' ' + quoted(code) + " is no language's, such as \"de\" or \"de-AT\"");
 }
 
+// "%1" to "%9" in a text, as digits in order.
+std::string placesIn(std::string_view text) {
+  std::string places;
+  for (std::size_t i = 0; i + 1 < text.size(); ++i) {
+    if (text[i] == '%' && text[i + 1] >= '1' && text[i + 1] <= '9') places += text[i + 1];
+  }
+  std::sort(places.begin(), places.end());
+  return places;
+}
+
 void checkTranslation(const Element& element, Findings& findings) {
-  const std::string_view from = element.value("From"), in = element.value("In");
+  const std::string_view from = element.value("From"), in = element.value("In"), to = element.value("To");
+  if (!to.empty() && placesIn(from) != placesIn(to))
+    findings.warn(element.offset, "the translation " + quoted(to) + " has other places (\"%1\") than " + quoted(from) +
+                                      ", and is not used");
   if (from.empty() || findings.seen.insert("text " + std::string(in) + '\n' + std::string(from)).second) return;
   findings.warn(element.offset, "the text " + quoted(from) + (in.empty() ? "" : " in " + quoted(in)) +
                                     " is translated before; only the first is read");

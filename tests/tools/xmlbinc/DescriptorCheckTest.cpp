@@ -183,6 +183,12 @@ TEST(DescriptorCheck, WarnsOfFamiliesAndTemplates) {
        "To='d'/>"
        "</Language></CorvixRC>",
        {}},
+      {"<CorvixRC Version='1.00'><Language Code='de' Name='n'>\n<Text From='%1 of %2' To='%2: %1 %'/>"
+       "<Text From='%1' To='%1%1'/><Text From='%1 of %2' In='c' To='%1'/><Text From='a' "
+       "To='%1'/></Language></CorvixRC>",
+       {"2:38: the translation \"%1%1\" has other places (\"%1\") than \"%1\", and is not used",
+        "2:65: the translation \"%1\" has other places (\"%1\") than \"%1 of %2\", and is not used",
+        "2:103: the translation \"%1\" has other places (\"%1\") than \"a\", and is not used"}},
       {"<CorvixRC Version='1.00'><Language Code='de_'>\n<Text From='a' To=''/><Text From='a' To='b'/><Text/></Language>"
        "</CorvixRC>",
        {"1:26: Language without Name: users are shown its code",
