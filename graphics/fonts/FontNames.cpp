@@ -25,7 +25,8 @@ constexpr StyleWord kStyleWords[] = {
 
 constexpr wchar_t kSansFamilies[] = L"Helvetica|Arial|Nimbus Sans|Liberation Sans|DejaVu Sans|Tahoma";
 constexpr wchar_t kSerifFamilies[] = L"Times New Roman|Times|Nimbus Roman|Liberation Serif|DejaVu Serif|Georgia";
-constexpr wchar_t kFixedFamilies[] = L"Courier New|Nimbus Mono PS|Liberation Mono|DejaVu Sans Mono|Consolas";
+constexpr wchar_t kFixedFamilies[] =
+    L"Courier New|Nimbus Mono PS|Liberation Mono|DejaVu Sans Mono|Consolas|Lucida Console|Courier Std";
 constexpr wchar_t kSymbolFamilies[] = L"Symbol|Standard Symbols PS|Segoe UI Symbol|DejaVu Sans";
 constexpr wchar_t kDingbatFamilies[] = L"Wingdings|D050000L|Segoe UI Symbol|DejaVu Sans";
 
@@ -40,6 +41,15 @@ constexpr KnownFamily kKnown[] = {
     {L"timesnewroman", font_trait::kSerif, kSerifFamilies},
     {L"timesnewromanps", font_trait::kSerif, kSerifFamilies},
     {L"zapfdingbats", font_trait::kSymbolic, kDingbatFamilies},
+};
+
+// Each family of a list is known to be like the others; the first list counts.
+constexpr KnownFamily kLists[] = {
+    {nullptr, 0, kSansFamilies},
+    {nullptr, font_trait::kSerif, kSerifFamilies},
+    {nullptr, font_trait::kFixed, kFixedFamilies},
+    {nullptr, font_trait::kSymbolic, kSymbolFamilies},
+    {nullptr, font_trait::kSymbolic, kDingbatFamilies},
 };
 
 constexpr wchar_t lower(wchar_t unit) noexcept {
@@ -104,18 +114,29 @@ FontName parseFontName(std::wstring_view name) {
   return parsed;
 }
 
+bool isSameFamily(std::wstring_view a, std::wstring_view b) noexcept {
+  for (;;) {
+    while (!a.empty() && a.front() == L' ') a.remove_prefix(1);
+    while (!b.empty() && b.front() == L' ') b.remove_prefix(1);
+    if (a.empty() || b.empty()) return a.empty() && b.empty();
+    if (lower(a.front()) != lower(b.front())) return false;
+    a.remove_prefix(1);
+    b.remove_prefix(1);
+  }
+}
+
 const KnownFamily* findKnownFamily(std::wstring_view family) noexcept {
-  const auto isNamed = [family](const KnownFamily& known) {
-    const wchar_t* expected = known.name;
-    for (const wchar_t unit : family) {
-      if (unit == L' ') continue;
-      if (lower(unit) != *expected) return false;
-      ++expected;
+  for (const KnownFamily& known : kKnown) {
+    if (isSameFamily(family, known.name)) return &known;
+  }
+  for (const KnownFamily& list : kLists) {
+    for (std::wstring_view left = list.families; !left.empty();) {
+      const std::size_t end = std::min(left.find(L'|'), left.size());
+      if (isSameFamily(family, left.substr(0, end))) return &list;
+      left.remove_prefix(std::min(end + 1, left.size()));
     }
-    return *expected == 0;
-  };
-  const auto* const found = std::find_if(std::begin(kKnown), std::end(kKnown), isNamed);
-  return found == std::end(kKnown) ? nullptr : found;
+  }
+  return nullptr;
 }
 
 const wchar_t* familiesLike(u32 traits) noexcept {

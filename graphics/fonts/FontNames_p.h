@@ -25,7 +25,10 @@ struct KnownFamily {
   const wchar_t* families;  // to be tried in turn, separated by '|'
 };
 
-// Null when the family is none of these; letter case and blanks do not matter.
+// As documents write families: letter case and blanks do not matter.
+bool isSameFamily(std::wstring_view a, std::wstring_view b) noexcept;
+
+// Null when the family is none of these, nor one of those that stand for them.
 const KnownFamily* findKnownFamily(std::wstring_view family) noexcept;
 
 // Families to try for what a font is like, separated by '|'.

@@ -64,10 +64,20 @@ IFMFont* SystemFontSubstitutor::createFontFor(const FontRequest& request) {
   for (const std::wstring& family : {wanted.raw, wanted.name.family}) {
     if (Ref<IFMFont> font = wanted.fontOf(installedFamily(family), false)) return font.detach();
   }
+  if (Ref<IFMFont> font = wanted.fontOf(familyWritten(wanted.name.family), false)) return font.detach();
   for (const std::wstring& family : {wanted.raw, wanted.name.family}) {
     if (Ref<IFMFont> font = wanted.fontOf(installedFamily(substituteFor(family)), true)) return font.detach();
   }
   return nullptr;
+}
+
+WideString SystemFontSubstitutor::familyWritten(std::wstring_view name) {
+  const SCriticalSection::Lock lock(lock_);
+  if (families_.empty()) families_ = installedFamilies();
+  for (const InstalledFamily& family : families_) {
+    if (isSameFamily(family.name.view(), name)) return family.name;
+  }
+  return {};
 }
 
 i32 SystemFontSubstitutor::familyWith(u32 codePoint, bool isFixed) {
@@ -116,7 +126,8 @@ IFMFont* FakeSubstitutor::createFont(const wchar_t* family) {
 
 IFMFont* FakeSubstitutor::createFontFor(const FontRequest& request) {
   const Wanted wanted(request);
-  const KnownFamily* const known = findKnownFamily(wanted.name.family);
+  const KnownFamily* known = findKnownFamily(wanted.name.family);
+  if (known && (wanted.traits & ~known->traits & font_trait::kFixed)) known = nullptr;  // like none of these
   const bool isOfAKind = wanted.traits & (font_trait::kFixed | font_trait::kSerif);
   WideString family = known ? firstInstalled(known->families) : WideString();
   if (family.empty() && isOfAKind) family = firstInstalled(familiesLike(wanted.traits));

@@ -27,6 +27,8 @@ class SystemFontSubstitutor final : public BSmartObject, public IFMFontCreator, 
  private:
   static constexpr i32 kNone = -1;
 
+  // "LiberationSans" for "Liberation Sans"; empty when no family is called so.
+  WideString familyWritten(std::wstring_view name);
   i32 familyWith(u32 codePoint, bool isFixed);
 
   SCriticalSection lock_;

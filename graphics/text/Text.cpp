@@ -1,6 +1,7 @@
 #include "graphics/text/Text.h"
 
 #include "core/baselib/objects/Ref.h"
+#include "core/baselib/system/ForeignCall.h"
 #include "graphics/fonts/FMFontMachine_p.h"
 #include "graphics/fonts/FakeFonts_p.h"
 #include "graphics/fonts/FallbackFonts_p.h"
@@ -25,6 +26,7 @@ constexpr double kLargestRead = 96;         // pixels; larger glyphs are drawn a
 constexpr i32 kWidestRun = 2048;            // pixels of one image
 constexpr u32 kReplacement = 0xFFFD;        // for half a surrogate pair
 constexpr std::size_t kShapePoints = 4096;  // after so many a shape is filled
+constexpr i32 kLargestMask = 1 << 13;       // pixels, and how far from its place it may begin
 
 // One glyph of a text, whichever font it is from.
 struct Placed {
@@ -182,6 +184,7 @@ class Run {
   }
 
   bool finish() { return place() && paint(); }
+  bool hasAll() const noexcept { return hasAll_; }  // false: the font did not give each glyph
 
  private:
   static constexpr std::size_t kTogether = 64;  // glyphs that are looked for at once
@@ -202,7 +205,8 @@ class Run {
     glyphCache().find(keys_, count, found);
     for (std::size_t i = 0; i < count; ++i) {
       if (!found[i]) found[i] = make(*waiting_[i].source, keys_[i]);
-      if (!found[i] || !place(std::move(found[i]), waiting_[i].device)) return false;
+      hasAll_ = hasAll_ && found[i];
+      if (found[i] && !place(std::move(found[i]), waiting_[i].device)) return false;
     }
     return true;
   }
@@ -210,12 +214,18 @@ class Run {
   GlyphCache::Entry make(IFMFontSource& source, const GlyphCache::Key& key) const {
     if (GlyphCache::Entry entry = glyphCache().find(key)) return entry;  // of this text
     GlyphCoverage made;
-    if (!source.coverage(key.glyph, key.size / 64.0, key.levels, made)) return nullptr;
+    if (!source.coverage(key.glyph, key.size / 64.0, key.levels, made) || !isMask(made)) return nullptr;
     return glyphCache().add(key, std::move(made));
   }
 
+  static bool isMask(const GlyphCoverage& made) noexcept {
+    const auto isWithin = [](i32 value, i32 least) { return value >= least && value <= kLargestMask; };
+    return isWithin(made.width, 0) && isWithin(made.height, 0) && isWithin(made.left, -kLargestMask) &&
+           isWithin(made.top, -kLargestMask) && (made.rows || made.width == 0 || made.height == 0);
+  }
+
   bool place(GlyphCache::Entry entry, Point device) {
-    if (entry->width == 0) return true;
+    if (entry->width == 0 || entry->height == 0) return true;
     const i32 left = static_cast<i32>(std::floor(device.x + 0.5)) + entry->left;
     const i32 top = static_cast<i32>(std::floor(device.y + 0.5)) + entry->top;
     const PixelBox box = {left, top, left + entry->width, top + entry->height};
@@ -251,6 +261,7 @@ class Run {
   u32 size_;  // in 64ths of a pixel
   i32 levels_;
   Box reach_;
+  bool hasAll_ = true;
   std::size_t count_ = 0;
   Waiting waiting_[kTogether];
   GlyphCache::Key keys_[kTogether];
@@ -259,28 +270,39 @@ class Run {
   std::vector<u8> mask_;
 };
 
-// An outline on its way from ems to the context, through a matrix.
-class PlacingSink final : public IGlyphSink {
+// The outline of one glyph: of what a font gives up halfway, nothing reaches the context.
+class GlyphOutline final : public IGlyphSink {
  public:
-  PlacingSink(IGlyphSink& sink, const Matrix& matrix) noexcept : sink_(sink), matrix_(matrix) {}
-  void moveTo(Point to) override {
-    ++points_;
-    sink_.moveTo(matrix_.apply(to));
+  // False, with nothing added, when the font does not give it.
+  bool addTo(IGlyphSink& sink, const Placed& glyph, const Matrix& matrix) {
+    points_.clear();
+    kinds_.clear();
+    if (!glyph.source->outline(glyph.glyph, *this)) return false;
+    const Point* from = points_.data();
+    for (const u8 kind : kinds_) {
+      const u8 count = kind == kCurve ? 3 : 1;
+      Point p[3];
+      for (u8 i = 0; i < count; ++i) p[i] = matrix.apply(*from++);
+      kind == kMove ? sink.moveTo(p[0]) : kind == kLine ? sink.lineTo(p[0]) : sink.curveTo(p[0], p[1], p[2]);
+    }
+    return true;
   }
-  void lineTo(Point to) override {
-    ++points_;
-    sink_.lineTo(matrix_.apply(to));
-  }
-  void curveTo(Point control1, Point control2, Point to) override {
-    points_ += 3;
-    sink_.curveTo(matrix_.apply(control1), matrix_.apply(control2), matrix_.apply(to));
-  }
-  std::size_t points() const noexcept { return points_; }
+  std::size_t points() const noexcept { return points_.size(); }
+
+  void moveTo(Point to) override { add(kMove, {to}); }
+  void lineTo(Point to) override { add(kLine, {to}); }
+  void curveTo(Point control1, Point control2, Point to) override { add(kCurve, {control1, control2, to}); }
 
  private:
-  IGlyphSink& sink_;
-  Matrix matrix_;
-  std::size_t points_ = 0;
+  static constexpr u8 kMove = 0, kLine = 1, kCurve = 2;
+
+  void add(u8 kind, std::initializer_list<Point> points) {
+    kinds_.push_back(kind);
+    points_.insert(points_.end(), points);
+  }
+
+  std::vector<Point> points_;
+  std::vector<u8> kinds_;
 };
 
 Matrix glyphMatrix(const Placed& glyph, double size, const Matrix& textToUser) noexcept {
@@ -346,20 +368,40 @@ double readingSize(const Matrix& toDevice, double size) noexcept {
   return sizePx >= 1 && sizePx <= kLargestRead ? sizePx : 0;
 }
 
-bool fillOutlines(ITextTarget& target, const std::vector<Placed>& glyphs, double size, const Matrix& textToUser) {
-  std::size_t points = 0;
-  for (const Placed& glyph : glyphs) {
-    PlacingSink sink(target.shape(), glyphMatrix(glyph, size, textToUser));
-    if (!glyph.source->outline(glyph.glyph, sink)) {
-      target.fillShape();
-      return false;
-    }
-    points += sink.points();
-    if (points < kShapePoints) continue;
-    points = 0;
-    if (!target.fillShape()) return false;
+// Lets go of a shape that nothing came of.
+void dropShape(IAGDC& context, ITextTarget& target) {
+  const bool isSaved = context.saveClip();
+  target.clipShape();
+  if (isSaved) context.restoreClip();
+}
+
+// What throws has added no shape.
+template <class Add>
+bool shapeOrNothing(IAGDC& context, ITextTarget& target, Add add) {
+  try {
+    return add();
+  } catch (...) {
+    dropShape(context, target);
+    throw;
   }
-  return points == 0 || target.fillShape();
+}
+
+bool fillOutlines(IAGDC& context, ITextTarget& target, const std::vector<Placed>& glyphs, double size,
+                  const Matrix& textToUser) {
+  GlyphOutline outline;
+  std::size_t points = 0;
+  bool hasAll = true;
+  return shapeOrNothing(context, target, [&] {
+    for (const Placed& glyph : glyphs) {
+      const bool isThere = outline.addTo(target.shape(), glyph, glyphMatrix(glyph, size, textToUser));
+      hasAll = hasAll && isThere;
+      if (isThere) points += outline.points();
+      if (points < kShapePoints) continue;
+      points = 0;
+      if (!target.fillShape()) return false;
+    }
+    return (points == 0 || target.fillShape()) && hasAll;
+  });
 }
 
 bool drawLine(IAGDC& context, const std::vector<Placed>& glyphs, double size, const Matrix& textToUser) {
@@ -369,32 +411,29 @@ bool drawLine(IAGDC& context, const std::vector<Placed>& glyphs, double size, co
   const Matrix toDevice = textToUser.then(target.textTransform());
   if (!toDevice.isFinite()) return false;
   const double sizePx = readingSize(toDevice, size);
-  if (sizePx == 0) return fillOutlines(target, glyphs, size, textToUser);
+  if (sizePx == 0) return fillOutlines(context, target, glyphs, size, textToUser);
   Run run(target, sizePx, fontSettings().levels());
   for (const Placed& glyph : glyphs) {
     const Point device = toDevice.apply({glyph.x, glyph.y});
     if (!run.add(glyph, device)) return false;
   }
-  return run.finish();
+  return run.finish() && run.hasAll();
 }
 
-// Runs what may run out of memory: false then.
+// Runs what may run out of memory, or throw what a font of another module throws: false then.
 template <class Call>
-bool withinMemory(Call call) noexcept {
+bool withinMemory(IFMFont& font, Call call) noexcept {
+  const void* const code = codeOf(&font);
   try {
     return call();
   } catch (const std::bad_alloc&) {
     return false;
   } catch (const std::length_error&) {  // more glyphs than an address space holds
     return false;
+  } catch (...) {
+    logThrown(code, L"IFMFontSource");
+    return false;
   }
-}
-
-// Lets go of a shape that nothing came of.
-void dropShape(IAGDC& context, ITextTarget& target) {
-  const bool isSaved = context.saveClip();
-  target.clipShape();
-  if (isSaved) context.restoreClip();
 }
 
 }  // namespace
@@ -402,11 +441,11 @@ void dropShape(IAGDC& context, ITextTarget& target) {
 bool drawText(IAGDC& context, IFMFont& font, double size, const Matrix& textToUser, const wchar_t* text, i32 count,
               Point* end) {
   if (!context.canDraw() || !isGoodSize(size, textToUser) || count < 0 || (count > 0 && !text)) return false;
-  return withinMemory([&] {
+  return withinMemory(font, [&] {
     Line line(font, size);
     if (!line.canDraw()) return false;
     line.add(text, count);
-    if (!drawLine(context, line.glyphs(), size, textToUser)) return false;
+    if (!std::isfinite(line.width()) || !drawLine(context, line.glyphs(), size, textToUser)) return false;
     if (end) *end = {line.width(), 0};
     return true;
   });
@@ -415,7 +454,7 @@ bool drawText(IAGDC& context, IFMFont& font, double size, const Matrix& textToUs
 bool drawGlyphs(IAGDC& context, IFMFont& font, double size, const Matrix& textToUser, const GlyphPlace* glyphs,
                 i32 count) {
   if (!context.canDraw() || !isGoodSize(size, textToUser) || count < 0 || (count > 0 && !glyphs)) return false;
-  return withinMemory([&] {
+  return withinMemory(font, [&] {
     Line line(font, size);
     if (!line.canDraw()) return false;
     for (i32 i = 0; i < count; ++i) {
@@ -428,7 +467,7 @@ bool drawGlyphs(IAGDC& context, IFMFont& font, double size, const Matrix& textTo
 
 bool clipText(IAGDC& context, IFMFont& font, double size, const Matrix& textToUser, const wchar_t* text, i32 count) {
   if (!context.canDraw() || !isGoodSize(size, textToUser) || count < 0 || (count > 0 && !text)) return false;
-  return withinMemory([&] {
+  return withinMemory(font, [&] {
     Line line(font, size);
     if (!line.canDraw()) return false;
     line.add(text, count);
@@ -436,24 +475,26 @@ bool clipText(IAGDC& context, IFMFont& font, double size, const Matrix& textToUs
     ITextTarget* const own = corvix::query<ITextTarget>(&context);
     ITextTarget& target = own ? *own : paths;
     target.shape();
-    for (const Placed& glyph : line.glyphs()) {
-      PlacingSink sink(target.shape(), glyphMatrix(glyph, size, textToUser));
-      if (glyph.source->outline(glyph.glyph, sink)) continue;
-      dropShape(context, target);
-      return false;
-    }
-    return target.clipShape();
+    GlyphOutline outline;
+    return shapeOrNothing(context, target, [&] {
+      for (const Placed& glyph : line.glyphs()) {
+        if (outline.addTo(target.shape(), glyph, glyphMatrix(glyph, size, textToUser))) continue;
+        dropShape(context, target);
+        return false;
+      }
+      return target.clipShape();
+    });
   });
 }
 
 double textWidth(IFMFont& font, double size, const wchar_t* text, i32 count) {
   double width = 0;
   if (!isGoodSize(size, {}) || count <= 0 || !text) return 0;
-  withinMemory([&] {
+  withinMemory(font, [&] {
     Line line(font, size);
     if (!line.canDraw()) return false;
     line.add(text, count);
-    width = line.width();
+    width = std::isfinite(line.width()) ? line.width() : 0;
     return true;
   });
   return width;

@@ -5,8 +5,9 @@
 // `size` is that of the em in the text's own coordinates, whose origin is where the text begins on its baseline, y
 // downwards; `textToUser` places them. The context's clip, origin and transform apply as to every drawing. Upright text
 // at reading sizes is drawn pixel by pixel, as fine as the user's setting "AASize" says; other text as filled outlines.
-// False, with as little drawn as may be, when nothing is attached, a number is not finite, the size is not above 0 or
-// memory is short. [the context's and the font's thread]
+// False, with as little drawn as may be, when nothing is attached, a number is not finite, the size is not above 0,
+// memory is short, or a font throws, which the log tells. A glyph that its font does not give (IFMFontSource answers
+// false) is left out: the others are drawn, and the answer is false, too. [the context's and the font's thread]
 #pragma once
 
 #include "graphics/IAGDC.h"
@@ -31,7 +32,7 @@ CORVIX_API bool drawText(IAGDC& context, IFMFont& font, double size, const Matri
 CORVIX_API bool drawGlyphs(IAGDC& context, IFMFont& font, double size, const Matrix& textToUser,
                            const GlyphPlace* glyphs, i32 count);
 
-// Narrows the clip to the inside of the text's outlines.
+// Narrows the clip to the inside of the text's outlines; where it answers false, the clip is as it was.
 CORVIX_API bool clipText(IAGDC& context, IFMFont& font, double size, const Matrix& textToUser, const wchar_t* text,
                          i32 count);
 

@@ -5,6 +5,8 @@ namespace corvix::smooth {
 namespace {
 
 constexpr double kTolerance = 0.1;  // pixels
+// What is larger than this is drawn as finely as if it were as large: an arc has 1,500 pieces then.
+constexpr double kLargest = 1e5;  // pixels
 
 double largestScale(const Matrix& m) noexcept { return std::max(std::hypot(m.a, m.b), std::hypot(m.c, m.d)); }
 
@@ -15,7 +17,9 @@ Stroker::Stroker(const LineState& line, double width, const Matrix& toDevice, co
   const double scale = largestScale(toDevice);
   closest_ = 1e-4 / scale;
   math_.width(width);
-  math_.approximation_scale(2 * scale);
+  const double size = std::max({width * scale, area.right - area.left, area.bottom - area.top});
+  tolerance_ = kTolerance * std::max(1.0, size / kLargest);
+  math_.approximation_scale(2 * scale * kTolerance / tolerance_);
   math_.miter_limit(std::max(1.0, line.miterLimit));
   math_.line_cap(line.cap == kCapRound ? agg::round_cap : line.cap == kCapSquare ? agg::square_cap : agg::butt_cap);
   math_.line_join(line.join == kJoinRound   ? agg::round_join
@@ -38,7 +42,7 @@ bool Stroker::line(Point p) {
 }
 
 bool Stroker::curve(Point p1, Point p2, Point p3) {
-  flattenCurve({last_, p1, p2, p3}, matrix_, area_, kTolerance, [this](Point p) { line(p); });
+  flattenCurve({last_, p1, p2, p3}, matrix_, area_, tolerance_, [this](Point p) { line(p); });
   return true;
 }
 

@@ -54,6 +54,7 @@ class Stroker {
   const Matrix& matrix_;
   Figures& to_;
   Box area_;
+  double tolerance_;
   double closest_;  // points nearer than that are one
   agg::math_stroke<Outline> math_;
   HeapVector<agg::vertex_dist> points_;

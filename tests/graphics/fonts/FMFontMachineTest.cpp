@@ -2,6 +2,7 @@
 #include "graphics/fonts/FontNames_p.h"
 #include "graphics/fonts/FontSettings_p.h"
 #include "graphics/fonts/FontSource.h"
+#include "graphics/fonts/SystemFont_p.h"
 
 #include <gtest/gtest.h>
 
@@ -153,9 +154,12 @@ TEST(FontNames, AreTakenApart) {
 }
 
 TEST(FMFontMachine, KeepsFixedFontsFixed) {
-  for (const wchar_t* name : {L"Courier", L"Courier-BoldOblique", L"ABCDEF+CourierNewPSMT", L"Courier New"}) {
+  for (const wchar_t* name :
+       {L"Courier", L"Courier-BoldOblique", L"ABCDEF+CourierNewPSMT", L"Courier New", L"ABCDEF+LiberationMono-Bold",
+        L"NimbusMonoPS", L"Consolas", L"DejaVuSansMono", L"Arial"}) {
     FontRequest request;
     request.family = name;
+    request.traits = name == std::wstring_view(L"Arial") ? font_trait::kFixed : 0;  // says the document
     const auto font = Ref<IFMFont>::adopt(FMFontMachine::shared()->createFontFor(request));
     auto* const source = query<IFMFontSource>(font.get());
     ASSERT_TRUE(source);
@@ -173,6 +177,20 @@ TEST(FMFontMachine, KeepsFixedFontsFixed) {
     const auto other = Ref<IFMFont>::adopt(FMFontMachine::shared()->fontWithGlyph(0x42F, like.get()));
     EXPECT_EQ(query<IFMFontSource>(other.get())->metrics().isFixedPitch, isFixed);
   }
+}
+
+TEST(FMFontMachine, FindsFamiliesThatAreWrittenWithoutBlanks) {
+  int found = 0;
+  for (const InstalledFamily& family : installedFamilies()) {
+    std::wstring name(family.name.view());
+    std::erase(name, L' ');
+    if (name == family.name.view() || parseFontName(name).family != name) continue;
+    const auto font = Ref<IFMFont>::adopt(FMFontMachine::shared()->createFont((L"ABCDEF+" + name + L"-Bold").c_str()));
+    EXPECT_EQ(std::wstring(font->family()), family.name.view());
+    EXPECT_FALSE(font->isSubstitute());
+    ++found;
+  }
+  EXPECT_GT(found, 0);
 }
 
 TEST(FMFontMachine, StretchesToTheWidthsThatWereAskedFor) {

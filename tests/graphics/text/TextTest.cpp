@@ -7,6 +7,7 @@
 #include "tests/graphics/GdiObjects.h"
 #include "tests/graphics/Pages.h"
 
+#include <cstring>
 #include <limits>
 
 namespace corvix {
@@ -287,6 +288,71 @@ TEST(Text, AClipThatFailsLeavesNothing) {
   }
 }
 
+// Squares, but for B, which is as the row says, N, which ends nowhere, and T, whose glyph number throws.
+class OddFont final : public IFMFont, public IFMFontSource {
+  CORVIX_IDENTITY(OddFont, 0x6E913C07, 0x4A58D2F1, 0x8B27E05C, 0xC9413DA6, IFMFont, IFMFontSource)
+
+ public:
+  explicit OddFont(const PixelBox& mask) : mask_(mask) {}
+  const wchar_t* family() const noexcept override { return L""; }
+  bool isSubstitute() const noexcept override { return false; }
+  FontMetrics metrics() override { return {}; }
+  u32 glyphOf(u32 codePoint) override { return codePoint == 'T' ? throw 1 : codePoint; }
+  double advance(u32 glyph) override { return glyph == 'N' ? std::numeric_limits<double>::infinity() : 0.5; }
+  bool outline(u32 glyph, IGlyphSink& sink) override {
+    sink.moveTo({0, 0});
+    sink.lineTo({0.5, 0});
+    sink.lineTo({0.5, -0.5});
+    sink.lineTo({0, -0.5});
+    return glyph == 'B' && mask_.right == 0 ? throw 1 : glyph != 'B';
+  }
+  bool coverage(u32 glyph, double sizePx, i32, GlyphCoverage& made) override {
+    const i32 size = static_cast<i32>(sizePx / 2);
+    const bool isOdd = glyph == 'B';
+    made.left = isOdd ? mask_.left : 0;
+    made.top = isOdd ? mask_.top : -size;
+    made.width = isOdd ? mask_.right : size;
+    made.height = isOdd ? mask_.bottom : size;
+    if (!isOdd || made.left) made.rows.allocate(4096);
+    if (made.rows) std::memset(made.rows.get(), 255, 4096);
+    return !isOdd || made.width;
+  }
+
+ private:
+  PixelBox mask_;  // of B: left, top, width, height
+};
+
+TEST(Text, LeavesOutWhatAFontDoesNotGive) {
+  const PixelBox rows[] = {{0, 0, 1, 0x7FFFFFFF}, {0, 0, 9, 9},         {1, 0, -9, 9},       {1, 0, 9, -9},
+                           {INT32_MAX, 0, 9, 9},  {INT32_MIN, 0, 9, 9}, {1, INT32_MIN, 9, 9}};
+  for (const Through through : kBoth) {
+    const Ref<IAGDC> page = makePage(through, 120, 48);
+    page->setFillColor(kBlack);
+    for (const PixelBox& row : rows) {
+      const auto font = make<OddFont>(row);
+      for (const Matrix& matrix : {Matrix::translation(0, 40), Matrix{0.5, 0, 0, -0.5, 0, 40}}) {  // masks, outlines
+        SCOPED_TRACE(nameOf(through) + ' ' + std::to_string(row.left) + ' ' + std::to_string(row.right));
+        page->clear();
+        EXPECT_FALSE(draw(*page, *font, 60, matrix, L"ABA"));
+        const i32 square = static_cast<i32>(30 * matrix.a);
+        EXPECT_EQ(countPainted(*page), matrix.a == 1 ? 2 * 30 * 30 : 2 * 15 * 8);
+        EXPECT_EQ(inkOf(*page).right, 3 * square);
+      }
+    }
+    const auto font = make<OddFont>(PixelBox{});
+    page->clear();
+    for (const wchar_t* text : {L"AT", L"AN"}) {
+      EXPECT_FALSE(draw(*page, *font, 60, Matrix::translation(0, 40), text));
+      EXPECT_EQ(textWidth(*font, 60, text, 2), 0);
+    }
+    EXPECT_FALSE(clipText(*page, *font, 60, Matrix::translation(0, 40), L"AB", 2));
+    EXPECT_FALSE(draw(*page, *font, 60, Matrix{1, 0, 0, -1, 0, 40}, L"AB"));
+    EXPECT_EQ(countPainted(*page), 0) << nameOf(through);
+    EXPECT_TRUE(draw(*page, *font, 60, Matrix{1, 0, 0, -1, 500, 40}, L"A"));  // nor is anything left to come out now
+    EXPECT_EQ(countPainted(*page), 0) << nameOf(through);
+  }
+}
+
 TEST(Text, RefusesWhatCannotBeDrawn) {
   const double nan = std::numeric_limits<double>::quiet_NaN();
   const Ref<IFMFont> font = fontFor(L"Helvetica");
@@ -303,6 +369,7 @@ TEST(Text, RefusesWhatCannotBeDrawn) {
   EXPECT_FALSE(drawText(*page, *font, 20, at, L"H", -1, &end));
   EXPECT_EQ(textWidth(*font, 20, L"H", -1), 0);
   EXPECT_EQ(textWidth(*font, nan, L"H", 1), 0);
+  EXPECT_EQ(textWidth(*font, 1.7e308, L"HH", 2), 0);
   const GlyphPlace lost = {1, nan, 0};
   EXPECT_FALSE(drawGlyphs(*page, *font, 20, at, &lost, 1));
   EXPECT_EQ(end.x, 77);

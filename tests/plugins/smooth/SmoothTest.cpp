@@ -188,6 +188,14 @@ TEST(Smooth, TakesWhatIsLargeOrFar) {
   EXPECT_TRUE(page->setDash(fine, 1, 0) && page->strokePolyline(zigzag.data(), 2000) && page->setDash(nullptr, 0, 0));
   EXPECT_EQ(grey(*page, 30, 20), 0u);
   page->clear();
+  // Curves of 10^10 pixels, as wide as that: drawn to a tenth of a pixel they take minutes.
+  EXPECT_TRUE(page->setTransform({1, 0, 0, 1e8, 0, 0}) && page->setLineWidth(200) && page->setLineCap(kCapRound) &&
+              page->beginPath() && page->moveTo(30, 0));
+  for (int i = 0; i < 1000; ++i) EXPECT_TRUE(page->curveTo(-99, i % 2 ? 90 : 70, 99, i % 2 ? -90 : -70, 30, 0.01 * i));
+  EXPECT_TRUE(page->drawPath(PathPaint::Stroke));
+  EXPECT_TRUE(page->endPath() && page->resetTransform() && page->setLineWidth(1));
+  EXPECT_EQ(grey(*page, 30, 20), 0u);
+  page->clear();
   // A million points that cross two million pixels; and such that would cross too many to be kept.
   for (const double reach : {1.5, 60.0}) {
     EXPECT_TRUE(page->beginPath() && page->moveTo(2, 2));
