@@ -205,7 +205,7 @@ Ref<IDocument> KDocManager::read(const DocumentPlace& place, bool& writes, KRepo
                    [](const Candidate& a, const Candidate& b) { return a.likelihood > b.likelihood; });
 
   ShownProgress progress(shell_, source->size());
-  const auto stream = corvix::make<WatchedInputStream>(source, progress);
+  const auto stream = corvix::make<WatchedInputStream>(source, progress, place.location);
   struct LettingGo {
     WatchedInputStream& stream;
     ~LettingGo() { stream.letGo(); }
