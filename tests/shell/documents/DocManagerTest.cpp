@@ -271,6 +271,12 @@ TEST_F(DocManagerTest, LeavesTheFileAsItWasWhenItCannotSave) {
   } rows[] = {
       {"It is read-only",
        [&] { return SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_READONLY), manager.saveDocument(&document); }},
+      {"It is read-only, or in use",
+       [&] {
+         const std::ifstream reader(path);  // others may not take its place
+         return manager.saveDocument(&document);
+       }},
+      {"It is a folder.", [&] { return manager.saveDocumentAs(&document, folder.path().c_str(), nullptr); }},
       {"cannot hold it", [&] { return document.change("unfit"), manager.saveDocument(&document); }},
       {"is open itself", [&] { return manager.saveDocumentAs(&document, other.c_str(), nullptr); }},
       {"names no file", [&] { return manager.saveDocumentAs(&document, L"http://h/x.a", nullptr); }},
