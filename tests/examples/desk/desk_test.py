@@ -51,10 +51,12 @@ class Desk:
             complain(self.name, f"exit code {done.returncode} instead of {code}\n{done.stdout}{done.stderr}")
         return None
 
-    def loaded(self):
+    def log(self):
         log = self.folder / "corvix-desk.exe.log"
-        text = log.read_text(encoding="utf-8", errors="replace") if log.exists() else ""
-        return sorted(set(re.findall(r"Load library .*\\(\w[\w-]*)\.dll", text)))
+        return log.read_text(encoding="utf-8", errors="replace") if log.exists() else ""
+
+    def loaded(self):
+        return sorted(set(re.findall(r"Load library .*\\(\w[\w-]*)\.dll", self.log())))
 
 
 shutil.rmtree(scratch, ignore_errors=True)
@@ -98,6 +100,17 @@ quit
 """)
 if desk.loaded() != ["dialogs", "drive", "gui"]:
     complain("looks", f"loaded were {desk.loaded()}")
+
+# Why there are no windows is said.
+desk = Desk("no-windows")
+desk.run("log on\nquit\n")
+for ini, why in (("[Plugins]\nSafeMode=1\n", "in safe mode"), ("[Plugins]\nDisabled=gui.dll\n", "disables it"),
+                 ("[Plugins]\nFolder=none\n", "gui.dll is missing")):
+    (desk.folder / "Brisvane.INI").write_text(ini)
+    desk.run("quit\n", "--unattended", code=1)
+    said = re.findall("There is no user interface: (.*)", desk.log())
+    if not said or why not in said[-1]:
+        complain("no-windows", f"{ini!r}: {said}")
 
 # Any one plug-in taken away, everything else works.
 for gone in plugins:
