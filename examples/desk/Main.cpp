@@ -7,6 +7,7 @@
 
 #include <cwchar>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include <windows.h>
@@ -41,9 +42,17 @@ int complain(IShell& shell, const wchar_t* text) {
   return 1;
 }
 
+// Why nobody brings the windows: no plug-in is there, or what became of the one that is.
+std::wstring whyNoWindows(IPluginManager& manager) {
+  const auto declared = Ref<IBCollection>::adopt(manager.findByName(L"IGUIManager.Instance"));
+  const auto* const entry = declared ? query<IPluginInterface>(declared->item(0)) : nullptr;
+  const std::wstring why = entry ? entry->module()->reason() : L"gui.dll is missing in the folder \"plugins\".";
+  return L"There is no user interface: " + why;
+}
+
 int run(IShell& shell, const std::vector<const wchar_t*>& arguments) {
   IGUIManager* const gui = shell.guiManager();
-  if (!gui) return complain(shell, L"There is no user interface: gui.dll is missing in the folder \"plugins\".");
+  if (!gui) return complain(shell, whyNoWindows(*shell.pluginManager()).c_str());
   IFrameWindow* const frame = gui->createFrame(L"Main");
   if (!frame) return complain(shell, reportText(*gui->report()).c_str());
   frame->show(true);

@@ -17,6 +17,15 @@ class IBReport;
 class IBStream;
 class IDocument;
 
+// Where a stream comes from. What a document manager has formats read answers to it: a format that needs a key asks
+// IBSecretary for that of this place.
+class IStreamPlace : public IBTransportable {
+  CORVIX_IDENTITY(IStreamPlace, 0x0EB3C3BC, 0xC6143F79, 0xEC996890, 0xBB84998D, IBTransportable)
+
+ public:
+  virtual const wchar_t* location() const noexcept = 0;  // as in IDocument::location; good as long as the call
+};
+
 class IDocFormat : public IBTransportable {
   CORVIX_IDENTITY(IDocFormat, 0x4393A783, 0x54DB94F6, 0x9EC656E2, 0xD4BC1D37, IBTransportable)
 
@@ -27,7 +36,7 @@ class IDocFormat : public IBTransportable {
   virtual i32 probe(IBStream* stream) = 0;
 
   // A document with a reference for the caller; null when the stream, a BRAInputStream at its beginning, holds none of
-  // this format. Why is a line of the report.
+  // this format. Why is a line of the report. The stream tells its IStreamPlace.
   virtual IBSmartObject* readDocument(IBStream* stream, IBReport* report) = 0;
 
   // Writes the document, which need not be of this format: what it offers counts. The stream is a BOutputStream that

@@ -136,10 +136,13 @@ KTranslator::Texts& KTranslator::textsOf(const std::wstring& code) {
 }
 
 const wchar_t* KTranslator::find(const Texts& texts, const wchar_t* context, const wchar_t* text) {
-  for (const Ref<IBSmartObject>& object : texts.packages) {
+  for (std::size_t i = 0; i < texts.packages.size() && !isAsking_; ++i) {
+    const Ref<IBSmartObject>& object = texts.packages[i];
     const auto* const package = corvix::query<IBLangPackage>(object.get());
+    isAsking_ = true;
     const wchar_t* const found =
         callForeign(corvix::codeOf(object.get()), L"IBLangPackage", [&] { return package->text(context, text); });
+    isAsking_ = false;
     if (found && *found && wcsnlen(found, LanguageFile::kLongestText + 1) <= LanguageFile::kLongestText) return found;
   }
   return texts.file.find(context, text);

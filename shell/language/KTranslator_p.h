@@ -49,7 +49,7 @@ class KTranslator final : public BSmartObject, public IBTranslator, public ISett
 
   Language& chosen();
   Texts& textsOf(const std::wstring& code);
-  static const wchar_t* find(const Texts& texts, const wchar_t* context, const wchar_t* text);
+  const wchar_t* find(const Texts& texts, const wchar_t* context, const wchar_t* text);
 
   IPluginManager& modules_;
   IBSettings& settings_;
@@ -57,6 +57,7 @@ class KTranslator final : public BSmartObject, public IBTranslator, public ISett
   std::map<std::wstring, Texts> texts_;
   std::map<std::wstring, Language> languages_;
   Language* chosen_ = nullptr;  // null until somebody asks
+  bool isAsking_ = false;       // a package, which may ask for a text itself: of the files alone, not round and round
   std::vector<Known> known_;
   BNotifySender sender_;
 };

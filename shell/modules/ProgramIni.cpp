@@ -59,7 +59,7 @@ ProgramIni ProgramIni::read(const std::wstring& path) try {
   if (size == 0 || size > kLargestFile) return ini;
   forEachLine(path, L"Plugins", [&](std::wstring_view name, std::wstring_view value) {
     if (isSame(name, L"Folder")) ini.pluginFolder_ = value;
-    if (isSame(name, L"SafeMode")) ini.isSafeMode_ = value == L"1";
+    if (isSame(name, L"SafeMode")) ini.isSafeMode_ = value == L"1" || isSame(value, L"true") || isSame(value, L"yes");
     if (isSame(name, L"Disabled"))
       forEachPart(value, L';', [&](std::wstring_view file) { ini.disabled_.emplace_back(file); });
   });

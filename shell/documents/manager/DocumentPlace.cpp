@@ -7,8 +7,6 @@ namespace corvix {
 
 namespace {
 
-constexpr u32 kIsFolder = 0x20000001;  // no number of the system's own
-
 std::wstring fullPath(const wchar_t* path) {
   const DWORD size = GetFullPathNameW(path, 0, nullptr, nullptr);
   std::wstring full(size, 0);

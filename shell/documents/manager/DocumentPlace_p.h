@@ -29,7 +29,8 @@ struct FileState {
   }
 };
 
-// 0, or the system's error.
+// 0, or the system's error, or kIsFolder.
+constexpr u32 kIsFolder = 0x20000001;  // no number of the system's own
 u32 stateOf(const std::wstring& path, FileState& state) noexcept;
 
 // Letter case does not matter to the system.

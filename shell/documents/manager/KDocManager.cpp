@@ -211,7 +211,7 @@ Ref<IDocument> KDocManager::read(const DocumentPlace& place, bool& writes, KRepo
                    [](const Candidate& a, const Candidate& b) { return a.likelihood > b.likelihood; });
 
   ShownProgress progress(shell_, source->size());
-  const auto stream = corvix::make<WatchedInputStream>(source, progress);
+  const auto stream = corvix::make<WatchedInputStream>(source, progress, place.location);
   struct LettingGo {
     WatchedInputStream& stream;
     ~LettingGo() { stream.letGo(); }
@@ -461,8 +461,11 @@ bool KDocManager::write(IDocument& document, const DocumentPlace& place, const D
     ~Writing() { mark(false); }
   } const writing(*this, document);
   FileState now;
-  const bool exists = stateOf(place.path, now) == 0;
-  if (exists && !isWritable(place.path)) return fail(L"It is read-only, or in use: save under another name.");
+  constexpr wchar_t kInUse[] = L"It is read-only, or in use: save under another name.";
+  const u32 found = stateOf(place.path, now);
+  const bool exists = found == 0;
+  if (found == kIsFolder) return fail(systemText(found));
+  if (exists && !isWritable(place.path)) return fail(kInUse);
   const Row& row = *find(&document);
   if (exists && isSamePath(row.place.path, place.path) && row.state != FileState{} && row.state != now) {
     const std::wstring question =
@@ -492,8 +495,10 @@ bool KDocManager::write(IDocument& document, const DocumentPlace& place, const D
   if (error == ERROR_CANCELLED) return fail(L"It was stopped.");
   if (error) return fail(systemText(error));
   if (!isWritten) return fail(std::wstring(format.textForUser()) + L" cannot hold it.");
-  if ((error = part.flush()) != 0 || (error = part.takePlace()) != 0) return fail(systemText(error));
-  return true;
+  if ((error = part.flush()) != 0) return fail(systemText(error));
+  error = part.takePlace();
+  if (exists && (error == ERROR_ACCESS_DENIED || error == ERROR_SHARING_VIOLATION)) return fail(kInUse);
+  return error ? fail(systemText(error)) : true;
 }
 
 }  // namespace corvix

@@ -4,6 +4,8 @@
 #include "core/baselib/objects/Ref.h"
 #include "core/baselib/streams/FileOutputStream.h"
 #include "core/baselib/streams/RandomAccessInputStream.h"
+#include "core/baselib/text/WideString.h"
+#include "shell/documents/DocFormat.h"
 
 namespace corvix {
 
@@ -33,15 +35,16 @@ class ShownProgress {
   bool isStopped_ = false;
 };
 
-class WatchedInputStream final : public BRAInputStream {
-  CORVIX_IDENTITY(WatchedInputStream, 0x707A8410, 0xABDECCAF, 0xE81DD501, 0xC826BA94, BRAInputStream)
+class WatchedInputStream final : public BRAInputStream, public IStreamPlace {
+  CORVIX_IDENTITY(WatchedInputStream, 0x707A8410, 0xABDECCAF, 0xE81DD501, 0xC826BA94, BRAInputStream, IStreamPlace)
 
  public:
   // The progress goes before the stream when `letGo` is called.
-  WatchedInputStream(Ref<BRAInputStream> source, ShownProgress& progress) noexcept
-      : source_(std::move(source)), progress_(&progress) {}
+  WatchedInputStream(Ref<BRAInputStream> source, ShownProgress& progress, std::wstring_view location)
+      : source_(std::move(source)), progress_(&progress), location_(location) {}
 
   void letGo() noexcept { progress_ = nullptr; }
+  const wchar_t* location() const noexcept override { return location_.c_str(); }
 
   bool isOpen() const noexcept override { return source_->isOpen(); }
   void close() override { source_->close(); }
@@ -61,6 +64,7 @@ class WatchedInputStream final : public BRAInputStream {
 
   const Ref<BRAInputStream> source_;
   ShownProgress* progress_;
+  const WideString location_;
   u32 singleBytes_ = 0;
 };
 

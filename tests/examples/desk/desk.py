@@ -46,10 +46,12 @@ class Desk:
             complain(self.name, f"exit code {done.returncode} instead of {code}\n{done.stdout}{done.stderr}")
         return None
 
-    def loaded(self):
+    def log(self):
         log = self.folder / "corvix-desk.exe.log"
-        text = log.read_text(encoding="utf-8", errors="replace") if log.exists() else ""
-        return sorted(set(re.findall(r"Load library .*\\(\w[\w-]*)\.dll", text)))
+        return log.read_text(encoding="utf-8", errors="replace") if log.exists() else ""
+
+    def loaded(self):
+        return sorted(set(re.findall(r"Load library .*\\(\w[\w-]*)\.dll", self.log())))
 
 
 shutil.rmtree(scratch, ignore_errors=True)

@@ -4,6 +4,7 @@
 Every row runs in a copy of its own with those plug-ins, so that settings, window places and the log are its own. Pictures
 are left in the scratch folder; docs/ has copies of some.
 """
+import re
 import shutil
 import sys
 
@@ -50,6 +51,17 @@ quit
 """)
 if desk.loaded() != ["dialogs", "drive", "gui"]:
     complain("looks", f"loaded were {desk.loaded()}")
+
+# Why there are no windows is said.
+desk = Desk("no-windows")
+desk.run("log on\nquit\n")
+for ini, why in (("[Plugins]\nSafeMode=1\n", "in safe mode"), ("[Plugins]\nDisabled=gui.dll\n", "disables it"),
+                 ("[Plugins]\nFolder=none\n", "gui.dll is missing")):
+    (desk.folder / "Brisvane.INI").write_text(ini)
+    desk.run("quit\n", "--unattended", code=1)
+    said = re.findall("There is no user interface: (.*)", desk.log())
+    if not said or why not in said[-1]:
+        complain("no-windows", f"{ini!r}: {said}")
 
 # Any one plug-in taken away, everything else works.
 for gone in plugins:

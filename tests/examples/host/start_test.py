@@ -27,7 +27,7 @@ ROWS = [  # name, Brisvane.INI or none, arguments, what plug-ins say of themselv
     ("a list runs nobody", None, ["list"], [], ALL),
     ("who is needed is told first", None, ["settings", "list"], TOLD, ""),
     ("safe mode", b"[Plugins]\r\nSafeMode=1\r\n", ["settings", "list"], [], ""),
-    ("safe mode is said", b"[Plugins]\r\nSafeMode=1\r\n", ["list"], [], r"a_needs_z.dll .*Brisvane.INI beside the program starts it in safe"),
+    ("safe mode is said", b"[Plugins]\r\nSafeMode=True\r\n", ["list"], [], r"a_needs_z.dll .*Brisvane.INI beside the program starts it in safe"),
     ("one is disabled", b"[plugins]\r\nDisabled= x.dll ; A_Needs_Z.DLL\r\n", ["settings", "list"], TOLD[:2], ""),
     ("and that is said", b"[plugins]\r\nDisabled=a_needs_z.dll\r\n", ["list"], [], r"a_needs_z.dll .*FAILED.*Brisvane.INI beside the program disables"),
     ("another folder", b"[Plugins]\r\nFolder=more\\of them\r\n", ["list"], [], r"^(?!.*a_needs_z.dll).*z_is_needed.dll .* described "),

@@ -51,6 +51,8 @@ class Mute final : public BSmartObject, public IDocument {
 
 Note& note(IDocument* document) { return *query<Note>(document); }
 
+std::wstring readFrom;  // last
+
 // Reads and writes the bytes of a Note, as its row in the table says.
 class Format final : public BSmartObject, public IDocFormat {
   CORVIX_IDENTITY(Format, 0x774C7B65, 0xC251F004, 0x658A891C, 0x9F5D0808, BSmartObject, IDocFormat)
@@ -65,6 +67,7 @@ class Format final : public BSmartObject, public IDocFormat {
   }
   IBSmartObject* readDocument(IBStream* stream, IBReport* report) override {
     EXPECT_EQ(stream->getPosition(), 0u);
+    readFrom = query<IStreamPlace>(stream)->location();
     journal() += '!';
     auto document = make<Note>();
     for (int c; (c = query<BInputStream>(stream)->readByte()) >= 0;) document->text += static_cast<char>(c);
@@ -193,6 +196,7 @@ TEST_F(DocManagerTest, AsksWhoIsLikelyBeforeOthersAndMakesNobodyElse) {
     EXPECT_STREQ(document->formatName(), row.by);
     EXPECT_STREQ(document->title(), row.name);
     EXPECT_EQ(std::wstring(document->location()), folder.file(row.name).wstring());
+    EXPECT_EQ(readFrom, document->location());
     EXPECT_TRUE(note(document).text == row.content && !document->isModified());
     EXPECT_EQ(document->isReadOnly(), row.by[10] != L'A' && row.by[10] != L'B');
     EXPECT_EQ(report(), row.said);
@@ -267,6 +271,12 @@ TEST_F(DocManagerTest, LeavesTheFileAsItWasWhenItCannotSave) {
   } rows[] = {
       {"It is read-only",
        [&] { return SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_READONLY), manager.saveDocument(&document); }},
+      {"It is read-only, or in use",
+       [&] {
+         const std::ifstream reader(path);  // others may not take its place
+         return manager.saveDocument(&document);
+       }},
+      {"It is a folder.", [&] { return manager.saveDocumentAs(&document, folder.path().c_str(), nullptr); }},
       {"cannot hold it", [&] { return document.change("unfit"), manager.saveDocument(&document); }},
       {"is open itself", [&] { return manager.saveDocumentAs(&document, other.c_str(), nullptr); }},
       {"names no file", [&] { return manager.saveDocumentAs(&document, L"http://h/x.a", nullptr); }},

@@ -104,6 +104,7 @@ TEST_F(Translator, FollowsTheSettingAndTellsListeners) {
 
 TEST_F(Translator, ADeclaredPackageComesBeforeTheFileAndMayBeHostile) {
   static const std::wstring megabyte(1 << 20, L'x');
+  static KTranslator* asked = nullptr;
   std::filesystem::copy_file(CORVIX_GERMAN, folder_.file(L"brisvaneres.de"));
   struct Row {
     const wchar_t* wanted;
@@ -113,12 +114,15 @@ TEST_F(Translator, ADeclaredPackageComesBeforeTheFileAndMayBeHostile) {
                          {L"Open", []() -> const wchar_t* { return nullptr; }},
                          {L"Open", [] { return L""; }},
                          {L"Open", [] { return megabyte.c_str(); }},
-                         {L"Open", []() -> const wchar_t* { throw 1; }}}) {
+                         {L"Open", []() -> const wchar_t* { throw 1; }},
+                         {L"Arbeiten", [] { return asked->translate(L"Work"); }},
+                         {L"Open", [] { return asked->translate(L"Open"); }}}) {
     auto& factory = static_cast<KClassFactoryLocal&>(*queryClassFactoryLocal());  // of this program as a module
     const auto manager = make<KPluginManager>(factory, alert_, settings_);
     testing_support::Descriptor().registerIn(*manager);
     manager->registerInstance(L"LangPackage.de", make<Package>(row.answer));
     const auto translator = make<KTranslator>(*manager, *settings_, folder_.path().wstring());
+    asked = translator.get();
     translator->setLanguage(L"de");
     EXPECT_EQ(translator->translate(L"Open"), std::wstring(row.wanted));
     EXPECT_EQ(translator->translate(L"Work"), std::wstring(L"Arbeiten"));
