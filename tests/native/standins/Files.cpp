@@ -39,9 +39,12 @@ DWORD GetFileType(HANDLE file) {
   return fstat(descriptor(file), &known) == 0 && S_ISREG(known.st_mode) ? FILE_TYPE_DISK : 0;
 }
 
-BOOL ReadFile(HANDLE file, void* to, DWORD most, DWORD* got, OVERLAPPED* at) {
-  const off_t offset = at ? static_cast<off_t>(std::uint64_t{at->OffsetHigh} << 32 | at->Offset) : 0;
-  const ssize_t done = at ? pread(descriptor(file), to, most, offset) : read(descriptor(file), to, most);
+BOOL ReadFile(HANDLE file, void* to, DWORD most, DWORD* got, OVERLAPPED*) {
+  const ssize_t done = read(descriptor(file), to, most);
   *got = done > 0 ? static_cast<DWORD>(done) : 0;
   return done >= 0;
+}
+
+BOOL SetFilePointerEx(HANDLE file, LARGE_INTEGER to, LARGE_INTEGER*, DWORD from) {
+  return lseek(descriptor(file), to.QuadPart, from == FILE_END ? SEEK_END : SEEK_SET) >= 0;
 }

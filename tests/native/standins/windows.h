@@ -13,6 +13,7 @@ using BYTE = std::uint8_t;
 using WORD = std::uint16_t;
 using DWORD = std::uint32_t;
 using LONG = std::int32_t;
+using LONGLONG = std::int64_t;
 using HANDLE = void*;
 using HMODULE = struct HINSTANCE__*;
 
@@ -24,15 +25,13 @@ constexpr DWORD INVALID_FILE_ATTRIBUTES = 0xFFFFFFFF;
 constexpr DWORD FILE_SHARE_READ = 1, FILE_SHARE_WRITE = 2, FILE_SHARE_DELETE = 4;
 constexpr DWORD CREATE_NEW = 1, CREATE_ALWAYS = 2, OPEN_EXISTING = 3, OPEN_ALWAYS = 4;
 constexpr DWORD FILE_ATTRIBUTE_NORMAL = 0x80, FILE_FLAG_SEQUENTIAL_SCAN = 0x08000000;
-constexpr DWORD FILE_END = 2, FILE_TYPE_DISK = 1, MAX_PATH = 260;
+constexpr DWORD FILE_BEGIN = 0, FILE_END = 2, FILE_TYPE_DISK = 1, MAX_PATH = 260;
 constexpr DWORD ERROR_FILE_NOT_FOUND = 2, ERROR_BAD_FILE_TYPE = 222;
 
 union LARGE_INTEGER {
-  std::int64_t QuadPart;
+  LONGLONG QuadPart;
 };
-struct OVERLAPPED {
-  DWORD Offset, OffsetHigh;
-};
+struct OVERLAPPED;
 
 HANDLE CreateFileW(const wchar_t* path, DWORD access, DWORD share, void* security, DWORD disposition, DWORD flags,
                    HANDLE);
@@ -40,13 +39,13 @@ DWORD GetFileAttributesW(const wchar_t* path);
 BOOL CloseHandle(HANDLE file);
 BOOL GetFileSizeEx(HANDLE file, LARGE_INTEGER* size);
 DWORD GetFileType(HANDLE file);
-BOOL ReadFile(HANDLE file, void* to, DWORD most, DWORD* got, OVERLAPPED* at);
+BOOL ReadFile(HANDLE file, void* to, DWORD most, DWORD* got, OVERLAPPED*);
+BOOL SetFilePointerEx(HANDLE file, LARGE_INTEGER to, LARGE_INTEGER*, DWORD from);
 inline DWORD GetLastError() { return ERROR_FILE_NOT_FOUND; }
 
 // Nobody has or asks for these here.
 inline BOOL FindClose(HANDLE) { return 0; }
 inline BOOL FreeLibrary(HMODULE) { return 0; }
-inline BOOL SetFilePointerEx(HANDLE, LARGE_INTEGER, LARGE_INTEGER*, DWORD) { return 0; }
 inline DWORD GetModuleFileNameW(HMODULE, wchar_t*, DWORD) { return 0; }
 
 // Text of bytes: UTF-8, strictly, and else Latin-1. TextBytes.cpp.
