@@ -95,8 +95,10 @@ void flattenCurve(const Point (&curve)[4], const Matrix& matrix, const Box& area
   const double uy = std::abs(device[0].y - 2 * device[1].y + device[2].y);
   const double vx = std::abs(device[1].x - 2 * device[2].x + device[3].x);
   const double vy = std::abs(device[1].y - 2 * device[2].y + device[3].y);
-  const double spread = 0.75 * std::hypot(ux > vx ? ux : vx, uy > vy ? uy : vy);
-  if (isInvisible || depth >= kDeepest || !(spread > tolerance)) {
+  const double x = ux > vx ? ux : vx;
+  const double y = uy > vy ? uy : vy;
+  const bool isFar = 0.75 * 0.75 * (x * x + y * y) > tolerance * tolerance;
+  if (isInvisible || depth >= kDeepest || !isFar) {
     line(curve[3]);
     return;
   }

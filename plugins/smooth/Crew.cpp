@@ -47,11 +47,13 @@ void Crew::help(u32 number) noexcept {
   u32 seen = 0;
   AcquireSRWLockExclusive(&lock_);
   while (true) {
-    while (!isOver_ && round_ == seen) SleepConditionVariableSRW(&begun_, &lock_, INFINITE, 0);
+    while (!isOver_ && (round_ == seen || !work_)) SleepConditionVariableSRW(&begun_, &lock_, INFINITE, 0);
     if (isOver_) break;
     seen = round_;
+    ++busy_;
+    Work& work = *work_;
     ReleaseSRWLockExclusive(&lock_);
-    work_->work(number);
+    work.work(number);
     AcquireSRWLockExclusive(&lock_);
     if (--busy_ == 0) WakeConditionVariable(&done_);
   }
@@ -62,11 +64,11 @@ void Crew::run(Work& work) noexcept {
   AcquireSRWLockExclusive(&lock_);
   work_ = &work;
   ++round_;
-  busy_ = helpers_.size();
   ReleaseSRWLockExclusive(&lock_);
   WakeAllConditionVariable(&begun_);
   work.work(0);
   AcquireSRWLockExclusive(&lock_);
+  work_ = nullptr;
   while (busy_) SleepConditionVariableSRW(&done_, &lock_, INFINITE, 0);
   ReleaseSRWLockExclusive(&lock_);
 }

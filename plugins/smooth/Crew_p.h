@@ -28,7 +28,8 @@ class Crew {
   Crew(const Crew&) = delete;
   Crew& operator=(const Crew&) = delete;
 
-  // Returns when all of it is done. The calling thread has number 0.
+  // Returns when all that began with it are done; who wakes up later does not begin any more. The calling thread, which
+  // always does, has number 0.
   void run(Work& work) noexcept;
 
  private:
@@ -41,7 +42,7 @@ class Crew {
   SRWLOCK lock_ = SRWLOCK_INIT;  // of what follows
   CONDITION_VARIABLE begun_ = CONDITION_VARIABLE_INIT;
   CONDITION_VARIABLE done_ = CONDITION_VARIABLE_INIT;
-  Work* work_ = nullptr;
+  Work* work_ = nullptr;  // that may be begun
   u32 round_ = 0;
   std::size_t busy_ = 0;
   bool isOver_ = false;

@@ -4,6 +4,7 @@
 #include "graphics/Shading.h"
 #include "plugins/smooth/Figures_p.h"
 
+#include <cmath>
 #include <memory>
 
 namespace corvix::smooth {

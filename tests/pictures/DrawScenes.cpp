@@ -1,5 +1,5 @@
 // Draws scenes through IAGDC:  corvix-pictures SCENES FOLDER
-//                               corvix-pictures --glyphs FONT COUNT SHEET.png
+//                               corvix-pictures --glyphs COUNT SHEET.png FONT...
 //
 // FOLDER gets NAME.gdi.png, NAME.gdiplus.png and NAME.smooth.png, and none for a kind that refuses the scene. The
 // smooth context draws each by several threads, too: 1 when a pixel differs.
@@ -189,34 +189,42 @@ bool isSameByThreads(const Scene& scene, const Kind& kind, IAGImage& expected) {
   return true;
 }
 
-// A contact sheet of a font's glyphs, by the smooth context.
-int drawGlyphSheet(const std::string& path, u32 most, const std::string& sheet) {
-  constexpr i32 kAcross = 50;
+// A contact sheet of the first glyphs of each font, by the smooth context; a free row between fonts.
+int drawGlyphSheet(u32 most, const std::string& sheet, const std::vector<std::string>& paths) {
+  constexpr u32 kAcross = 50;
   constexpr i32 kCell = 22;
-  IFMFont* const font = fontOf(path);
-  auto* const program = query<IFMFontProgram>(font);
-  if (!program) return 1;
-  const u32 glyphs = std::min(most, program->glyphCount());
-  const i32 height = kCell * static_cast<i32>((glyphs + kAcross - 1) / kAcross);
+  std::vector<u32> counts;
+  i32 rows = 0;
+  for (const std::string& path : paths) {
+    auto* const program = query<IFMFontProgram>(fontOf(path));
+    if (!program) return std::printf("%s: no font\n", path.c_str()), 1;
+    counts.push_back(std::min(most, program->glyphCount()));
+    rows += static_cast<i32>((counts.back() + kAcross - 1) / kAcross) + (rows ? 1 : 0);
+  }
   const auto creator = createObject<IAGDCCreator>(manager(), L"AGDC.SmoothMemory");
-  const auto page = Ref<IAGDC>::adopt(creator->create(0, 0, nullptr, kAcross * kCell, height));
+  const auto page = Ref<IAGDC>::adopt(creator->create(0, 0, nullptr, kAcross * kCell, rows * kCell));
   page->setFillColor(kBlack);
   u32 refused = 0;
-  for (u32 glyph = 0; glyph < glyphs; ++glyph) {
-    const GlyphPlace place = {glyph, 0, 0};
-    const Matrix at = Matrix::translation(static_cast<i32>(glyph % kAcross) * kCell + 3.0,
-                                          static_cast<i32>(glyph / kAcross) * kCell + 16.0);
-    if (!drawGlyphs(*page, *font, 15, at, &place, 1)) ++refused;
+  i32 top = 0;
+  for (std::size_t i = 0; i < paths.size(); ++i) {
+    for (u32 glyph = 0; glyph < counts[i]; ++glyph) {
+      const GlyphPlace place = {glyph, 0, 0};
+      const Matrix at = Matrix::translation(static_cast<i32>(glyph % kAcross) * kCell + 3.0,
+                                            (top + static_cast<i32>(glyph / kAcross)) * kCell + 16.0);
+      if (!drawGlyphs(*page, *fontOf(paths[i]), 15, at, &place, 1)) ++refused;
+    }
+    std::printf("%s: %u glyphs, %u refused by now\n", paths[i].c_str(), counts[i], refused);
+    top += static_cast<i32>((counts[i] + kAcross - 1) / kAcross) + 1;
   }
-  std::printf("%u glyphs, %u refused\n", glyphs, refused);
-  return save(pictureOf(*page, kAcross * kCell, height).get(), sheet) && !refused ? 0 : 1;
+  return save(pictureOf(*page, kAcross * kCell, rows * kCell).get(), sheet) && !refused ? 0 : 1;
 }
 
 }  // namespace
 
 int main(int count, char** arguments) {
-  if (count == 5 && std::string(arguments[1]) == "--glyphs") {
-    return drawGlyphSheet(arguments[2], static_cast<u32>(std::strtoul(arguments[3], nullptr, 10)), arguments[4]);
+  if (count > 4 && std::string(arguments[1]) == "--glyphs") {
+    return drawGlyphSheet(static_cast<u32>(std::strtoul(arguments[2], nullptr, 10)), arguments[3],
+                          {arguments + 4, arguments + count});
   }
   if (count != 3) return 2;
   std::ifstream file(arguments[1]);

@@ -6,6 +6,7 @@
 #include "graphics/text/Text.h"
 #include "tests/graphics/GdiObjects.h"
 #include "tests/graphics/Pages.h"
+#include "tests/support/Soak.h"
 
 #include <cstring>
 #include <limits>
@@ -428,7 +429,13 @@ TEST(Text, GlyphsThatWereDrawnAreKeptUntilMemoryIsShort) {
   }
 }
 
-TEST(Text, LeavesNoObjectBehind) {
+TEST(Text, ThousandsOfFontsLeaveNoObjectBehind) {
+  const auto oneFont = [](int i) {
+    const Ref<IFMFont> font = fontFor(i % 2 ? L"Courier" : L"Times-Bold");
+    GlyphCoverage mask;
+    auto* const source = query<IFMFontSource>(font.get());
+    return source->coverage(source->glyphOf('A'), 12, 17, mask);
+  };
   const auto drawAll = [] {
     const Ref<IFMFont> font = fontFor(L"Courier");
     for (const Through through : kBoth) {
@@ -440,6 +447,7 @@ TEST(Text, LeavesNoObjectBehind) {
   drawAll();
   const int before = freeGdiObjects();
   for (int i = 0; i < 20; ++i) drawAll();
+  for (int i = 0; i < soak(2000, 10000); ++i) ASSERT_TRUE(oneFont(i));
   EXPECT_EQ(freeGdiObjects(), before);
 }
 
