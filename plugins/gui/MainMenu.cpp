@@ -116,7 +116,7 @@ void MainMenu::fill(HMENU menu, const IMenuItem& from, const wchar_t* words) {
       if (isNew) found->second = lookOf(item.actionName());
       const ActionLook& look = found->second;
       std::wstring text = look.text.empty() ? texts.of(item.text(), kName) : look.text;
-      if (*item.key()) text += std::wstring(L"\t") + item.key();
+      if (*item.key()) text += L'\t' + shownKey(texts, item.key());
       AppendMenuW(menu, flagsOf(look), known->second, text.c_str());
     }
   }
