@@ -78,6 +78,7 @@ bool LanguageFile::take(const XMLNode* root, const std::wstring& path) {
 }
 
 const wchar_t* LanguageFile::find(std::wstring_view context, std::wstring_view source) const {
+  if (texts_.empty()) return nullptr;
   const auto found = texts_.find(keyOf(context, source));
   return found == texts_.end() ? nullptr : found->second.c_str();
 }
