@@ -102,7 +102,7 @@ void InternetTransfer::giveUp(InternetTransfer* transfer) noexcept {
   HINTERNET request = nullptr;
   transfer->isGivenUp_ = true;
   const bool isIdle = transfer->call_ == Call::None;
-  const bool endsAtOnce = isIdle || transfer->isBrief_;
+  const bool endsAtOnce = isIdle || (transfer->call_ == Call::Read && transfer->isAhead_);
   if (isIdle) request = std::exchange(transfer->request_, nullptr);
   HANDLE const thread = std::exchange(transfer->thread_, nullptr);
   transfer->lock_.leave();
@@ -159,7 +159,7 @@ void InternetTransfer::makeCall(Call call) noexcept {
       openRequest();
       break;
     case Call::Read:
-      while (fetchHere() || fetchAwaited()) {
+      while (fetchPiece()) {
       }
       return;
     case Call::Seek:
@@ -212,49 +212,31 @@ u32 InternetTransfer::room() const noexcept {
 bool InternetTransfer::put(u32 count, bool isEnd) noexcept {
   const SCriticalSection::Lock lock(lock_);
   filled_ += count;
-  const bool isAll = filled_ >= goal_;
-  isBrief_ = isAll && calls_.readFileEx;
-  if (isEnd || (isAll && !isBrief_)) call_ = Call::None;
+  isAhead_ = filled_ >= goal_;
+  isCut_ = isAhead_ && isFull_ && !room();
+  if (isEnd || (isAhead_ && (!isFull_ || isCut_))) call_ = Call::None;
   if (isWaiting_ && (call_ == Call::None || held() >= awaited_)) SetEvent(news_);
   return call_ != Call::None;
 }
 
-// What has come already, where the system tells without waiting; false when there is nothing or no room.
-bool InternetTransfer::fetchHere() noexcept {
-  if (!calls_.readFileEx) return false;
-  u32 most = 0;
-  {
-    const SCriticalSection::Lock lock(lock_);
-    most = room();
-    isBrief_ = true;
-    isFlowing_ = most == 0;
-    if (!most || isGivenUp_) return false;
-  }
-  INTERNET_BUFFERSW to{};
-  to.dwStructSize = sizeof to;
-  to.lpvBuffer = buffer_ + filled_ % kRingBytes;
-  to.dwBufferLength = most;
-  const u32 got = calls_.readFileEx(request_, &to, IRF_NO_WAIT, 0) ? std::min<u32>(to.dwBufferLength, most) : 0;
-  return got > 0 && put(got, false);
-}
-
-// Waits for what the call is to bring, in pieces as they come, where the system tells: so a slow server's bytes can be
-// had before its last one. False at the end, or when all is there.
-bool InternetTransfer::fetchAwaited() noexcept {
+// One piece as it comes, where the system tells, so that a slow server's bytes can be had before its last one: the
+// system waits for the first byte of each. Behind what the call is to bring pieces are fetched only as long as they are
+// full: then more has most likely come already. False at the end of the call.
+bool InternetTransfer::fetchPiece() noexcept {
   u32 left = 0, most = 0;
   {
     const SCriticalSection::Lock lock(lock_);
     left = goal_ > filled_ ? goal_ - filled_ : 0;
     most = room();
-    isBrief_ = !left;
-    if (!left || isGivenUp_) return endCall(), false;
+    if (isGivenUp_ || !most) return endCall(), false;
   }
   DWORD here = 0;
   if (!calls_.queryDataAvailable || !calls_.queryDataAvailable(request_, &here, 0, 0)) here = 0;
+  isFull_ = here >= kFullPieceBytes;
   const u32 asked = std::min<u32>(here > 0 ? here : left, most);
   DWORD got = 0;  // a call that fails leaves it alone
-  calls_.readFile(request_, buffer_ + filled_ % kRingBytes, asked, &got);
-  return put(std::min<DWORD>(got, asked), got < asked);
+  if (asked) calls_.readFile(request_, buffer_ + filled_ % kRingBytes, asked, &got);
+  return put(std::min<DWORD>(got, asked), !asked || got < asked);
 }
 
 template <class Ready>
@@ -281,10 +263,10 @@ bool InternetTransfer::ask(Call call, u32 bytes) noexcept {
 // With the lock held, when no call is under way.
 void InternetTransfer::begin(Call call, u32 bytes) noexcept {
   call_ = call;
-  isBrief_ = call == Call::Read && calls_.readFileEx;
-  isFlowing_ = false;
+  isCut_ = isFull_ = false;
   if (!held()) filled_ = taken_ = 0;
   goal_ = filled_ + bytes;
+  isAhead_ = !bytes;
   SetEvent(wake_);
 }
 
@@ -348,7 +330,7 @@ u32 InternetTransfer::take(u8* to, u32 most) noexcept {
 void InternetTransfer::fetchAhead() noexcept {
   const SCriticalSection::Lock lock(lock_);
   isWaiting_ = false;
-  if (isFlowing_ && call_ == Call::None && held() <= kRingBytes / 2) begin(Call::Read, 0);
+  if (isCut_ && call_ == Call::None && held() <= kRingBytes / 2) begin(Call::Read, 0);
 }
 
 }  // namespace corvix

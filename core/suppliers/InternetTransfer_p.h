@@ -36,6 +36,7 @@ class InternetPatience {
 class InternetTransfer : public HeapAllocated {
  public:
   static constexpr u32 kPieceBytes = 64 * 1024;
+  static constexpr u32 kFullPieceBytes = 8 * 1024;  // the system's own buffer
 
   // Starts its thread with the first call. Throws std::bad_alloc.
   explicit InternetTransfer(WideString url) : url_(std::move(url)) {}
@@ -82,8 +83,7 @@ class InternetTransfer : public HeapAllocated {
   void openRequest() noexcept;
   i32 findSize() noexcept;
   void endCall() noexcept;
-  bool fetchHere() noexcept;
-  bool fetchAwaited() noexcept;
+  bool fetchPiece() noexcept;
   u32 held() const noexcept;
   u32 room() const noexcept;
   bool put(u32 count, bool isEnd) noexcept;
@@ -104,9 +104,10 @@ class InternetTransfer : public HeapAllocated {
   i32 size_ = -1;
   u32 target_ = 0;  // of a seek
   bool isReached_ = false;
-  bool isBrief_ = false;    // the call only fetches what has come: it waits for no server
+  bool isFull_ = false;     // the last piece was; only the thread changes it during a call
+  bool isAhead_ = false;    // what the call is to bring is here, it fetches more
+  bool isCut_ = false;      // it ended because there was no more room
   bool isWaiting_ = false;  // the stream, for news
-  bool isFlowing_ = false;  // when the buffer was full, there may have been more
   u32 awaited_ = 0;         // bytes that were not taken: who reads waits for so many
 
   // A ring: bytes are counted from the first on, each stands where its number modulo the size says.

@@ -18,7 +18,6 @@ struct SystemCalls {
     isComplete = !isMissing;
     bind(calls.queryDataAvailable, "InternetQueryDataAvailable");
     bind(calls.queryInfo, "HttpQueryInfoW");
-    bind(calls.readFileEx, "InternetReadFileExW");
   }
 
   template <class Call>

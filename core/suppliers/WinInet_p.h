@@ -17,10 +17,9 @@ struct WinInetCalls {
   decltype(&InternetCloseHandle) closeHandle = nullptr;
   decltype(&InternetCheckConnectionW) checkConnection = nullptr;
   decltype(&InternetGetLastResponseInfoW) getLastResponseInfo = nullptr;
-  // Streams do without these where they are null.
+  // Streams do without these two where they are null.
   decltype(&InternetQueryDataAvailable) queryDataAvailable = nullptr;
   decltype(&HttpQueryInfoW) queryInfo = nullptr;
-  decltype(&InternetReadFileExW) readFileEx = nullptr;
 };
 
 // Null if the system has no WinINet. [any thread]

@@ -90,7 +90,10 @@ bool MainMenu::opens(HMENU menu, const wchar_t* words) {
   const auto found = popups_.find(menu);
   if (found == popups_.end()) return false;
   const IMenuItem& item = *found->second;
-  for (int i = GetMenuItemCount(menu); i-- > 0;) popups_.erase(GetSubMenu(menu, i));
+  for (i32 i = 0; i < item.childCount(); ++i) {
+    const IMenuItem* const child = item.childAt(i);
+    if (child->childCount() != 0) std::erase_if(popups_, [&](const auto& one) { return one.second == child; });
+  }
   clear(menu);
   fill(menu, item, words);
   return true;
@@ -100,6 +103,7 @@ void MainMenu::fill(HMENU menu, const IMenuItem& from, const wchar_t* words) {
   const windows::Translation texts;
   std::unordered_map<std::wstring_view, ActionLook> looks;  // of this moment
   const IMenuItem* before = nullptr;
+  std::wstring text;
   for (i32 i = 0; i < from.childCount(); ++i) {
     const IMenuItem& item = *from.childAt(i);
     if (!whenHolds(item.when(), words)) continue;
@@ -115,8 +119,8 @@ void MainMenu::fill(HMENU menu, const IMenuItem& from, const wchar_t* words) {
       const auto [found, isNew] = looks.try_emplace(item.actionName());
       if (isNew) found->second = lookOf(item.actionName());
       const ActionLook& look = found->second;
-      std::wstring text = look.text.empty() ? texts.of(item.text(), kName) : look.text;
-      if (*item.key()) text += L'\t' + shownKey(texts, item.key());
+      text = look.text.empty() ? texts.of(item.text(), kName) : look.text.c_str();
+      if (*item.key()) text.append(1, L'\t').append(shownKey(texts, item.key()));
       AppendMenuW(menu, flagsOf(look), known->second, text.c_str());
     }
   }
