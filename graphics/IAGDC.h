@@ -1,10 +1,11 @@
-// IAGDC: the one surface to draw on, through plain GDI or through GDI+. Made by an IAGDCCreator (IAGDCCreator.h).
+// IAGDC: the one surface to draw on, through plain GDI, through GDI+ or through what a plug-in offers ("smooth" draws
+// with coverage of its own, docs/smooth.md). Made by an IAGDCCreator (IAGDCCreator.h).
 //
-// Coordinates: operations that take doubles take user coordinates, which the user transform (GDI+ only) and the
-// drawing origin turn into device pixels; those with "Pixel" in their names, and all that take i32, take device pixels,
-// which only the origin moves. The order of the operations is fixed. Every operation answers true when it was carried
-// out, and false, with nothing drawn, when it was not: nothing is attached, the implementation does not offer it, or
-// a coordinate is no number or does not fit. One thread at a time; nothing is locked.
+// Coordinates: operations that take doubles take user coordinates, which the user transform (not in plain GDI)
+// and the drawing origin turn into device pixels; those with "Pixel" in their names, and all that take i32, take device
+// pixels, which only the origin moves. The order of the operations is fixed. Every operation answers true when it was
+// carried out, and false, with nothing drawn, when it was not: nothing is attached, the implementation does not offer
+// it, or a coordinate is no number or does not fit. One thread at a time; nothing is locked.
 //
 // While a path is open (`beginPath`), `moveTo`, `lineTo`, `curveTo`, `line`, `rectangle` and their other forms add to
 // it instead of drawing, attached or not. `drawPath` and the clip operations use the path and leave it; `endPath` or
@@ -73,7 +74,7 @@ class IAGDC : public BSmartObject {
   virtual bool setBackgroundColor(Color color) = 0;    // of patterns; `clear` sets it to white
   virtual bool setDeviceMiterLimit(double limit) = 0;  // GDI's own, for what the caller draws; GDI+: false
 
-  // A plain GDI context draws every colour opaque.
+  // Black and white at first. A plain GDI context draws every colour opaque but for masks that are images.
   virtual bool setStrokeColor(Color color) = 0;
   virtual bool setFillColor(Color color) = 0;
   virtual Color strokeColor() const noexcept = 0;
@@ -173,7 +174,8 @@ class IAGDC : public BSmartObject {
   virtual bool selectGeometricPen() = 0;
   virtual bool unsupported() = 0;  // false
 
-  // Plain GDI only. Angles in degrees, counter-clockwise from the right. At most 1,048,576 pixels wide or high.
+  // GDI+: false. Angles in degrees, counter-clockwise from the right. At most 1,048,576 pixels wide or high in plain
+  // GDI.
   virtual bool arcPixel(const PixelBox& box, i32 startX, i32 startY, i32 endX, i32 endY) = 0;
   virtual bool arc(double centerX, double centerY, double radiusX, double radiusY, double start, double sweep) = 0;
   virtual bool ellipsePixel(const PixelBox& box) = 0;
@@ -183,7 +185,7 @@ class IAGDC : public BSmartObject {
   virtual bool drawImageThroughMemory(IAGImage* image, i32 x, i32 y) = 0;
   virtual bool strokePolyline(const Point* points, i32 count) = 0;
 
-  // No implementation does so far.
+  // Those of "smooth" answer true, plain GDI and GDI+ false; `drawText` (graphics/text/Text.h) draws on all of them.
   virtual bool supportsText() const noexcept = 0;
   virtual bool supportsBlending() const noexcept = 0;
   virtual bool supportsShading() const noexcept = 0;

@@ -1,4 +1,5 @@
 // Text: masks of glyphs are images of the fill colour, outlines are filled as paths are.
+#include "graphics/IAGDCCreator.h"
 #include "graphics/contexts/DrawingContext_p.h"
 
 #include <cstring>
@@ -71,6 +72,8 @@ bool DrawingContext::paintCoverage(const u8* coverage, i32 strideBytes, const Pi
   const i32 height = place.bottom - place.top;
   if (!canDraw() || !coverage || width <= 0 || height <= 0) return false;
   if (isSingular_) return true;
+  const Color fill =
+      capabilities() & capability::kGdiPlus ? fillColor_ : fillColor_ | kBlack;  // as outlines are filled
   const Matrix placed = {
       static_cast<double>(width),    0, 0, static_cast<double>(height), static_cast<double>(place.left),
       static_cast<double>(place.top)};
@@ -78,7 +81,7 @@ bool DrawingContext::paintCoverage(const u8* coverage, i32 strideBytes, const Pi
   if (ownPlace(placed, width, height, own)) {
     for (i32 y = own.part.top; y < own.part.bottom; ++y) {
       paintMask(coverage + static_cast<std::ptrdiff_t>(strideBytes) * y + own.part.left, own.part.right - own.part.left,
-                fillColor_, own.row(y));
+                fill, own.row(y));
     }
     return true;
   }
@@ -92,8 +95,8 @@ bool DrawingContext::paintCoverage(const u8* coverage, i32 strideBytes, const Pi
     bits.seen = {0, 0, width, height};
     bits.converted.allocate(static_cast<std::size_t>(width) * static_cast<u32>(height) * 4);
     bits.pixels = bits.converted.data();
-    const u32 alpha = alphaOf(fillColor_);
-    const Color color = fillColor_ & 0x00FFFFFF;
+    const u32 alpha = alphaOf(fill);
+    const Color color = fill & 0x00FFFFFF;
     auto* to = reinterpret_cast<Color*>(bits.converted.data());
     for (i32 y = 0; y < height; ++y) {
       const u8* const row = coverage + static_cast<std::ptrdiff_t>(strideBytes) * y;

@@ -1,6 +1,7 @@
 // Clipping in a GDI+ context. Regions count from the origin, without the user transform.
 #include "graphics/contexts/AGDC_p.h"
 
+#include <algorithm>
 #include <cfloat>
 #include <utility>
 
@@ -10,13 +11,18 @@ using gdiplus::flat;
 
 namespace {
 
+constexpr double kFarthest = 1 << 22;  // pixels; no bitmap is as large
+
 bool fits(double x, double y, double width, double height, Gdiplus::RectF& rect) noexcept {
   for (const double number : {x, y, width, height}) {
     if (!(std::abs(number) <= double{FLT_MAX})) return false;
   }
-  // A negative size counts from the other side.
-  rect = Gdiplus::RectF(static_cast<float>(std::min(x, x + width)), static_cast<float>(std::min(y, y + height)),
-                        static_cast<float>(std::abs(width)), static_cast<float>(std::abs(height)));
+  // A negative size counts from the other side. Farther edges are brought nearer: floats would lose their last digits.
+  const auto brought = [](double edge) { return std::clamp(edge, -kFarthest, kFarthest); };
+  const Box box = {brought(std::min(x, x + width)), brought(std::min(y, y + height)), brought(std::max(x, x + width)),
+                   brought(std::max(y, y + height))};
+  rect = Gdiplus::RectF(static_cast<float>(box.left), static_cast<float>(box.top),
+                        static_cast<float>(box.right - box.left), static_cast<float>(box.bottom - box.top));
   return true;
 }
 

@@ -5,6 +5,8 @@
 
 #include <algorithm>
 
+#include <windows.h>
+
 namespace corvix {
 
 namespace {
@@ -32,11 +34,32 @@ FMFontMachine::~FMFontMachine() {
   if (declared) declared->forget();
 }
 
-// Creators are asked outside the lock: they may add and remove others.
+bool FMFontMachine::begin(Turn& turn) noexcept {
+  const SCriticalSection::Lock lock(lock_);
+  for (const Turn* other = turns_; other; other = other->outer) {
+    if (other->creator == turn.creator && other->thread == turn.thread) return false;
+  }
+  turn.outer = turns_;
+  turns_ = &turn;
+  return true;
+}
+
+void FMFontMachine::end(Turn& turn) noexcept {
+  const SCriticalSection::Lock lock(lock_);
+  Turn** place = &turns_;
+  while (*place != &turn) place = &(*place)->outer;
+  *place = turn.outer;
+}
+
+// Creators are asked outside the lock: they may add and remove others, and ask the machine themselves.
 template <class Ask>
 IFMFont* FMFontMachine::askAll(const FontRequest* request, Ask askIt) {
-  const auto ask = [&askIt](IFMFontCreator* creator) {
-    return callForeign(codeOf(creator), L"IFMFontCreator", [&] { return askIt(creator); });
+  const auto ask = [&](IFMFontCreator* creator) -> IFMFont* {
+    Turn turn = {creator, GetCurrentThreadId(), nullptr};
+    if (!begin(turn)) return nullptr;
+    IFMFont* const font = callForeign(codeOf(creator), L"IFMFontCreator", [&] { return askIt(creator); });
+    end(turn);
+    return font;
   };
   Creators added;
   {

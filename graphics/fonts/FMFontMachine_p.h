@@ -47,11 +47,23 @@ class FMFontMachine final : public IFMFontMachine, public IFMFontChooser, public
  private:
   using Creators = std::vector<Ref<IFMFontCreator>, HeapAllocator<Ref<IFMFontCreator>>>;
 
+  // A creator that is being asked, and by which thread.
+  struct Turn {
+    IFMFontCreator* creator;
+    u32 thread;
+    Turn* outer;
+  };
+
+  // False when this thread is asking that creator already.
+  bool begin(Turn& turn) noexcept;
+  void end(Turn& turn) noexcept;
+
   // The first font that `ask` gets from a creator.
   template <class Ask>
   IFMFont* askAll(const FontRequest* request, Ask askIt);
 
   SCriticalSection lock_;
+  Turn* turns_ = nullptr;
   Creators added_;  // the last is asked first
   Creators own_;    // in the order in which they are asked
 };

@@ -50,7 +50,8 @@ class IFMFontFinder : public IBTransportable {
 
 // Beside IFMFontMachine; only the library makes one. Asked are: creators that were added, the last first; those that
 // plug-ins declare as "FontCreator." and a name, by their order; the system's fonts; and a last resort that never
-// refuses. Creators without IFMFontFinder are asked for the family alone.
+// refuses. Creators without IFMFontFinder are asked for the family alone. A creator may ask the machine while it is
+// asked: it is passed over then, so that it gets what there would be without it.
 class IFMFontChooser : public IBTransportable {
   CORVIX_IDENTITY(IFMFontChooser, 0xC2604E9D, 0x438BF17A, 0x85A9D3C6, 0x7E1F2B04, IBTransportable)
 

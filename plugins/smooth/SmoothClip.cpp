@@ -67,6 +67,8 @@ class MaskRows {
 };
 
 // The rectangles of a region, from the top.
+bool isRegion(HRGN region) noexcept { return GetObjectType(region) == OBJ_REGION; }
+
 HeapVector<RECT> rectanglesOf(HRGN region) {
   HeapVector<u8> data(GetRegionData(region, 0, nullptr));
   auto* const rows = reinterpret_cast<RGNDATA*>(data.data());
@@ -201,7 +203,7 @@ SharedMask SmoothContext::maskOf(HRGN region, PixelBox& box) const {
 }
 
 bool SmoothContext::clipRegion(RegionHandle region) {
-  if (!region || !prepare()) return false;
+  if (!isRegion(region) || !prepare()) return false;
   return withinMemory([&] {
     PixelBox box;
     const SharedMask mask = maskOf(region, box);
@@ -233,7 +235,7 @@ bool SmoothContext::clipRegion(RegionHandle region) {
 bool SmoothContext::setClipRegion(RegionHandle region) {
   if (!canDraw()) return false;
   if (!region) return resetClip();
-  if (!prepare()) return false;
+  if (!isRegion(region) || !prepare()) return false;
   return withinMemory([&] {
     PixelBox box;
     SharedMask mask = maskOf(region, box);

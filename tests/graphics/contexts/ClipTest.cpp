@@ -47,6 +47,8 @@ const Step kSteps[] = {
     {"empty", [](IAGDC& page) { return page.clipRect(50, 40, 3, 3) && page.isClipEmpty(); }, true, 0},
     {"no number", [](IAGDC& page) { return page.clipRect(std::nan(""), 0, 1, 1); }, false, 0},
     {"reset", [](IAGDC& page) { return page.resetClip(); }, true, kAll},
+    {"rectangle far out", [](IAGDC& page) { return page.clipRect(-1e8, -1e8, 2e8, 1e8 + 20); }, true, 64 * 20},
+    {"once more", [](IAGDC& page) { return page.resetClip(); }, true, kAll},
     {"polygon far out",
      [](IAGDC& page) {
        const Point corners[] = {{-1e9, -1e9}, {1e9, -1e9}, {1e9, 20}, {-1e9, 20}};

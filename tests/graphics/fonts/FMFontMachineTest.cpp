@@ -104,6 +104,18 @@ class Throwing final : public BSmartObject, public IFMFontCreator {
   IFMFont* createFont(const wchar_t*) override { throw 7; }
 };
 
+// Has nothing but what the machine has without it.
+class Asking final : public BSmartObject, public IFMFontCreator {
+  CORVIX_IDENTITY(Asking, 0x2C7E41B9, 0x4D05A8F3, 0x9163B27C, 0xE80F5D4A, BSmartObject, IFMFontCreator)
+
+ public:
+  explicit Asking(FMFontMachine& machine) : machine_(machine) {}
+  IFMFont* createFont(const wchar_t* family) override { return machine_.createFont(family); }
+
+ private:
+  FMFontMachine& machine_;
+};
+
 TEST(FMFontMachine, AsksLaterCreatorsFirstAndKeepsThem) {
   auto creator = make<Stubborn>(L"Secret");
   {
@@ -111,6 +123,7 @@ TEST(FMFontMachine, AsksLaterCreatorsFirstAndKeepsThem) {
     machine.addCreator(creator.get());
     machine.addCreator(nullptr);
     machine.addCreator(make<Throwing>().get());
+    for (int i = 0; i < 2; ++i) machine.addCreator(make<Asking>(machine).get());
     EXPECT_EQ(creator->refCount(), 1u);
     EXPECT_FALSE(Ref<IFMFont>::adopt(machine.createFont(L"Secret"))->isSubstitute());
     EXPECT_TRUE(Ref<IFMFont>::adopt(machine.createFont(L"No Such Font At All"))->isSubstitute());

@@ -112,6 +112,17 @@ TEST(Text, FollowsColourClipOriginAndTransform) {
     ASSERT_TRUE(draw(*clipped, *font, 24, Matrix::translation(4, 30), L"HH"));
     EXPECT_EQ(inkOf(*clipped).right, 12);
 
+    // By half, or opaque where every colour is: as masks and as outlines, into a bitmap and through the system.
+    for (const Matrix& matrix : {Matrix::translation(4, 30), Matrix{1, 0, 0.01, 1, 4, 30}}) {
+      for (const double origin : {0.0, 0.5}) {
+        const Ref<IAGDC> faint = makePage(through);
+        faint->setFillColor(argb(128, 0, 0, 0));
+        faint->setOrigin(origin, 0);
+        ASSERT_TRUE(draw(*faint, *font, 24, matrix, L"HH"));
+        EXPECT_EQ(redOf(pixelOf(*faint, ink.left + 2, ink.top + 6)), through == Through::Gdi ? 0u : 127u) << matrix.c;
+      }
+    }
+
     const Ref<IAGDC> shown = makePage(through);
     if (shown->setTransform({2, 0, 0, 2, 0, 0})) {
       shown->setFillColor(kBlack);

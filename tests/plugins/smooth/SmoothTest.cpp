@@ -129,6 +129,11 @@ TEST(Smooth, RefusesWhatIsNoDrawing) {
   } rows[] = {{"no number", [&] { return page->fillRect(kNan, 0, 4, 4); }},
               {"endless", [&] { return page->line(0, 0, kInfinity, 4); }},
               {"no number in a clip", [&] { return page->clipRect(0, kNan, 1, 1); }},
+              {"no region",
+               [&] {
+                 const auto none = reinterpret_cast<RegionHandle>(std::size_t{0x1234});
+                 return page->clipRegion(none) || page->setClipRegion(none) || page->isClipEmpty();
+               }},
               {"no matrix",
                [&] {
                  return page->setTransform({kNan, 0, 0, 1, 0, 0});
