@@ -167,12 +167,22 @@ TEST(FontNames, AreTakenApart) {
 }
 
 TEST(FMFontMachine, KeepsFixedFontsFixed) {
-  for (const wchar_t* name :
-       {L"Courier", L"Courier-BoldOblique", L"ABCDEF+CourierNewPSMT", L"Courier New", L"ABCDEF+LiberationMono-Bold",
-        L"NimbusMonoPS", L"Consolas", L"DejaVuSansMono", L"Arial"}) {
+  const struct {
+    const wchar_t* name;
+    u32 traits;  // that the document gives
+  } rows[] = {{L"Courier", 0},
+              {L"Courier-BoldOblique", 0},
+              {L"ABCDEF+CourierNewPSMT", 0},
+              {L"Courier New", 0},
+              {L"ABCDEF+LiberationMono-Bold", 0},
+              {L"NimbusMonoPS", 0},
+              {L"Consolas", 0},
+              {L"DejaVuSansMono", 0},
+              {L"Arial", font_trait::kFixed}};
+  for (const auto& [name, traits] : rows) {
     FontRequest request;
     request.family = name;
-    request.traits = name == std::wstring_view(L"Arial") ? font_trait::kFixed : 0;  // says the document
+    request.traits = traits;
     const auto font = Ref<IFMFont>::adopt(FMFontMachine::shared()->createFontFor(request));
     auto* const source = query<IFMFontSource>(font.get());
     ASSERT_TRUE(source);
