@@ -397,8 +397,8 @@ TEST_F(FrameTest, KeepsWhereItIsAndWhatIsNotThere) {
     return narrow(text);
   };
   const auto store = [&](const std::wstring& panel, const wchar_t* value, const wchar_t* text) {
-    RegSetKeyValueW(HKEY_CURRENT_USER, (key + panel).c_str(), value, REG_SZ, text,
-                    static_cast<DWORD>((std::wcslen(text) + 1) * sizeof *text));
+    const std::size_t bytes = (std::wcslen(text) + 1) * sizeof *text;
+    RegSetKeyValueW(HKEY_CURRENT_USER, (key + panel).c_str(), value, REG_SZ, text, static_cast<DWORD>(bytes));
   };
   const auto again = [&] {
     closeFrame();
