@@ -16,12 +16,13 @@ ifneq ($(X64),)
 export CORVIX_BITS = 64
 endif
 
-.PHONY: help setup run stage package test native fuzz lint format reference coverage soak mutate bench clang clean
-x64_targets := x64-run x64-test x64-stage x64-bench x64-clang
+.PHONY: help setup run desk stage package test native fuzz lint format reference coverage soak mutate bench clang clean
+x64_targets := x64-run x64-desk x64-test x64-stage x64-bench x64-clang
 .PHONY: $(x64_targets) x64-sample
 
 help:
 	@echo 'make run [ARGS="..."]  build, stage and run the example host under Wine, with its log'
+	@echo 'make desk [ARGS=FILE]  build, stage and run corvix-desk, the editor with windows, on the display'
 	@echo 'make test              build and run the tests; ARGS="-R NAME" runs some, as ctest does'
 	@echo 'make native            build what does not need the system for this machine, 64 and 32 bits, with sanitizers; run its tests'
 	@echo 'make fuzz [SECONDS=60] look for inputs that break a reader, so many seconds a target; TARGETS="NAME..." for some'
@@ -36,7 +37,7 @@ help:
 	@echo 'make clang             build everything with clang'
 	@echo 'make setup             install and make what run, test and clang need, nothing else'
 	@echo 'make clean             stop Wine and remove build/'
-	@echo 'make x64-run, x64-test, x64-stage, x64-bench, x64-clang: the same for 64-bit Windows; the stage of both is one folder'
+	@echo 'make x64-run, x64-desk, x64-test, x64-stage, x64-bench, x64-clang: the same for 64-bit Windows; the stage of both is one folder'
 	@echo
 	@echo 'JOBS=N: build and test N things at a time (now $(JOBS)).  Wine: docs/wine.md  Tests: docs/testing.md'
 
@@ -91,6 +92,12 @@ run: stage
 	@CORVIX_DISPLAY=$${DISPLAY:+1} scripts/wine-run $(host) --show-log $(ARGS)
 	$(if $(ARGS),,@CORVIX_DISPLAY=$${DISPLAY:+1} scripts/fetch-demo $(host) build/$(X64)fetch-demo)
 	$(if $(ARGS),,@CORVIX_DISPLAY=$${DISPLAY:+1} scripts/wine-run $(host) draw build/$(X64)page.png)
+
+# Wine would run it without a display, too, and nobody would see it.
+desk:
+	@[[ -n $${DISPLAY:-} ]] || { echo 'There is no display ($$DISPLAY is empty) for the windows to be on.' >&2; exit 1; }
+	@$(MAKE) stage
+	@CORVIX_DISPLAY=1 scripts/wine-run $(dir $(host))corvix-desk.exe $(ARGS)
 
 # The native tests are the same for both word sizes of Windows.
 test: setup

@@ -1,11 +1,28 @@
 # corvix.dll. Its sources are compiled once, as objects: the tests that look inside link those directly.
 add_library(corvix-objects OBJECT)
 
-# corvix_room([HEADERS HEADER...] [SOURCES SOURCE...]): what the calling folder gives to the library. Its public headers are
-# all but those called X_p.h.
+# corvix_set_wide_options(TARGET SOURCE...): sources of the target with wide registers in them. Callers align the stack to 4
+# bytes, those of 64 bits to 16: registers of 32 bytes that have to be put there want more. GCC does not align it for them in
+# 64 bits, so its assembler takes moves that need no alignment.
+function(corvix_set_wide_options target)
+    if(CMAKE_SIZEOF_VOID_P EQUAL 4)
+        set_property(SOURCE ${ARGN} TARGET_DIRECTORY ${target} APPEND PROPERTY COMPILE_OPTIONS -mstackrealign)
+    elseif(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+        set_property(SOURCE ${ARGN} TARGET_DIRECTORY ${target} APPEND PROPERTY COMPILE_OPTIONS -Wa,-muse-unaligned-vector-move)
+    endif()
+endfunction()
+
+# corvix_room([HEADERS HEADER...] [SOURCES SOURCE...] [DRAWING SOURCE...] [WIDE SOURCE...]): what the calling folder gives to
+# the library. Its public headers are all but those called X_p.h. DRAWING are sources that plug-ins with contexts of their own
+# are made of as well (corvix_add_drawing), WIDE those of them with wide registers.
 function(corvix_room)
-    cmake_parse_arguments(PARSE_ARGV 0 room "" "" "HEADERS;SOURCES")
+    cmake_parse_arguments(PARSE_ARGV 0 room "" "" "HEADERS;SOURCES;DRAWING;WIDE")
     list(TRANSFORM room_SOURCES PREPEND "${CMAKE_CURRENT_SOURCE_DIR}/")
+    list(TRANSFORM room_DRAWING PREPEND "${CMAKE_CURRENT_SOURCE_DIR}/")
+    list(TRANSFORM room_WIDE PREPEND "${CMAKE_CURRENT_SOURCE_DIR}/")
+    set_property(GLOBAL APPEND PROPERTY corvix_drawing ${room_DRAWING} ${room_WIDE})
+    set_property(GLOBAL APPEND PROPERTY corvix_wide_drawing ${room_WIDE})
+    list(APPEND room_SOURCES ${room_DRAWING} ${room_WIDE})
     target_sources(corvix-objects PRIVATE ${room_SOURCES})
     file(RELATIVE_PATH folder "${PROJECT_SOURCE_DIR}" "${CMAKE_CURRENT_SOURCE_DIR}")
     list(TRANSFORM room_HEADERS PREPEND "${folder}/")
@@ -16,17 +33,21 @@ function(corvix_room)
     if(folder MATCHES "^graphics" AND room_SOURCES AND NOT MSVC)
         set_property(SOURCE ${room_SOURCES} TARGET_DIRECTORY corvix-objects APPEND PROPERTY COMPILE_OPTIONS -msse2 -mfpmath=sse)
     endif()
+    if(room_WIDE)
+        corvix_set_wide_options(corvix-objects ${room_WIDE})
+    endif()
 endfunction()
 
-# corvix_set_wide_options(TARGET SOURCE...): sources of the target with wide registers in them. Callers align the stack to 4
-# bytes, those of 64 bits to 16: registers of 32 bytes that have to be put there want more. GCC does not align it for them in
-# 64 bits, so its assembler takes moves that need no alignment.
-function(corvix_set_wide_options target)
-    if(CMAKE_SIZEOF_VOID_P EQUAL 4)
-        set_property(SOURCE ${ARGN} TARGET_DIRECTORY ${target} APPEND PROPERTY COMPILE_OPTIONS -mstackrealign)
-    elseif(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-        set_property(SOURCE ${ARGN} TARGET_DIRECTORY ${target} APPEND PROPERTY COMPILE_OPTIONS -Wa,-muse-unaligned-vector-move)
-    endif()
+# corvix_add_drawing(TARGET): a plug-in of ours gets what the library's own contexts are made of. Nothing of that is exported,
+# and what it exports otherwise it imports here, so each module compiles it for itself.
+function(corvix_add_drawing target)
+    get_property(sources GLOBAL PROPERTY corvix_drawing)
+    get_property(wide GLOBAL PROPERTY corvix_wide_drawing)
+    target_sources(${target} PRIVATE ${sources})
+    target_compile_definitions(${target} PRIVATE UNICODE _UNICODE WIN32_LEAN_AND_MEAN NOMINMAX _WIN32_WINNT=0x0601)
+    target_compile_options(${target} PRIVATE -msse2 -mfpmath=sse)
+    target_link_libraries(${target} PRIVATE gdi32)
+    corvix_set_wide_options(${target} ${wide})
 endfunction()
 
 # From the ground up.

@@ -25,7 +25,7 @@ class IAGShading : public IBTransportable {
  public:
   static constexpr i32 kMostStops = 4096;
 
-  // Colours along a line from `from` to `to`.
+  // Colours along a line from `from` to `to`; of no length, it paints nothing.
   virtual bool setAxialPaint(PaintUse use, const Point& from, const Point& to, const ColorStop* stops, i32 count,
                              u32 extend) = 0;
 

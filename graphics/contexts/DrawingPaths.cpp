@@ -56,8 +56,8 @@ bool DrawingContext::drawsDashes(const Path& path) const noexcept {
     bool close() { return add(start); }
   };
   path.replay(Sink{addLine, matrix, last, start});
-  const double dashes = static_cast<double>(line_.dashes.size() / 2 + 1);  // of a period
-  return length / (line_.dashPeriod * penScale()) * dashes <= kMostDashes;
+  const std::size_t dashes = line_.dashes.size() / 2 + 1;  // of a period
+  return length / (line_.dashPeriod * penScale()) * static_cast<double>(dashes) <= kMostDashes;
 }
 
 bool DrawingContext::fitsNumbers(const Path& path, const Box& onDevice) const noexcept {

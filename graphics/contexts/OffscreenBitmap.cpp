@@ -9,7 +9,8 @@ bool OffscreenBitmap::create(double width, double height, i32 bitsPerPixel) noex
   const double wide = std::ceil(width);
   const double high = std::ceil(height);
   if (!(std::abs(wide) <= INT_MAX && std::abs(high) <= INT_MAX) || wide == 0 || high == 0) return false;
-  if (std::abs(wide * high) * (bitsPerPixel / 8) > INT_MAX) return false;
+  const i32 bytesPerPixel = bitsPerPixel / 8;
+  if (std::abs(wide * high) * bytesPerPixel > INT_MAX) return false;
   width_ = static_cast<i32>(wide);
   height_ = static_cast<i32>(high);
   const gdi::ScreenDevice screen(GetDC(nullptr));

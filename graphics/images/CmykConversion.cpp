@@ -3,7 +3,6 @@
 #include "graphics/images/WideLoops_p.h"
 
 #include <algorithm>
-#include <cmath>
 
 namespace corvix {
 
@@ -15,30 +14,21 @@ constexpr u32 product(u32 a, u32 b) noexcept {
   return (wide + (wide >> 8)) >> 8;
 }
 
-double srgb(double light) noexcept {
-  return light <= 0.0031308 ? 12.92 * light : 1.055 * std::pow(light, 1 / 2.4) - 0.055;
-}
-
-// The sRGB curve of a product is not a product of curves: the level of every ink with every black, by the light that
-// they leave in 4095ths.
-struct Halftone {
-  static constexpr u32 kFull = 4095;
-  std::array<u8, 0x10000> levels;
-
-  Halftone() noexcept {
-    std::array<u32, 256> light;
-    for (u32 i = 0; i < 256; ++i) {
-      const double ink = i / 255.0;
-      light[i] = static_cast<u32>(std::lround(kFull * (1 - (ink + 0.8 * ink * (1 - ink)))));
-    }
-    std::array<u8, kFull + 1> screen;
-    for (u32 i = 0; i <= kFull; ++i)
-      screen[i] = static_cast<u8>(std::lround(255 * srgb(static_cast<double>(i) / kFull)));
-    for (u32 i = 0; i < levels.size(); ++i) levels[i] = screen[(light[i >> 8] * light[i & 255] + kFull / 2) / kFull];
+constexpr std::array<u16, 256> kTones = [] {
+  std::array<u16, 256> tones{};
+  for (u32 left = 0; left < 256; ++left) {
+    const halftone::Piece& piece = halftone::kPieces[left / 16];
+    const u32 first = left < 16 ? halftone::kLowest[left] : piece.first;
+    tones[255 - left] = static_cast<u16>(piece.step * left + first * halftone::kUnit);
   }
+  return tones;
+}();
 
-  u8 mix(u32 ink, u32 black) const noexcept { return levels[black << 8 | ink]; }
-};
+constexpr u8 halftoneLevel(u32 ink, u32 black) noexcept {
+  const i32 product = (kTones[ink] * kTones[black] + 0x4000) >> 15;
+  const i32 dark = product < 0x800 ? halftone::kDark[product >> 7] : 0;
+  return static_cast<u8>(std::max((product - halftone::kLift) >> 6, dark));
+}
 
 template <class Mix>
 void convert(const u8* cmyk, std::size_t pixels, u8* bgr, Mix mix) noexcept {
@@ -67,11 +57,9 @@ void cmykToRgb(const u8* cmyk, std::size_t pixels, CmykMode mode, u8* bgr) noexc
     case CmykMode::Normal:
       convert(cmyk, pixels, bgr, [](u32 ink, u32 black) { return static_cast<u8>(product(255 - ink, 255 - black)); });
       return;
-    case CmykMode::Best: {
-      static const Halftone halftone;
-      convert(cmyk, pixels, bgr, [](u32 ink, u32 black) { return halftone.mix(ink, black); });
+    case CmykMode::Best:
+      convert(cmyk, pixels, bgr, halftoneLevel);
       return;
-    }
     case CmykMode::Alternate:
       convert(cmyk, pixels, bgr, [](u32 ink, u32 black) { return static_cast<u8>(255 - std::max(ink, black)); });
       return;

@@ -92,6 +92,47 @@ WIDE_PART __m256i leftByTable(__m256i inks) noexcept {
   return _mm256_sub_epi8(inverse(inks), added);
 }
 
+// Columns of halftone's tables, for look-up in registers.
+template <class Read>
+constexpr Row rowOf(Read read) noexcept {
+  Row row{};
+  for (std::size_t i = 0; i < row.size(); ++i) row[i] = static_cast<std::int8_t>(read(i));
+  return row;
+}
+constexpr Row kSteps = rowOf([](std::size_t i) { return halftone::kPieces[i].step; });
+constexpr Row kFirsts = rowOf([](std::size_t i) { return halftone::kPieces[i].first; });
+constexpr Row kLowest = rowOf([](std::size_t i) { return halftone::kLowest[i]; });
+constexpr Row kDark = rowOf([](std::size_t i) { return halftone::kDark[i]; });
+
+// Of two pixels in each half, the products of their tones with black's.
+WIDE_PART __m256i productsWithBlack(__m256i tones) noexcept {
+  static constexpr Row kBlacks = {6, 7, 6, 7, 6, 7, 6, 7, 14, 15, 14, 15, 14, 15, 14, 15};
+  return _mm256_mulhrs_epi16(tones, _mm256_shuffle_epi8(tones, twice(kBlacks)));
+}
+
+struct Best {
+  WIDE_PART static __m256i mix(__m256i inks) noexcept {
+    const __m256i left = inverse(inks);
+    const __m256i piece = _mm256_and_si256(_mm256_srli_epi16(left, 4), _mm256_set1_epi8(15));
+    // Of the sixteen lowest itself, of others the bit that makes a look-up answer 0.
+    const __m256i lowest = _mm256_adds_epu8(left, _mm256_set1_epi8(0x70));
+    const __m256i first =
+        _mm256_or_si256(_mm256_shuffle_epi8(twice(kFirsts), piece), _mm256_shuffle_epi8(twice(kLowest), lowest));
+    const __m256i step = _mm256_shuffle_epi8(twice(kSteps), piece);
+    const __m256i unit = _mm256_set1_epi8(halftone::kUnit);
+    const __m256i a =
+        productsWithBlack(_mm256_maddubs_epi16(_mm256_unpacklo_epi8(left, first), _mm256_unpacklo_epi8(step, unit)));
+    const __m256i b =
+        productsWithBlack(_mm256_maddubs_epi16(_mm256_unpackhi_epi8(left, first), _mm256_unpackhi_epi8(step, unit)));
+    const __m256i lift = _mm256_set1_epi16(halftone::kLift);
+    const __m256i levels = _mm256_packus_epi16(_mm256_srai_epi16(_mm256_sub_epi16(a, lift), 6),
+                                               _mm256_srai_epi16(_mm256_sub_epi16(b, lift), 6));
+    // Beyond the sixteen that are dark some are looked up as if they were, which is less than their level.
+    const __m256i place = _mm256_packus_epi16(_mm256_srli_epi16(a, 7), _mm256_srli_epi16(b, 7));
+    return _mm256_max_epu8(levels, _mm256_shuffle_epi8(twice(kDark), place));
+  }
+};
+
 struct Fast {
   WIDE_PART static __m256i mix(__m256i inks) noexcept { return inverse(_mm256_adds_epu8(inks, blackOf(inks))); }
 };
@@ -108,14 +149,15 @@ struct ByTable {
 // Eight pixels at a time; what is stored too much, the next eight or the caller's loop replace.
 template <class Way>
 WIDE std::size_t convert(const u8* cmyk, std::size_t pixels, u8* bgr) noexcept {
-  constexpr std::size_t kStored = 11;  // pixels that a register touches
+  constexpr std::size_t kStored = 10;  // pixels that the registers touch
   static constexpr Row kTurned = {2, 1, 0, 6, 5, 4, 10, 9, 8, 14, 13, 12, -1, -1, -1, -1};
   const __m256i turned = twice(kTurned);
-  const __m256i together = _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 3, 7);
   std::size_t done = 0;
   for (; pixels - done >= kStored; done += 8) {
-    const __m256i levels = Way::mix(load(cmyk + 4 * done));
-    store(bgr + 3 * done, _mm256_permutevar8x32_epi32(_mm256_shuffle_epi8(levels, turned), together));
+    const __m256i levels = _mm256_shuffle_epi8(Way::mix(load(cmyk + 4 * done)), turned);
+    auto* const to = bgr + 3 * done;
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(to), _mm256_castsi256_si128(levels));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(to + 12), _mm256_extracti128_si256(levels, 1));
   }
   return done;
 }
@@ -175,8 +217,8 @@ std::size_t cmykToRgb(const u8* cmyk, std::size_t pixels, CmykMode mode, u8* bgr
       return convert<Alternate>(cmyk, pixels, bgr);
     case CmykMode::ByTable:
       return convert<ByTable>(cmyk, pixels, bgr);
-    case CmykMode::Best:  // the curve of the screen is no look-up of 256
-      break;
+    case CmykMode::Best:
+      return convert<Best>(cmyk, pixels, bgr);
   }
   return 0;
 }

@@ -9,7 +9,7 @@
 namespace corvix::wide {
 
 // These do as many of `pixels` as fill registers, from the first on, and answer how many: 0 where the processor has no
-// such registers, and for ways that have no such loop. Nothing is written behind the last of all.
+// such registers. Nothing is written behind the last of all.
 std::size_t cmykToRgb(const u8* cmyk, std::size_t pixels, CmykMode mode, u8* bgr) noexcept;
 std::size_t rgbToGray(const u8* bgr, std::size_t pixels, u8* gray) noexcept;
 

@@ -27,13 +27,17 @@ class AboutDialog final : public BSmartObject, public IDialog, private ModalDial
     wchar_t program[MAX_PATH] = L"";
     GetModuleFileNameW(nullptr, program, MAX_PATH);
     const IPluginManager& manager = *IShell::getInstance()->pluginManager();
-    const std::wstring text = fileName(program) + L", made with Corvix " + orEmpty(manager.moduleAt(0)->version()) +
-                              L". What it can do comes from these modules:";
+    const std::wstring text = sentence(L"%1, made with Corvix %2. What it can do comes from these modules:",
+                                       {fileName(program), orEmpty(manager.moduleAt(0)->version())});
     icon_ = add(L"STATIC", L"", SS_ICON);
     SendMessageW(icon_, STM_SETICON,
                  reinterpret_cast<WPARAM>(LoadIconW(nullptr, reinterpret_cast<LPCWSTR>(IDI_APPLICATION))), 0);
     text_ = add(L"STATIC", text.c_str(), SS_NOPREFIX);
-    list_.make(window(), 100, {{L"Module", 170}, {L"Version", 60}, {L"Manufacturer", 140}, {L"File", 120}});
+    list_.make(window(), 100,
+               {{translated(L"Module"), 170},
+                {translated(L"Version"), 60},
+                {translated(L"Manufacturer"), 140},
+                {translated(L"File"), 120}});
     setFont(list_.handle(), look().font());
     list_.adopt(look());
     std::vector<windows::Row> rows;
@@ -46,6 +50,8 @@ class AboutDialog final : public BSmartObject, public IDialog, private ModalDial
     list_.show(rows);
     addButton(L"OK", IDOK);
   }
+
+  void adopt() override { list_.adopt(look()); }
 
   void place(RECT area) override {
     const int icon = look().scaled(44), head = look().scaled(44);

@@ -1,6 +1,7 @@
 // "Dialog.OpenSave": the system's dialogs for files.
 #include "plugins/dialogs/Dialogs.h"
 #include "plugins/dialogs/ModalDialog.h"
+#include "plugins/windows/Translated.h"
 #include "shell/Shell.h"
 #include "shell/documents/FileFilter.h"
 #include "shell/gui/Dialog.h"
@@ -50,21 +51,23 @@ class FileDialog final : public BSmartObject, public IDialog {
  private:
   void readFilters(const IFileRequest& about) {
     IBCollection* const filters = about.filters();
+    bool hasAll = about.isSaving();
     for (i32 i = 0; filters && i < filters->count(); ++i) {
       const auto* const filter = corvix::query<IFileFilter>(filters->item(i));
       if (!filter || !*filter->pattern()) continue;
-      rows_ +=
-          std::wstring(filter->description()) + L" (" + filter->pattern() + L")" + L'\0' + filter->pattern() + L'\0';
-      formats_.push_back(filter->formatName());
+      addRow(translated(filter->description()), filter->pattern(), filter->formatName());
+      hasAll = hasAll || filter->pattern() == std::wstring_view(L"*.*");
       if (*about.formatName() && formats_.back() == about.formatName()) {
         first_ = static_cast<DWORD>(formats_.size());
         extension_ = firstExtension(filter->pattern());
       }
     }
-    if (!about.isSaving() || formats_.empty()) {
-      rows_ += std::wstring(L"All files (*.*)") + L'\0' + L"*.*" + L'\0';
-      formats_.push_back(L"");
-    }
+    if (!hasAll || formats_.empty()) addRow(translated(L"All files"), L"*.*", L"");
+  }
+
+  void addRow(const std::wstring& text, const std::wstring& pattern, const wchar_t* formatName) {
+    rows_ += text + L" (" + pattern + L")" + L'\0' + pattern + L'\0';
+    formats_.push_back(formatName);
   }
 
   static std::wstring firstExtension(const std::wstring& pattern) {

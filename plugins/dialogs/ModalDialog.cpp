@@ -21,6 +21,18 @@ struct Template {
   WORD menu, windowClass, title;
 };
 
+// The system's way of giving dialogs another resolution knows nothing of controls that came by code.
+void letNobodyElseScale(HWND dialog) {
+  constexpr DWORD kAll = 7;
+  static const auto set = lateFunction<BOOL(WINAPI*)(HWND, DWORD, DWORD)>(L"user32.dll", "SetDialogDpiChangeBehavior");
+  if (set) set(dialog, kAll, kAll);
+}
+
+BOOL CALLBACK setFontOfEach(HWND control, LPARAM font) {
+  setFont(control, reinterpret_cast<HFONT>(font));
+  return TRUE;
+}
+
 }  // namespace
 
 HWND ownerOfDialogs() {
@@ -60,15 +72,12 @@ void ModalDialog::addButton(const wchar_t* text, int id) {
 
 bool ModalDialog::begin(HWND window) {
   window_ = window;
-  look_ = std::make_unique<Look>(window);
+  look_.emplace(window);
+  letNobodyElseScale(window);
   SetWindowTextW(window, title_.c_str());
   setFont(window, look_->font());
   make();
-  RECT area = {0, 0, look_->scaled(width_), look_->scaled(height_)};
-  AdjustWindowRectEx(&area, static_cast<DWORD>(GetWindowLongW(window, GWL_STYLE)), FALSE,
-                     static_cast<DWORD>(GetWindowLongW(window, GWL_EXSTYLE)));
-  leastWidth_ = widthOf(area);
-  leastHeight_ = heightOf(area);
+  measure();
   RECT over = {};
   const HWND owner = GetWindow(window, GW_OWNER);
   if (!owner || !GetWindowRect(owner, &over)) SystemParametersInfoW(SPI_GETWORKAREA, 0, &over, 0);
@@ -78,6 +87,26 @@ bool ModalDialog::begin(HWND window) {
   const HWND first = GetNextDlgTabItem(window, nullptr, FALSE);
   if (first) SetFocus(first);
   return false;  // the focus is set
+}
+
+void ModalDialog::measure() {
+  RECT area = {0, 0, look_->scaled(width_), look_->scaled(height_)};
+  AdjustWindowRectEx(&area, static_cast<DWORD>(GetWindowLongW(window_, GWL_STYLE)), FALSE,
+                     static_cast<DWORD>(GetWindowLongW(window_, GWL_EXSTYLE)));
+  leastWidth_ = widthOf(area);
+  leastHeight_ = heightOf(area);
+}
+
+void ModalDialog::changeResolution(const RECT& wanted) {
+  look_.emplace(window_);
+  const auto font = reinterpret_cast<LPARAM>(look_->font());
+  setFont(window_, look_->font());
+  EnumChildWindows(window_, &setFontOfEach, font);
+  adopt();
+  measure();
+  SetWindowPos(window_, nullptr, wanted.left, wanted.top, std::max(widthOf(wanted), leastWidth_),
+               std::max(heightOf(wanted), leastHeight_), SWP_NOZORDER | SWP_NOACTIVATE);
+  arrange();
 }
 
 void ModalDialog::arrange() {
@@ -105,6 +134,9 @@ INT_PTR CALLBACK ModalDialog::procedure(HWND window, UINT message, WPARAM wparam
     switch (message) {
       case WM_SIZE:
         self->arrange();
+        return TRUE;
+      case WM_DPICHANGED:
+        self->changeResolution(*reinterpret_cast<const RECT*>(lparam));
         return TRUE;
       case WM_GETMINMAXINFO:
         reinterpret_cast<MINMAXINFO*>(lparam)->ptMinTrackSize = {self->leastWidth_, self->leastHeight_};

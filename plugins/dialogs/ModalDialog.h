@@ -5,7 +5,7 @@
 #include "plugins/windows/Look.h"
 #include "plugins/windows/Windows.h"
 
-#include <memory>
+#include <optional>
 #include <vector>
 
 namespace corvix::dialogs {
@@ -27,6 +27,7 @@ class ModalDialog {
 
   virtual void make() = 0;
   virtual void place(RECT area) = 0;  // above the row of buttons
+  virtual void adopt() {}             // after `look` has become another; fonts are set
   virtual bool command(int id, int code);
   virtual bool notified(const NMHDR&) { return false; }
 
@@ -40,10 +41,12 @@ class ModalDialog {
  private:
   static INT_PTR CALLBACK procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
   bool begin(HWND window);
+  void measure();
+  void changeResolution(const RECT& wanted);
   void arrange();
 
   HWND window_ = nullptr;
-  std::unique_ptr<windows::Look> look_;
+  std::optional<windows::Look> look_;  // in one place as long as the dialog
   std::wstring title_;
   int width_ = 0, height_ = 0, leastWidth_ = 0, leastHeight_ = 0;
   std::vector<HWND> buttons_;

@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <map>
+#include <memory>
 
 #include <commctrl.h>
 
@@ -205,7 +206,7 @@ class Page : public OwnWindow {
         SCROLLINFO info = {sizeof info, SIF_ALL, 0, 0, 0, 0, 0};
         GetScrollInfo(window(), SB_VERT, &info);
         const int page = static_cast<int>(info.nPage);
-        const int by[] = {-32, 32, -page, page};  // SB_LINEUP and those behind it
+        const int line = look_->scaled(32), by[] = {-line, line, -page, page};  // SB_LINEUP and those behind it
         const WORD request = LOWORD(wparam);
         moveTo(request <= SB_PAGEDOWN ? scrolled_ + by[request] : request == SB_ENDSCROLL ? scrolled_ : info.nTrackPos);
         return true;
@@ -342,8 +343,9 @@ class OptionsDialog final : public BSmartObject, public IDialog, private ModalDi
   void complain(const Option& option, const std::wstring& wanted) {
     TreeView_SelectItem(tree_, items_[option.setting.folder]);
     if (shown_ != option.setting.folder) turnTo(option.setting.folder);
-    const std::wstring text = xmlbinc::harmless(option.setting.label, kLongest) + L" takes " + wanted + L".";
-    MessageBoxW(window(), text.c_str(), L"Options", MB_OK | MB_ICONWARNING);
+    const std::wstring label = xmlbinc::harmless(translated(option.setting.label), kLongest);
+    const std::wstring text = sentence(L"%1 takes %2.", {label, translated(wanted)});
+    MessageBoxW(window(), text.c_str(), translated(L"Options"), MB_OK | MB_ICONWARNING);
     page_.focus(&option);
   }
 

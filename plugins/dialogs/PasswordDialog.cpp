@@ -30,10 +30,10 @@ class PasswordDialog final : public BSmartObject, public IDialog, private ModalD
 
  private:
   void make() override {
-    const std::wstring title = xmlbinc::harmless(std::wstring(orEmpty(about_->title())), 80);
-    const std::wstring text = about_->attempt() > 1
-                                  ? L"That was not the password. Try again, or cancel. &Password for " + title + L":"
-                                  : L"&Password for " + title + L":";
+    const std::wstring title = withoutMnemonic(xmlbinc::harmless(orEmpty(about_->title()), 80));
+    const std::wstring text =
+        about_->attempt() > 1 ? sentence(L"That was not the password. Try again, or cancel. &Password for %1:", {title})
+                              : sentence(L"&Password for %1:", {title});
     label_ = add(L"STATIC", text.c_str(), SS_LEFT);
     text_ = add(L"EDIT", L"", WS_TABSTOP | ES_PASSWORD | ES_AUTOHSCROLL, kText, WS_EX_CLIENTEDGE);
     SendMessageW(text_, EM_SETPASSWORDCHAR, kBullet, 0);

@@ -96,8 +96,9 @@ bool Steps::begin(const wchar_t* file) {
   std::FILE* const opened = _wfopen(file, L"rb");
   if (!opened) return false;
   std::string bytes;
-  for (char block[4096]; const std::size_t count = std::fread(block, 1, sizeof block, opened);)
-    bytes.append(block, count);
+  char block[4096];
+  std::size_t count = 0;
+  while ((count = std::fread(block, 1, sizeof block, opened)) > 0) bytes.append(block, count);
   std::fclose(opened);
   std::wstring text(bytes.size(), L'\0');
   text.resize(static_cast<std::size_t>(MultiByteToWideChar(CP_UTF8, 0, bytes.data(), static_cast<int>(bytes.size()),

@@ -38,7 +38,8 @@ class ImageDocument final : public BDocument, public IPagedDocument {
   const ImageKind kind_;
   const HeapBuffer<u8> bytes_;
   const u32 count_;
-  std::vector<ImageSize> pages_;
+  u32 orientation_ = 1;
+  std::vector<ImageSize> pages_;  // as they are seen
   Ref<IAGImage> drawn_;
   i32 drawnIndex_ = -1;
 };

@@ -42,8 +42,23 @@ bool sizeOfBmp(const File& file, ImageSize& size) noexcept {
   return true;
 }
 
-// The first frame header.
-bool sizeOfJpeg(const File& file, ImageSize& size) noexcept {
+// What Exif keeps in the first application segment is laid out as a TIFF file; its first page is about the image. What
+// makes no sense there is passed over.
+u32 orientationIn(const u8* segment, u32 length) noexcept {
+  constexpr u32 kName = 6, kEntry = 12, kOrientation = 0x0112, kShort = 3;
+  if (length < kName + 8 || std::memcmp(segment, "Exif\0", kName) != 0) return 1;
+  const bool isLittle = segment[kName] == 'I';
+  const File exif{segment + kName, length - kName, isLittle ? ByteOrder::Little : ByteOrder::Big};
+  const u32 page = exif.word(2) == 42 ? exif.longWord(4) : 0, entries = page ? exif.word(page) : 0;
+  for (u32 i = 0; i < entries && exif.has(page + 2, (i + 1) * kEntry); ++i) {
+    const u32 entry = page + 2 + i * kEntry, value = exif.word(entry + 8);
+    if (exif.word(entry) == kOrientation && exif.word(entry + 2) == kShort) return value >= 1 && value <= 8 ? value : 1;
+  }
+  return 1;
+}
+
+// The first frame header, and what stands before it.
+bool readJpeg(const File& file, ImageHead& head) noexcept {
   if (file.word(0) != 0xFFD8) return false;
   for (u32 at = 2; file.has(at, 9);) {
     if (file.bytes[at] != 0xFF) return false;
@@ -51,13 +66,15 @@ bool sizeOfJpeg(const File& file, ImageSize& size) noexcept {
     if (marker == 0xFF) {
       ++at;
     } else if (marker >= 0xC0 && marker <= 0xCF && marker != 0xC4 && marker != 0xC8 && marker != 0xCC) {
-      size = {file.word(at + 7), file.word(at + 5)};
+      head.size = {file.word(at + 7), file.word(at + 5)};
       return true;
     } else if (marker == 1 || (marker >= 0xD0 && marker <= 0xD8)) {
       at += 2;
     } else {
       const u32 length = file.word(at + 2);
       if (length < 2) return false;
+      if (marker == 0xE1 && head.orientation == 1 && file.has(at + 4, length - 2))
+        head.orientation = orientationIn(file.bytes + at + 4, length - 2);
       at += 2 + length;
     }
   }
@@ -89,18 +106,17 @@ bool sizeOfTiff(File file, ImageSize& size, u32& pages) noexcept {
 
 }  // namespace
 
-bool imageSizeOf(ImageKind kind, const u8* bytes, u32 count, ImageSize& size, u32& pages) noexcept {
-  pages = 1;
-  size = {};
+bool readImageHead(ImageKind kind, const u8* bytes, u32 count, ImageHead& head) noexcept {
+  head = {};
   switch (kind) {
     case ImageKind::Png:
-      return sizeOfPng({bytes, count, ByteOrder::Big}, size);
+      return sizeOfPng({bytes, count, ByteOrder::Big}, head.size);
     case ImageKind::Bmp:
-      return sizeOfBmp({bytes, count, ByteOrder::Little}, size);
+      return sizeOfBmp({bytes, count, ByteOrder::Little}, head.size);
     case ImageKind::Jpeg:
-      return sizeOfJpeg({bytes, count, ByteOrder::Big}, size);
+      return readJpeg({bytes, count, ByteOrder::Big}, head);
     case ImageKind::Tiff:
-      return sizeOfTiff({bytes, count, ByteOrder::Big}, size, pages);
+      return sizeOfTiff({bytes, count, ByteOrder::Big}, head.size, head.pages);
   }
   return false;
 }

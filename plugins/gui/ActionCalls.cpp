@@ -57,7 +57,7 @@ void process(const wchar_t* actionName, const wchar_t* by) {
   Sender sender(by);
   IShell& shell = *IShell::getInstance();
   if (shell.actionManager()->processAction(actionName, &sender) == notify::kGoOn)
-    shell.changeStatusText(0, (std::wstring(L"Nobody here can do ") + actionName + L".").c_str());
+    shell.changeStatusText(0, windows::sentence(L"Nobody here can do %1.", {actionName}).c_str());
 }
 
 }  // namespace corvix::gui

@@ -51,10 +51,10 @@ bool hasSelection() {
 }
 bool canWrite() { return hasEdit() && !(GetWindowLongW(GetFocus(), GWL_STYLE) & ES_READONLY); }
 
-std::wstring stepText(const wchar_t* what, bool isBack) {
+std::wstring stepText(const wchar_t* withStep, bool isBack) {
   IStateList* const steps = history();
   const wchar_t* const step = !steps ? nullptr : isBack ? steps->backText() : steps->forwardText();
-  return step && *step ? std::wstring(windows::translated(what)) + L" " + windows::translated(step) : L"";
+  return step && *step ? windows::sentence(withStep, {windows::translated(step)}) : L"";
 }
 
 template <Frame::Part part>
@@ -90,9 +90,9 @@ constexpr Row kSaveAs = {L"Actions.File.SaveAs", hasDocument, [] { saveByDialog(
 constexpr Row kClose = {L"Actions.File.Close", hasDocument, [] { documents()->closeDocument(document()); }};
 constexpr Row kExit = {L"Actions.File.Exit", hasFrame, [] { PostMessageW(frame()->window(), WM_CLOSE, 0, 0); }};
 constexpr Row kUndo = {L"Actions.Edit.Undo", [] { return history() && history()->canGoBack(); },
-                       [] { history()->goBack(); }, nullptr, [] { return stepText(L"&Undo", true); }};
+                       [] { history()->goBack(); }, nullptr, [] { return stepText(L"&Undo %1", true); }};
 constexpr Row kRedo = {L"Actions.Edit.Redo", [] { return history() && history()->canGoForward(); },
-                       [] { history()->goForward(); }, nullptr, [] { return stepText(L"&Redo", false); }};
+                       [] { history()->goForward(); }, nullptr, [] { return stepText(L"&Redo %1", false); }};
 constexpr Row kCut = {L"Actions.Edit.Cut", [] { return hasSelection() && canWrite(); }, send<WM_CUT>};
 constexpr Row kCopy = {L"Actions.Edit.Copy", hasSelection, send<WM_COPY>};
 constexpr Row kPaste = {L"Actions.Edit.Paste", [] { return canWrite() && IsClipboardFormatAvailable(CF_UNICODETEXT); },

@@ -1,5 +1,6 @@
 #include "plugins/gui/Files.h"
 
+#include "plugins/windows/Translated.h"
 #include "plugins/windows/Windows.h"
 #include "shell/Shell.h"
 #include "shell/documents/DocManager.h"
@@ -50,8 +51,9 @@ class FileRequest final : public IFileRequest {
     CustomDialogRequest request{L"Dialog.OpenSave", this, IDCANCEL};
     const int answer = IShell::getInstance()->showCustomDialog(request);
     if (answer == notify::kGoOn)
-      IShell::getInstance()->messageBox(L"This program has no dialog for files: the plug-in dialogs is missing.",
-                                        programName().c_str(), MB_OK | MB_ICONWARNING, IDOK);
+      IShell::getInstance()->messageBox(
+          translated(L"This program has no dialog for files: the plug-in dialogs is missing."), programName().c_str(),
+          MB_OK | MB_ICONWARNING, IDOK);
     return answer == notify::kTaken && request.answer == IDOK;
   }
 
@@ -88,9 +90,7 @@ const std::wstring& programName() {
 }
 
 std::wstring numbered(std::size_t index, const std::wstring& text) {
-  std::wstring shown;
-  for (const wchar_t letter : text) shown.append(letter == L'&' ? 2 : 1, letter);
-  return (index < 9 ? L"&" : L"") + std::to_wstring(index + 1) + L" " + shown;
+  return (index < 9 ? L"&" : L"") + std::to_wstring(index + 1) + L" " + withoutMnemonic(text);
 }
 
 std::wstring shortened(const std::wstring& path) {

@@ -6,6 +6,7 @@
 #include "plugins/gui/Manager.h"
 #include "plugins/gui/Store.h"
 #include "plugins/gui/Words.h"
+#include "plugins/windows/Translated.h"
 #include "shell/documents/DocManager.h"
 #include "shell/documents/Document.h"
 #include "shell/gui/DocumentView.h"
@@ -157,10 +158,10 @@ std::unique_ptr<Place> Frame::makeView(IDocument* document) {
         *declared.entry, *this, *this, tabs_.window(), [&](IDocumentView& view) { return view.setDocument(document); },
         reason);
     if (place) return place;
-    say(std::wstring(declared.name()) + L" cannot show " + document->title() +
-        (reason.empty() ? L"." : L": " + reason + L"."));
+    say(reason.empty() ? sentence(L"%1 cannot show %2.", {declared.name(), document->title()})
+                       : sentence(L"%1 cannot show %2: %3.", {declared.name(), document->title(), reason}));
   }
-  say(L"No view can show " + std::wstring(document->title()) + L".");
+  say(sentence(L"No view can show %1.", {document->title()}));
   return nullptr;
 }
 
@@ -221,7 +222,7 @@ void Frame::showTitles() {
   for (const auto& one : views_)
     titles.push_back((one->document->isModified() ? L"* " : L"") + std::wstring(one->document->title()));
   tabs_.show(titles, views_.empty() ? -1 : static_cast<int>(front_));
-  std::wstring title = front() ? titles[front_] + L" - " + programName() : programName();
+  std::wstring title = front() ? sentence(L"%1 - %2", {titles[front_], programName()}) : programName();
   title = xmlbinc::harmless(title, kLongestTitle);
   if (title == title_) return;
   title_ = title;
@@ -249,8 +250,8 @@ void Frame::closeFailed() {
     if (i >= views_.size() || !views_[i]->place->hasFailed()) continue;
     const Place& place = *views_[i]->place;
     IDocument* const document = views_[i]->document;
-    const std::wstring line = std::wstring(place.name()) + L" of " + document->title() + L" was closed: " +
-                              place.reason() + L". The document is still open.";
+    const std::wstring line = sentence(L"%1 of %2 was closed: %3. The document is still open.",
+                                       {place.name(), document->title(), place.reason()});
     failed_.emplace(document, place.name());
     closeView(place.view());
     manager_.report()->addLine(line.c_str());
@@ -300,8 +301,9 @@ bool Frame::takeKey(const MSG& message) {
   if (message.message != WM_KEYDOWN && message.message != WM_SYSKEYDOWN) return false;
   if (message.hwnd != window_ && !IsChild(window_, message.hwnd)) return false;
   if (!IsWindowEnabled(window_)) return false;
-  const wchar_t* const action = menu_.actionOf(strokePressed(message.wParam), words().c_str());
-  if (action) {
+  const Stroke stroke = strokePressed(message.wParam);
+  const wchar_t* const action = menu_.actionOf(stroke, words().c_str());
+  if (action && !isReserved(stroke, message.hwnd)) {
     const std::wstring name = action;  // menus may change meanwhile
     if (!lookOf(name.c_str()).isEnabled) return false;
     process(name.c_str(), L"key");
@@ -354,7 +356,7 @@ void Frame::changeLanguage() {
   menu_.forget();
   toolbar_.forget();
   refresh();
-  InvalidateRect(tabs_.window(), nullptr, TRUE);
+  RedrawWindow(window_, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN);
 }
 
 void Frame::arrange() {

@@ -1,5 +1,6 @@
 #include "plugins/gui/Keys.h"
 
+#include <algorithm>
 #include <cwchar>
 #include <string_view>
 
@@ -50,6 +51,24 @@ Stroke strokeNamed(const wchar_t* key) {
   }
   const WORD code = keyNamed(rest);
   return code ? modifiers | code : 0;
+}
+
+std::wstring shownKey(const windows::Translation& texts, const wchar_t* key) {
+  std::wstring shown;
+  for (std::wstring_view rest = key; !rest.empty();) {
+    const std::size_t end = std::min(rest.find(L'+'), rest.size());
+    shown += texts.of(std::wstring(rest.substr(0, end)).c_str(), L"Key");
+    if (end < rest.size()) shown += L'+';
+    rest.remove_prefix(std::min(end + 1, rest.size()));
+  }
+  return shown;
+}
+
+bool isReserved(Stroke stroke, HWND focus) {
+  const UINT key = stroke & 0xFFFF;
+  if (stroke & kAlt) return key == VK_F4 || key == VK_SPACE;
+  const bool writes = !(stroke & kControl) && key != VK_ESCAPE && MapVirtualKeyW(key, MAPVK_VK_TO_CHAR) != 0;
+  return writes && focus && (SendMessageW(focus, WM_GETDLGCODE, 0, 0) & DLGC_WANTCHARS);
 }
 
 Stroke strokePressed(WPARAM key) {

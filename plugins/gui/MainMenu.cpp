@@ -120,7 +120,7 @@ void MainMenu::fill(HMENU menu, const IMenuItem& from, const wchar_t* words) {
       if (isNew) found->second = lookOf(item.actionName());
       const ActionLook& look = found->second;
       text = look.text.empty() ? texts.of(item.text(), kName) : look.text.c_str();
-      if (*item.key()) text.append(1, L'\t').append(item.key());
+      if (*item.key()) text.append(1, L'\t').append(shownKey(texts, item.key()));
       AppendMenuW(menu, flagsOf(look), known->second, text.c_str());
     }
   }

@@ -1,6 +1,7 @@
 #include "plugins/gui/Manager.h"
 
 #include "plugins/gui/Files.h"
+#include "plugins/windows/Translated.h"
 #include "shell/Shell.h"
 #include "shell/documents/DocManager.h"
 #include "shell/documents/Document.h"
@@ -114,7 +115,7 @@ IBReport* Manager::report() noexcept { return corvix::query<IBReport>(report_.ge
 IFrameWindow* Manager::createFrame(const wchar_t* name) {
   auto frame = make<Frame>(*this, name);
   if (!frame->make()) {
-    report()->addLine(L"No window could be made. Is there a display?");
+    report()->addLine(windows::translated(L"No window could be made. Is there a display?"));
     return nullptr;
   }
   frames_.push_back(frame);
@@ -230,7 +231,7 @@ int Manager::onChangeStatusText(i32 pane, const wchar_t* text) {
     const std::unique_ptr<Late> told(static_cast<Late*>(argument));
     if (manager) manager->onChangeStatusText(told->pane, told->text.c_str());
   };
-  if (IShell::getInstance()->runOnShellThread(tell, late.get())) late.release();
+  if (IShell::getInstance()->runOnShellThread(tell, late.get())) static_cast<void>(late.release());  // `tell` owns it
   return notify::kGoOn;
 }
 

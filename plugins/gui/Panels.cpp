@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cwchar>
+#include <utility>
 
 namespace corvix::gui {
 
@@ -152,7 +153,9 @@ void Panels::openPlace(Panel& panel, Edge& edge) {
       *panel.declared.entry, owner_, frame_, edge.tabs->window(), [](IDocumentPanel&) { return true; }, reason);
   if (!panel.place) {
     panel.hasFailed = true;
-    IShell::getInstance()->changeStatusText(0, (panel.text + L" cannot be shown: " + reason).c_str());
+    const wchar_t* const name = translated(panel.text);
+    panel.said = reason.empty() ? sentence(L"The panel %1 cannot be shown.", {name})
+                                : sentence(L"The panel %1 cannot be shown: %2.", {name, reason});
     return owner_.placeFailed();
   }
   IDocumentPanel* const view = panelIn(*panel.place);
@@ -295,10 +298,13 @@ Place* Panels::after(const Place* place, bool backwards) {
 
 void Panels::closeFailed(IBReport& report) {
   for (const auto& panel : panels_) {
-    if (!panel->place || !panel->place->hasFailed()) continue;
-    const std::wstring line = L"The panel " + panel->text + L" was closed: " + panel->place->reason() + L".";
-    panel->hasFailed = true;
-    panel->place.reset();
+    std::wstring line = std::exchange(panel->said, {});
+    if (panel->place && panel->place->hasFailed()) {
+      line = sentence(L"The panel %1 was closed: %2.", {translated(panel->text), panel->place->reason()});
+      panel->hasFailed = true;
+      panel->place.reset();
+    }
+    if (line.empty()) continue;
     report.addLine(line.c_str());
     IShell::getInstance()->changeStatusText(0, line.c_str());
   }

@@ -59,7 +59,7 @@ class Panels final : private ITabsOwner {
  private:
   struct Panel {
     Declared declared;
-    std::wstring text, when;
+    std::wstring text, when, said;  // the last: why it could not be made, until it is told
     Side side = Side::Left;
     int size = 0;  // in 1/96 inch
     bool isWanted = false, hasFailed = false, holds = true;

@@ -1,5 +1,7 @@
 #include "plugins/gui/Place.h"
 
+#include "plugins/windows/Translated.h"
+
 namespace corvix::gui {
 
 using namespace windows;
@@ -46,7 +48,7 @@ void Place::fail(WideString reason) noexcept {
   owner_.placeFailed();
 }
 
-std::wstring Place::reason() const { return std::wstring(reason_) + L" in " + fileName(module().path()); }
+std::wstring Place::reason() const { return sentence(L"%1 in %2", {reason_, fileName(module().path())}); }
 
 void Place::focus() const {
   const HWND child = GetWindow(window_, GW_CHILD);
@@ -69,7 +71,7 @@ void Place::watch(HWND window) {
   watch->place = window_;
   watch->before = reinterpret_cast<WNDPROC>(GetWindowLongPtrW(window, GWLP_WNDPROC));
   if (!SetPropW(window, kWatched, watch.get())) return;
-  watch.release();
+  static_cast<void>(watch.release());  // the window's property owns it
   SetWindowLongPtrW(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&Place::watched));
 }
 

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "core/baselib/objects/Ref.h"
+#include "plugins/windows/Translated.h"
 #include "plugins/windows/Windows.h"
 #include "shell/PluginManager.h"
 #include "shell/guard/ForeignGuard.h"
@@ -108,7 +109,7 @@ std::unique_ptr<Place> Place::make(IPluginInterface& entry, IPlaceOwner& owner, 
   View* view = nullptr;
   place->guard([&] { view = query<View>(place->object_.get()); });
   place->view_ = view;
-  if (!view) reason = std::wstring(L"it is no ") + View::classNameW();
+  if (!view) reason = windows::sentence(L"it is no %1", {View::classNameW()});
   const bool isReady = view && place->ask([&] { return prepare(*view); }) && place->attach(frame, parent);
   if (isReady) return place;
   if (place->hasFailed_) reason = place->reason_;

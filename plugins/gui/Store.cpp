@@ -43,8 +43,8 @@ void Store::setText(const wchar_t* value, const std::wstring& text) const {
   if (path_.empty() || RegCreateKeyExW(HKEY_CURRENT_USER, path_.c_str(), 0, nullptr, 0, KEY_SET_VALUE, nullptr, &key,
                                        nullptr) != ERROR_SUCCESS)
     return;
-  const auto bytes = static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t));
-  RegSetValueExW(key, value, 0, REG_SZ, reinterpret_cast<const BYTE*>(text.c_str()), bytes);
+  const std::size_t bytes = (text.size() + 1) * sizeof(wchar_t);
+  RegSetValueExW(key, value, 0, REG_SZ, reinterpret_cast<const BYTE*>(text.c_str()), static_cast<DWORD>(bytes));
   RegCloseKey(key);
 }
 

@@ -17,11 +17,7 @@ namespace {
 constexpr WORD kClose = 1;
 constexpr std::size_t kLongestTitle = 60;
 
-std::wstring shownTitle(const std::wstring& title) {
-  std::wstring text = xmlbinc::harmless(title, kLongestTitle);
-  for (std::size_t at = 0; (at = text.find(L'&', at)) != text.npos; at += 2) text.insert(at, 1, L'&');
-  return text;
-}
+std::wstring shownTitle(const std::wstring& title) { return withoutMnemonic(xmlbinc::harmless(title, kLongestTitle)); }
 
 }  // namespace
 

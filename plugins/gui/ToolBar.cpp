@@ -1,6 +1,7 @@
 #include "plugins/gui/ToolBar.h"
 
 #include "plugins/gui/ActionCalls.h"
+#include "plugins/gui/Keys.h"
 #include "plugins/windows/Translated.h"
 #include "plugins/windows/Windows.h"
 #include "shell/gui/GUIManager.h"
@@ -149,7 +150,8 @@ bool ToolBar::choose(WORD id) const {
 std::wstring ToolBar::tip(WORD id) const {
   const IMenuItem* const item = id >= kFirst && id < kFirst + kMost ? itemAt(tree_.get(), id - kFirst) : nullptr;
   if (!item) return {};
-  return plain(translated(item->text(), kName)) + (*item->key() ? std::wstring(L" (") + item->key() + L")" : L"");
+  const Translation texts;
+  return plain(texts.of(item->text(), kName)) + (*item->key() ? L" (" + shownKey(texts, item->key()) + L")" : L"");
 }
 
 }  // namespace corvix::gui

@@ -31,7 +31,8 @@ void readEdged(Point first, i32 count, Pixel* to, Sample sample) noexcept {
       if (isThere[0] != isOne || isThere[1] != isOne || isNext[0] != isOne || isNext[1] != isOne) {
         u32 sums[4] = {};
         for (int place = 0; place < 16; ++place) {
-          const Pixel pixel = sample({middle.x + (place % 4 - 1.5) / 4, middle.y + (place / 4 - 1.5) / 4});
+          const int column = place % 4, row = place / 4;
+          const Pixel pixel = sample({middle.x + (column - 1.5) / 4, middle.y + (row - 1.5) / 4});
           for (int part = 0; part < 4; ++part) sums[part] += pixel >> (8 * part) & 255;
         }
         to[i] = 0;
@@ -74,11 +75,11 @@ AxialPaint::AxialPaint(ColorRamp ramp, Point from, Point to, const Matrix& userT
     : ramp_(std::move(ramp)) {
   const Matrix back = userToDevice.inverse();
   const Point along = {to.x - from.x, to.y - from.y};
-  const double square = along.x * along.x + along.y * along.y;
-  const double scale = square > 0 ? 1 / square : 0;
-  perX_ = (back.a * along.x + back.b * along.y) * scale;
-  perY_ = (back.c * along.x + back.d * along.y) * scale;
-  base_ = ((back.e - from.x) * along.x + (back.f - from.y) * along.y) * scale;
+  const double length = std::hypot(along.x, along.y);  // no squares, which end sooner
+  const Point unit = {along.x / length, along.y / length};
+  perX_ = (back.a * unit.x + back.b * unit.y) / length;
+  perY_ = (back.c * unit.x + back.d * unit.y) / length;
+  base_ = ((back.e - from.x) * unit.x + (back.f - from.y) * unit.y) / length;
 }
 
 void AxialPaint::read(Point at, i32 count, Pixel* to) noexcept {

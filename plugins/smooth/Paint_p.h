@@ -18,9 +18,10 @@ class ColorRamp {
  public:
   // Empty when the stops are none. Throws std::bad_alloc.
   bool make(const ColorStop* stops, i32 count, u32 extend);
-  // From 0 to 1; beyond it what extends.
+  // From 0 to 1; beyond it what extends; nothing where there is no number.
   Pixel at(double offset) const noexcept;
   bool reaches(double offset) const noexcept {
+    if (std::isnan(offset)) return false;
     return (offset >= 0 || extend_ & kExtendStart) && (offset <= 1 || extend_ & kExtendEnd);
   }
   bool reachesAll() const noexcept { return extend_ == (kExtendStart | kExtendEnd); }

@@ -4,6 +4,7 @@
 #include "graphics/IAGDCCreator.h"
 #include "plugins/windows/Look.h"
 #include "plugins/windows/OwnWindow.h"
+#include "plugins/windows/Translated.h"
 #include "shell/Shell.h"
 #include "shell/documents/Document.h"
 #include "shell/documents/PagedDocument.h"
@@ -206,9 +207,9 @@ class PagedView final : public BSmartObject,
 
   // While it is in front; what stands there may be another view's.
   void tellPlace() {
-    const std::wstring place = L"Page " + std::to_wstring(current_ + 1) + L" of " + std::to_wstring(placed_.size());
-    shell().changeStatusText(1, place.c_str());
-    shell().changeStatusText(2, (std::to_wstring(std::lround(zoom() * 100)) + L" %").c_str());
+    const std::wstring page = std::to_wstring(current_ + 1), last = std::to_wstring(placed_.size());
+    shell().changeStatusText(1, sentence(L"Page %1 of %2", {page, last}).c_str());
+    shell().changeStatusText(2, sentence(L"%1 %", {std::to_wstring(std::lround(zoom() * 100))}).c_str());
   }
 
   void draw() {

@@ -4,6 +4,7 @@
 
 #include "plugins/windows/Look.h"
 #include "plugins/windows/OwnWindow.h"
+#include "plugins/windows/Translated.h"
 #include "shell/Shell.h"
 #include "shell/documents/Document.h"
 #include "shell/documents/TextSource.h"
@@ -181,7 +182,8 @@ class TextView final : public BSmartObject, public IDocumentView, public ITextLi
     const std::size_t to = caret();
     const auto line = SendMessageW(edit_, EM_LINEFROMCHAR, to, 0);
     const auto column = static_cast<LRESULT>(to) - SendMessageW(edit_, EM_LINEINDEX, static_cast<WPARAM>(line), 0);
-    const std::wstring place = L"Line " + std::to_wstring(line + 1) + L", column " + std::to_wstring(column + 1);
+    const std::wstring place =
+        sentence(L"Line %1, column %2", {std::to_wstring(line + 1), std::to_wstring(column + 1)});
     if (place == place_) return;
     place_ = place;
     shell().changeStatusText(1, place.c_str());

@@ -1,7 +1,7 @@
 #include "plugins/windows/Translated.h"
 
 #include "shell/Shell.h"
-#include "shell/language/Translator.h"
+#include "shell/language/Sentence.h"
 
 namespace corvix::windows {
 
@@ -16,5 +16,10 @@ const wchar_t* Translation::of(const wchar_t* text, const wchar_t* context) cons
 }
 
 const wchar_t* translated(const wchar_t* text, const wchar_t* context) { return Translation().of(text, context); }
+
+std::wstring sentence(const wchar_t* text, std::initializer_list<std::wstring_view> parts) {
+  const auto translator = createObject<IBTranslator>(*IShell::getInstance()->pluginManager(), L"IBTranslator.Instance");
+  return composeSentence(translator.get(), text, parts);
+}
 
 }  // namespace corvix::windows

@@ -3,7 +3,9 @@
 
 #include "core/baselib/objects/Ref.h"
 
+#include <initializer_list>
 #include <string>
+#include <string_view>
 
 namespace corvix {
 
@@ -26,6 +28,9 @@ class Translation {
 
 const wchar_t* translated(const wchar_t* text, const wchar_t* context = nullptr);
 inline const wchar_t* translated(const std::wstring& text) { return translated(text.c_str()); }
+
+// With "%1" and so on for the parts: see shell/language/Sentence.h.
+std::wstring sentence(const wchar_t* text, std::initializer_list<std::wstring_view> parts);
 
 }  // namespace windows
 

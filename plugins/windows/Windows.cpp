@@ -32,6 +32,12 @@ std::wstring textOf(HWND control) {
   return text;
 }
 
+std::wstring withoutMnemonic(std::wstring_view text) {
+  std::wstring shown;
+  for (const wchar_t letter : text) shown.append(letter == L'&' ? 2 : 1, letter);
+  return shown;
+}
+
 std::wstring fileName(const wchar_t* path) {
   const std::wstring text = path;
   return text.substr(text.find_last_of(L"\\/") + 1);

@@ -4,6 +4,7 @@
 #include "core/baselib/system/ForeignCall.h"
 
 #include <string>
+#include <string_view>
 
 #include <windows.h>
 
@@ -34,6 +35,9 @@ Function lateFunction(const wchar_t* module, const char* name) {
 std::wstring textOf(HWND control);
 std::wstring fileName(const wchar_t* path);
 inline std::wstring orEmpty(const wchar_t* text) { return text ? text : L""; }
+
+// For where the system underlines the letter behind "&": none is.
+std::wstring withoutMnemonic(std::wstring_view text);
 
 inline int widthOf(const RECT& area) noexcept { return area.right - area.left; }
 inline int heightOf(const RECT& area) noexcept { return area.bottom - area.top; }

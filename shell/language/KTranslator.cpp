@@ -46,7 +46,7 @@ std::wstring settingOf(const std::wstring& code) {
 std::wstring codeOfSetting(const IBSettings& settings) {
   Variant value;
   settings.getValue(kGroup, kItem, value);
-  const std::wstring text(value.toText().view());
+  std::wstring text(value.toText().view());
   const bool isNumber = std::all_of(text.begin(), text.end(), [](wchar_t c) { return c >= L'0' && c <= L'9'; });
   if (!isNumber && isCode(text)) return text;
   const i32 number = isNumber && text.size() < 8 ? value.toInteger() : 0;

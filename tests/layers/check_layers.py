@@ -80,7 +80,7 @@ def is_above(path, target):
 def listed_headers(checkout):
     """The headers that the rooms' build lists name."""
     for lists in checkout.glob("*/**/CMakeLists.txt"):
-        found = re.search(r"HEADERS\s([^)]*?)(SOURCES|\))", lists.read_text(encoding="utf-8"))
+        found = re.search(r"HEADERS\s([^)]*?)(SOURCES|DRAWING|\))", lists.read_text(encoding="utf-8"))
         if found and lists.read_text(encoding="utf-8").startswith("corvix_room"):
             folder = lists.parent.relative_to(checkout).as_posix()
             yield from (f"{folder}/{name}" for name in found.group(1).split())

@@ -38,7 +38,7 @@ struct ModuleReport {
 
 // A file's path in the one spelling that the system has for it; as it is given when it cannot be opened.
 std::wstring ownSpelling(const std::string& path) {
-  const std::wstring given = std::filesystem::absolute(wide(path)).wstring();
+  std::wstring given = std::filesystem::absolute(wide(path)).wstring();
   HANDLE const file = CreateFileW(given.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
                                   OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
   if (file == INVALID_HANDLE_VALUE) return given;

@@ -10,6 +10,7 @@
 #include "shell/documents/manager/FormatList_p.h"
 #include "shell/documents/manager/WatchedStreams_p.h"
 #include "shell/history/StateHistory.h"
+#include "shell/language/Sentence.h"
 
 #include <algorithm>
 
@@ -128,6 +129,11 @@ DocAnswer KDocManager::ask(DocQuestion question, IDocument& document, const std:
   const u32 style = question == DocQuestion::SaveBeforeClosing ? MB_YESNOCANCEL : MB_YESNO | MB_DEFBUTTON2;
   const i32 answer = shell_.messageBox(text.c_str(), kCaption, style | MB_ICONWARNING | MB_TASKMODAL, IDNO);
   return answer == IDYES ? DocAnswer::Yes : answer == IDNO ? DocAnswer::No : DocAnswer::Cancel;
+}
+
+std::wstring KDocManager::sentence(const wchar_t* text, std::wstring_view part) const {
+  const auto translator = createObject<IBTranslator>(*shell_.pluginManager(), L"IBTranslator.Instance");
+  return composeSentence(translator.get(), text, {part});
 }
 
 IBCollection* KDocManager::dialogFilters(bool forWriting) {
@@ -292,7 +298,7 @@ IDocument* KDocManager::newDocument(const wchar_t* formatName) {
   auto document = made.as<IDocument>();
   if (!document)
     return operation.fail(std::wstring(format->textForUser()) + L": there are no new ones of this format.");
-  const std::wstring title = L"Untitled " + std::to_wstring(untitled_ + 1);
+  const std::wstring title = sentence(L"Untitled %1", std::to_wstring(untitled_ + 1));
   if (const auto placed = document.as<IDocumentPlace>())
     placed->setPlace(L"", title.c_str(), format->name(), !format->writes);
   IDocument* const open = list(std::move(document), {{}, title, {}}, {});
@@ -309,7 +315,7 @@ bool KDocManager::closeDocument(IDocument* document) {
   const std::wstring title = document->title();
   if (document->isModified()) {
     const DocAnswer answer =
-        ask(DocQuestion::SaveBeforeClosing, *document, quoted(title) + L" has changed. Do you want to save it?");
+        ask(DocQuestion::SaveBeforeClosing, *document, sentence(L"\"%1\" has changed. Do you want to save it?", title));
     if (answer == DocAnswer::Cancel || !find(document)) return !find(document);
     if (answer == DocAnswer::Yes && document->isModified() && !saveDocument(document)) {
       for (i32 i = 0; i < report_->lineCount(); ++i) operation.fail(report_->lineAt(i));
@@ -406,7 +412,7 @@ bool KDocManager::write(IDocument& document, const DocumentPlace& place, const D
   const Row& row = *find(&document);
   if (exists && isSamePath(row.place.path, place.path) && row.state != FileState{} && row.state != now) {
     const std::wstring question =
-        quoted(place.location) + L" was changed by another program. Do you want to overwrite it?";
+        sentence(L"\"%1\" was changed by another program. Do you want to overwrite it?", place.location);
     if (ask(DocQuestion::OverwriteChanged, document, question) != DocAnswer::Yes)
       return fail(L"It was changed by another program.");
   }

@@ -55,6 +55,7 @@ class KDocManager final : public BSmartObject, public IDocManager {
   void activate(IDocument* document);
   void tell(const wchar_t* event, IDocument* document, const std::wstring& location);
   DocAnswer ask(DocQuestion question, IDocument& document, const std::wstring& text);
+  std::wstring sentence(const wchar_t* text, std::wstring_view part) const;  // in the user's language
 
   Ref<IDocument> read(const DocumentPlace& place, bool& writes, KReport& report);
   Ref<IDocument> readBy(const DeclaredFormat& format, IDocFormat& object, BRAInputStream& stream, KReport& report);

@@ -4,60 +4,12 @@
 Every row runs in a copy of its own with those plug-ins, so that settings, window places and the log are its own. Pictures
 are left in the scratch folder; docs/ has copies of some.
 """
-import pathlib
-import re
 import shutil
-import subprocess
 import sys
 
-bin_folder, scratch, plugins, emulator = pathlib.Path(sys.argv[1]), pathlib.Path(sys.argv[2]), sys.argv[3].split(","), sys.argv[4:]
-checkout = pathlib.Path(__file__).resolve().parents[3]
-LONGEST_S = 120
-wrong = 0
-
-
-def complain(name, why):
-    global wrong
-    wrong += 1
-    print(f"{name}: {why}")
-
-
-class Desk:
-    def __init__(self, name, without=()):
-        self.name, self.folder = name, scratch / name
-        (self.folder / "plugins").mkdir(parents=True)
-        for file in [*bin_folder.glob("lib*.dll"), bin_folder / "corvix.dll", bin_folder / "corvix-desk.exe"]:
-            shutil.copy(file, self.folder)
-        for plugin in plugins:
-            if plugin not in without:
-                shutil.copy(bin_folder / "plugins" / f"{plugin}.dll", self.folder / "plugins")
-        shutil.copy(bin_folder / "test-plugins" / "testformats.dll", self.folder / "plugins")
-        for texts in bin_folder.glob("brisvaneres.*"):
-            shutil.copy(texts, self.folder)
-        (self.folder / "three.pages").write_text("abc")
-        (self.folder / "many.pages").write_text("x" * 300)
-        (self.folder / "words.plain").write_text("first line\nsecond line\n")
-
-    def run(self, steps, *arguments, code=0):
-        file = self.folder / "steps.txt"
-        file.write_text(steps, encoding="utf-8")
-        try:
-            done = subprocess.run([*emulator, str(self.folder / "corvix-desk.exe"), *arguments, "--drive", "steps.txt"],
-                                  cwd=self.folder, capture_output=True, text=True, encoding="utf-8", errors="replace",
-                                  timeout=LONGEST_S, check=False)
-        except subprocess.TimeoutExpired:
-            return complain(self.name, f"it did not end by itself: {steps}")
-        if done.returncode != code:
-            complain(self.name, f"exit code {done.returncode} instead of {code}\n{done.stdout}{done.stderr}")
-        return None
-
-    def loaded(self):
-        log = self.folder / "corvix-desk.exe.log"
-        text = log.read_text(encoding="utf-8", errors="replace") if log.exists() else ""
-        return sorted(set(re.findall(r"Load library .*\\(\w[\w-]*)\.dll", text)))
-
-
-shutil.rmtree(scratch, ignore_errors=True)
+sys.dont_write_bytecode = True
+import desk as desks  # noqa: E402
+from desk import Desk, bin_folder, checkout, complain, plugins  # noqa: E402
 
 # What only shows what plug-ins declare loads none of them.
 desk = Desk("looks")
@@ -246,6 +198,29 @@ quit
     if (desk.folder / "notes.txt").read_bytes() != "Helloone\r\ntwo äöü\r\n".encode():
         complain("text", "the file is " + repr((desk.folder / "notes.txt").read_bytes()))
 
+# A plug-in that comes before all others and claims everybody's keys: it gets those of menus, but nobody writes without
+# letters, and the window can be closed.
+desk = Desk("claims")
+shutil.copy(bin_folder / "test-plugins" / "claims.dll", desk.folder / "plugins")
+desk.run("""wait idle
+open words.plain
+wait idle
+key A
+key Space
+key A
+key Backspace
+wait idle
+expect text a first line
+expect title * words.plain - Corvix Desk
+key Ctrl+O
+wait idle
+expect status 0 claimed
+key Alt+F4
+wait idle
+expect dialog Teldane Quill
+key N
+""")
+
 # Names that are long, or beyond the basic plane; a recent file comes back by the menu's key.
 desk = Desk("names")
 deep = "/".join(["a folder of a name of forty letters, or so"] * 8)
@@ -301,6 +276,8 @@ open three.pages
 panel Panel.Pages yes
 language de
 wait idle
+expect status 1 Seite 1 von 3
+expect title three.pages - Corvix Desk
 key Alt+A
 wait idle
 shot german.png
@@ -313,4 +290,4 @@ key Esc
 wait idle
 quit
 """)
-sys.exit(wrong != 0)
+sys.exit(desks.wrong != 0)

@@ -24,6 +24,13 @@ constexpr std::string_view kJpeg =
     "00031100FFC400160001010100000000000000000000000000000607FFC40014100100000000000000000000000000000000FFDA"
     "000C03010002000300003F008B4A37F01FFFD9";
 
+// 16 by 24 pixels: corners of the greys 20, 60, A0, E0, between them 40.
+constexpr std::string_view kCorners =
+    "FFD8FFDB0043000801010101010101010101010101010101010101010101010101010101010101010101010101010101010101010101010101"
+    "01"
+    "01010101010101010101010101FFC0000B080018001001011100FFC4001C00000000090000000000000000000000000001020304050607"
+    "08FFC40014100100000000000000000000000000000000FFDA0008010100003F0073E78067C07C0780FFD9";
+
 std::string fromHex(std::string_view digits) {
   std::string bytes;
   for (std::size_t i = 0; i + 1 < digits.size(); i += 2)
@@ -33,6 +40,14 @@ std::string fromHex(std::string_view digits) {
 
 void put(std::string& bytes, u32 value, int count) {
   for (; count; --count, value >>= 8) bytes += static_cast<char>(value & 0xFF);
+}
+
+// The same with a segment of Exif that says which way up it is: a tag, its type, how many, its value.
+std::string withExif(std::string jpeg, std::string_view entry, bool isBig = false) {
+  std::string exif = fromHex(isBig ? "4D4D002A00000008" : "49492A0008000000");
+  exif += fromHex(isBig ? "0002" : "0200") + fromHex("010001000100000000000000") + fromHex(entry) + std::string(4, 0);
+  const std::string segment = std::string("Exif\0\0", 6) + exif;
+  return jpeg.insert(2, "\xFF\xE1" + std::string(1, 0) + static_cast<char>(segment.size() + 2) + segment);
 }
 
 // 3 by 2, the lower left pixel green, all others blue.
@@ -139,6 +154,49 @@ TEST_F(ImageFormatTest, ShowsPagesOfEachKind) {
     if (!document->isReadOnly()) {
       EXPECT_TRUE(manager.saveDocument(document) && bytesOf(document->location()) == row.bytes) << "as it was read";
     }
+    closeAll();
+  }
+}
+
+TEST_F(ImageFormatTest, TurnsPhotographsAsTheySay) {
+  const struct {
+    const char* entry;
+    const char* corners;  // of what is shown: upper left, upper right, lower left, lower right
+    bool isBig = false;
+  } rows[] = {{"120103000100000001000000", "26AE"},
+              {"120103000100000002000000", "62EA"},
+              {"120103000100000003000000", "EA62"},
+              {"120103000100000004000000", "AE26"},
+              {"120103000100000005000000", "2A6E lying"},
+              {"120103000100000006000000", "A2E6 lying"},
+              {"120103000100000007000000", "E6A2 lying"},
+              {"120103000100000008000000", "6E2A lying"},
+              {"011200030000000100080000", "6E2A lying", true},
+              {"120103000100000000000000", "26AE"},
+              {"120103000100000009000000", "26AE"},
+              {"120104000100000006000000", "26AE"},
+              {"130103000100000006000000", "26AE"}};
+  const auto shown = [&](IDocument* document) {
+    double width = 0, height = 0;
+    query<IPagedDocument>(document)->pageSize(0, &width, &height);
+    const auto context = canvas();
+    EXPECT_TRUE(query<IPagedDocument>(document)->drawPage(0, *context, Matrix::scaling(4, 4), nullptr));
+    std::string corners;
+    for (const double y : {1.0, height - 1}) {
+      for (const double x : {1.0, width - 1}) {
+        Color color{};
+        EXPECT_TRUE(context->getPixel(static_cast<i32>(x * 4), static_cast<i32>(y * 4), &color));
+        corners += "0123456789ABCDEF"[((color & 255) + 8) >> 4 & 15];
+      }
+    }
+    return corners + (width > height ? " lying" : "");
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.entry);
+    ASSERT_TRUE(open(L"x.jpg", withExif(fromHex(kCorners), row.entry, row.isBig))) << report();
+    EXPECT_EQ(shown(manager.activeDocument()), row.corners);
+    ASSERT_TRUE(manager.saveDocumentAs(manager.activeDocument(), folder.file(L"x.png").c_str(), L"DocFormat.Png"));
+    EXPECT_EQ(shown(manager.openDocument(folder.file(L"x.png").c_str())), row.corners) << "saved as it is seen";
     closeAll();
   }
 }

@@ -6,6 +6,7 @@
 #include "tests/support/BoxAnswer.h"
 #include "tests/support/OwnFolder.h"
 #include "tests/support/OwnPlugin.h"
+#include "tests/support/Resolution.h"
 
 #include <functional>
 
@@ -108,6 +109,32 @@ TEST(Dialogs, OptionsTakeAllOrNothing) {
     });
     EXPECT_EQ(state(), row.expected);
     EXPECT_EQ(narrow(said), row.said);
+  }
+}
+
+TEST(Dialogs, TakeTheResolutionOfAnotherScreen) {
+  for (const wchar_t* const name : {L"Dialog.Options", L"Dialog.About"}) {
+    const Resolution resolution(96);
+    show(name, nullptr, [&](HWND dialog) {
+      const HWND button = GetDlgItem(dialog, IDOK);
+      const auto look = [&](int dpi) {
+        resolution.change(dialog, static_cast<UINT>(dpi), {0, 0, 10 * dpi, 5 * dpi});
+        RECT area = {};
+        LOGFONTW font = {};
+        GetObjectW(reinterpret_cast<HFONT>(SendMessageW(button, WM_GETFONT, 0, 0)), sizeof font, &font);
+        GetWindowRect(button, &area);
+        const RECT placed = area;
+        GetClientRect(dialog, &area);
+        MapWindowPoints(dialog, nullptr, reinterpret_cast<POINT*>(&area), 2);
+        EXPECT_TRUE(placed.right <= area.right && placed.bottom <= area.bottom) << "it stands inside";
+        return std::pair(placed.right - placed.left, std::abs(font.lfHeight));
+      };
+      const auto once = look(96), twice = look(192);
+      EXPECT_EQ(twice.first, 2 * once.first);
+      EXPECT_NEAR(twice.second, 2 * once.second, 1);
+      EXPECT_EQ(look(96), once);
+      click(dialog, IDCANCEL);
+    });
   }
 }
 

@@ -2,17 +2,20 @@
 #include "core/baselib/system/ApplicationKey.h"
 #include "shell/Plugin.h"
 #include "shell/documents/Document.h"
+#include "shell/documents/PagedDocument.h"
 #include "shell/gui/DocumentPanel.h"
 #include "shell/gui/DocumentView.h"
 #include "shell/gui/FrameWindow.h"
 #include "shell/gui/GUIManager.h"
 #include "shell/gui/MsgTarget.h"
+#include "shell/gui/PagedView.h"
 #include "shell/services/Report.h"
 #include "tests/graphics/GdiObjects.h"
 #include "tests/support/HeapBlocks.h"
 #include "tests/support/ImportTable.h"
 #include "tests/support/MessageLoop.h"
 #include "tests/support/OwnPlugin.h"
+#include "tests/support/Resolution.h"
 #include "tests/support/Soak.h"
 
 #include <array>
@@ -235,6 +238,40 @@ class FrameTest : public testing::Test {
   IFrameWindow* frame_ = nullptr;
 };
 
+// For the product's own view.
+class TestPages final : public BSmartObject, public IDocument, public IPagedDocument {
+  CORVIX_IDENTITY(TestPages, 0x5E0B7C94, 0xD13A62F8, 0x47C9E01B, 0xA68F35D2, BSmartObject, IDocument, IPagedDocument)
+
+ public:
+  const wchar_t* location() const noexcept override { return L"C:\\a.pages"; }
+  const wchar_t* title() const noexcept override { return L"a.pages"; }
+  bool isModified() const noexcept override { return false; }
+  const wchar_t* formatName() const noexcept override { return L"DocFormat.Pages"; }
+  bool isReadOnly() const noexcept override { return true; }
+  IStateList* history() override { return nullptr; }
+  i32 pageCount() const noexcept override { return 2; }
+  bool pageSize(i32, double* width, double* height) const noexcept override {
+    return *width = 300, *height = 400, true;
+  }
+  bool drawPage(i32, IAGDC&, const Matrix&, IDrawWatch*) override { return true; }
+};
+
+using WindowSearch = std::pair<const wchar_t*, HWND>;
+
+BOOL CALLBACK compareClass(HWND child, LPARAM data) {
+  auto& [wanted, found] = *reinterpret_cast<WindowSearch*>(data);
+  wchar_t own[64] = L"";
+  GetClassNameW(child, own, 64);
+  if (!std::wcscmp(own, wanted)) found = child;
+  return !found;
+}
+
+HWND findInside(HWND parent, const wchar_t* className) {
+  WindowSearch search = {className, nullptr};
+  EnumChildWindows(parent, &compareClass, reinterpret_cast<LPARAM>(&search));
+  return search.second;
+}
+
 TEST_F(FrameTest, OutlivesWhatFailsInAView) {
   const auto sound = make<TestDocument>();
   const struct {
@@ -284,6 +321,47 @@ TEST_F(FrameTest, OutlivesWhatFailsInAView) {
       frame_->show(true);
     }
   }
+}
+
+TEST_F(FrameTest, OutlivesWhatFailsInAPanel) {
+  const struct {
+    Where where;
+    bool opens;
+    const char* said;
+  } rows[] = {{Where::Attach, false, "The panel Own cannot be shown: "},
+              {Where::Refuses, false, "The panel Own cannot be shown."},
+              {Where::SetDocument, true, "The panel Own was closed: "},
+              {Where::Message, true, "The panel Own was closed: "},
+              {Where::Sent, true, "The panel Own was closed: "}};
+  const auto document = make<TestPages>();
+  for (const auto& row : rows) {
+    for (const Fault how : {Fault::Throws, Fault::Crashes}) {
+      SCOPED_TRACE(testing::Message() << "row " << &row - rows << (how == Fault::Throws ? ", throws" : ", crashes"));
+      gui().report()->clear();
+      IView* const view = frame_->openView(document.get());
+      world.how = how;
+      if (row.where != Where::Sent) world.where = row.where;  // while it is made nobody is between
+      EXPECT_EQ(frame_->showPanel(L"Panel.Own", true), row.opens);
+      world.where = row.where;
+      if (const HWND panel = findInside(window(), L"CorvixTestView")) {
+        SendMessageW(panel, kDoIt, 0, 0);
+        SetWindowPos(panel, nullptr, 0, 0, 10, 10, SWP_NOMOVE);
+      }
+      run();
+      EXPECT_EQ(reportLines().find(row.said), 0u) << reportLines();
+      EXPECT_EQ(frame_->activeView(), view) << "the document stays";
+      EXPECT_FALSE(frame_->isPanelShown(L"Panel.Own") || frame_->showPanel(L"Panel.Own", true));
+      world.where = Where::Nowhere;
+      frame_->showPanel(L"Panel.Own", false);  // it would be there again with the next frame
+      closeFrame();
+      world.alive = 0;  // what crashed while it was taken apart may be left
+      frame_ = gui().createFrame(L"Test");
+      ASSERT_TRUE(frame_);
+      frame_->show(true);
+    }
+  }
+  ASSERT_TRUE(frame_->showPanel(L"Panel.Own", true)) << "another frame tries it again";
+  frame_->showPanel(L"Panel.Own", false);
 }
 
 TEST_F(FrameTest, RoutesActionsFromTheFocusOutwards) {
@@ -487,6 +565,52 @@ TEST_F(FrameTest, SaysThatThereAreNoWindows) {
   VirtualProtect(slot, sizeof *slot, protection, &protection);
   EXPECT_GT(refused, 4);
   EXPECT_EQ(gui().mainWindow(), frame_);
+}
+
+SIZE sizeOf(HWND window) {
+  RECT area = {};
+  GetWindowRect(window, &area);
+  return {area.right - area.left, area.bottom - area.top};
+}
+
+TEST_F(FrameTest, TakesTheResolutionOfAnotherScreen) {
+  const Resolution resolution(96);
+  const auto document = make<TestPages>();
+  IPagedView* const view = query<IPagedView>(frame_->openView(document.get()));
+  ASSERT_TRUE(view && frame_->showPanel(L"Panel.Own", true) && frame_->showPanel(L"Panel.Report", true));
+  view->setZoom(1);
+  const HWND toolbar = findInside(window(), TOOLBARCLASSNAMEW), status = findInside(window(), STATUSCLASSNAMEW),
+             list = findInside(window(), WC_LISTVIEWW), pages = findInside(window(), L"CorvixPages"),
+             panel = GetParent(GetParent(findInside(window(), L"CorvixTestView")));
+  const auto fontOf = [](HWND one) {
+    LOGFONTW font = {};
+    GetObjectW(reinterpret_cast<HFONT>(SendMessageW(one, WM_GETFONT, 0, 0)), sizeof font, &font);
+    return static_cast<long>(std::abs(font.lfHeight));
+  };
+  const auto look = [&](int dpi) {
+    const RECT wanted = {0, 0, 5 * dpi, 4 * dpi};
+    resolution.change(window(), static_cast<UINT>(dpi), wanted);
+    run();
+    int icon = 0, ignored = 0;
+    ImageList_GetIconSize(reinterpret_cast<HIMAGELIST>(SendMessageW(toolbar, TB_GETIMAGELIST, 0, 0)), &icon, &ignored);
+    SCROLLINFO bar = {sizeof bar, SIF_RANGE, 0, 0, 0, 0, 0};
+    GetScrollInfo(pages, SB_VERT, &bar);
+    EXPECT_EQ(view->zoom(), 1);
+    return std::vector<long>{fontOf(toolbar),   fontOf(status),   fontOf(list), icon,
+                             sizeOf(status).cy, sizeOf(panel).cx, bar.nMax,     sizeOf(window()).cx};
+  };
+  const std::vector<long> first = look(96);
+  for (const int dpi : {192, 144, 192}) {
+    const std::vector<long> now = look(dpi);
+    for (std::size_t i = 0; i < first.size(); ++i)
+      EXPECT_NEAR(now[i], first[i] * dpi / 96, std::max(2L, first[i] / 8)) << "value " << i << " at " << dpi;
+  }
+  EXPECT_EQ(look(96), first);
+  const int before = freeGdiObjects();
+  for (int i = 0; i < soak(4, 1000); ++i) look(i % 2 ? 96 : 192);
+  EXPECT_EQ(freeGdiObjects(), before);
+  frame_->showPanel(L"Panel.Own", false);
+  frame_->showPanel(L"Panel.Report", false);
 }
 
 TEST_F(FrameTest, LeavesNothingBehindInManyRounds) {

@@ -198,6 +198,27 @@ TEST(Smooth, TakesWhatIsLargeOrFar) {
   EXPECT_EQ(grey(*page, 5, 5), 0u);
 }
 
+TEST(Smooth, GradientsOfAnyLengthHaveTheirColours) {
+  const struct {
+    double from, to;  // along x
+    u32 level;        // at 32; 255: nothing is painted
+  } rows[] = {{0, 64, 120},  {5, 5, 255},          {0, 1e-160, 200},         {0, 5e-324, 200},
+              {64, 50, 200}, {-1e300, 1e300, 120}, {-1.7e308, 1.7e308, 255}, {1e300, 1.1e300, 40},
+              {1e-9, 0, 40}};
+  const auto page = makePage();
+  auto* const shading = query<IAGShading>(page.get());
+  const ColorStop stops[] = {{0, rgb(40, 40, 40)}, {1, rgb(200, 200, 200)}};
+  for (const auto& row : rows) {
+    page->clear();
+    EXPECT_TRUE(
+        shading->setAxialPaint(PaintUse::Fill, {row.from, 3}, {row.to, 3}, stops, 2, kExtendStart | kExtendEnd) &&
+        shading->paintAll());
+    EXPECT_NEAR(grey(*page, 32, 24), row.level, 2) << row.from << ' ' << row.to;
+    EXPECT_TRUE(shading->setRadialPaint(PaintUse::Fill, {row.from, 3}, 1, {row.to, 3}, 1e300, stops, 2, 0) &&
+                shading->paintAll());  // whatever it shows
+  }
+}
+
 TEST(Smooth, GroupsAndMasksComeBackToWhatWas) {
   const auto page = makePage();
   auto* const blending = query<IAGBlending>(page.get());

@@ -4,7 +4,10 @@
 #include "graphics/fonts/FontMachine.h"
 #include "shell/CommandLine.h"
 #include "shell/Locations.h"
+#include "shell/documents/DocManager.h"
 #include "shell/gui/Dialog.h"
+#include "shell/gui/GUIManager.h"
+#include "shell/history/StateHistory.h"
 #include "tests/support/OwnPlugin.h"
 
 #include <gtest/gtest.h>
@@ -68,6 +71,61 @@ class OwnManager final : public IActionManager {
   int processAction(const wchar_t*, IActionSender*) override { return 7; }
 };
 
+// The same of the three others that the shell holds; the numbers say whose they are.
+class OwnDocuments final : public BSmartObject, public IDocManager {
+  CORVIX_IDENTITY(OwnDocuments, 0x0B5E93D7, 0x61F8A24C, 0xD90C7E35, 0x4A27F18B, BSmartObject, IDocManager)
+ public:
+  IDocument* openDocument(const wchar_t*) override { return nullptr; }
+  bool closeDocument(IDocument*) override { return false; }
+  i32 documentCount() const noexcept override { return 71; }
+  IDocument* documentAt(i32) const noexcept override { return nullptr; }
+  IDocument* newDocument(const wchar_t*) override { return nullptr; }
+  bool saveDocument(IDocument*) override { return false; }
+  bool saveDocumentAs(IDocument*, const wchar_t*, const wchar_t*) override { return false; }
+  IDocument* activeDocument() const noexcept override { return nullptr; }
+  bool setActiveDocument(IDocument*) override { return false; }
+  IBCollection* dialogFilters(bool) override { return nullptr; }
+  i32 recentCount() override { return 0; }
+  const wchar_t* recentAt(i32) override { return nullptr; }
+  void forgetRecent(const wchar_t*) override {}
+  IBReport* report() noexcept override { return nullptr; }
+  void setQuestions(IDocQuestions*) noexcept override {}
+};
+
+class OwnHistory final : public BSmartObject, public IStateHistory {
+  CORVIX_IDENTITY(OwnHistory, 0xE3419C06, 0x27D5B8F1, 0x860AF4C2, 0x95B31D7E, BSmartObject, IStateHistory)
+ public:
+  bool canGoBack() const noexcept override { return true; }
+  bool canGoForward() const noexcept override { return true; }
+  bool goBack() override { return false; }
+  bool goForward() override { return false; }
+  IStateList* listOf(IDocument*) override { return nullptr; }
+  void setActive(IDocument*) override {}
+  void forget(IDocument*) override {}
+};
+
+class OwnWindows final : public BSmartObject, public IGUIManager {
+  CORVIX_IDENTITY(OwnWindows, 0x7C08E5A9, 0xB4D12F63, 0x135E9A70, 0xC86F42DB, BSmartObject, IGUIManager)
+ public:
+  IFrameWindow* mainWindow() const noexcept override { return nullptr; }
+  IFrameWindow* createFrame(const wchar_t*) override { return nullptr; }
+  IBSmartObject* menu(const wchar_t*) override { return nullptr; }
+  i32 run() override { return 0; }
+  void quit(i32) override {}
+  bool addMessageTarget(void*, IMsgTarget*) override { return true; }
+  bool removeMessageTarget(void*, IMsgTarget*) override { return false; }
+  void refreshActions() override {}
+  IBReport* report() noexcept override { return nullptr; }
+};
+
+bool managerIsWrong = false;
+
+template <class Own>
+IBSmartObject* makeOwn() {
+  if (managerIsWrong) return new testing_support::OfNoUse;
+  return new Own;
+}
+
 // Answers as often as it is set to, each time by itself.
 class Dialog final : public BSmartObject, public IDialog {
   CORVIX_IDENTITY(Dialog, 0xA2E74C19, 0x5D0B98F3, 0x3F86E1D2, 0xC4A9705B, BSmartObject, IDialog)
@@ -99,13 +157,6 @@ class LifeListener final : public IShellListener {
   }
   bool printsTheEnd = false, asksForActions = false;
 };
-
-bool managerIsWrong = false;
-
-IBSmartObject* makeManager() {
-  if (managerIsWrong) return new testing_support::OfNoUse;
-  return new OwnManager;
-}
 
 // Each has a process of its own: there is one shell, and it ends for good.
 void startAndShutDown() {
@@ -170,6 +221,25 @@ TEST(ShellDeathTest, ThereIsAnActionManagerUntilTheShellIsGone) {
   EXPECT_EXIT(askForActions(Managers::AsksForItself), ended, "the shell ended somebody 7 same actions");
   EXPECT_EXIT(askForActions(Managers::AtShutDown), ended, "actions still");
   EXPECT_EXIT(askForActions(Managers::AtTheEnd), ended, "the shell ended actions");
+}
+
+void askOthers(bool isWrong) {
+  managerIsWrong = isWrong;
+  for (const wchar_t* const name : {L"IDocManager.Instance", L"IStateHistory.GetInstance", L"IGUIManager.Instance"})
+    Descriptor().interface_(name, L"Low").registerIn(manager());
+  IDocManager* const documents = shell().docManager();
+  IStateHistory* const history = shell().stateHistory();
+  IGUIManager* const windows = shell().guiManager();
+  std::fprintf(stderr, "documents %d, history %d, windows %d", documents ? documents->documentCount() : -1,
+               history ? history->canGoBack() : -1, windows && windows->addMessageTarget(nullptr, nullptr));
+  std::exit(0);
+}
+
+TEST(ShellDeathTest, EachManagerCanBeAPluginsOwn) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(askOthers(false), testing::ExitedWithCode(0), "documents 71, history 1, windows 1");
+  // What is none leaves those behind it in place.
+  EXPECT_EXIT(askOthers(true), testing::ExitedWithCode(0), "documents 0, history 0, windows 0");
 }
 
 TEST(Shell, AsksDeclaredDialogsWhenNoListenerAnswers) {
@@ -253,10 +323,11 @@ TEST(Shell, HasManagersOfItsOwn) {
 }
 
 TEST(Shell, APluginsManagerTakesThePlaceOfTheLibrarys) {
-  for (const wchar_t* const name : {L"IBSecretary.Instance", L"IBSelfReg.Instance", L"IBTranslator.Instance",
-                                    L"IDocManager.Instance", L"IMenuManager.Instance", L"IStateHistory.GetInstance"}) {
-    const auto isLibrarys = [&] {
-      return Ref<IBSmartObject>::adopt(manager().createObject(name))->typeInfo().className()[0] == 'K';
+  for (const wchar_t* const name :
+       {L"IBSecretary.Instance", L"IBSelfReg.Instance", L"IBTranslator.Instance", L"IDocManager.Instance",
+        L"IMenuManager.Instance", L"IStateHistory.GetInstance", L"IFMFontMachine.Instance"}) {
+    const auto isLibrarys = [&] {  // by the name of its class
+      return std::strchr("FK", Ref<IBSmartObject>::adopt(manager().createObject(name))->typeInfo().className()[0]);
     };
     EXPECT_TRUE(isLibrarys());
     Descriptor().interface_(name, L"Low").registerIn(manager());
@@ -329,12 +400,18 @@ TEST(CommandLine, OffersToTheFrameworksOwnProcessorsFirst) {
   processorLetters = "a";
 }
 
-const OwnObject ownObjects[] = {
-    {L"CommandLine.Processors", makeProcessor}, {L"IPluginManagerBeforeDestroy", create<Goodbye>},
-    {L"Dialog.Test", create<Dialog>},           {L"IActionManager.Instance", makeManager},
-    {L"IBSecretary.Instance", create<Dialog>},  {L"IBSelfReg.Instance", create<Dialog>},
-    {L"IBTranslator.Instance", create<Dialog>}, {L"IMenuManager.Instance", create<Dialog>},
-    {L"IDocManager.Instance", create<Dialog>},  {L"IStateHistory.GetInstance", create<Dialog>}};
+const OwnObject ownObjects[] = {{L"CommandLine.Processors", makeProcessor},
+                                {L"IPluginManagerBeforeDestroy", create<Goodbye>},
+                                {L"Dialog.Test", create<Dialog>},
+                                {L"IActionManager.Instance", makeOwn<OwnManager>},
+                                {L"IBSecretary.Instance", create<Dialog>},
+                                {L"IBSelfReg.Instance", create<Dialog>},
+                                {L"IBTranslator.Instance", create<Dialog>},
+                                {L"IMenuManager.Instance", create<Dialog>},
+                                {L"IDocManager.Instance", makeOwn<OwnDocuments>},
+                                {L"IStateHistory.GetInstance", makeOwn<OwnHistory>},
+                                {L"IGUIManager.Instance", makeOwn<OwnWindows>},
+                                {L"IFMFontMachine.Instance", create<Dialog>}};
 
 }  // namespace
 

@@ -2,6 +2,7 @@
 
 #include "core/baselib/system/KernelFile_p.h"
 #include "core/settings/BSettings_p.h"
+#include "shell/language/Sentence.h"
 #include "shell/modules/KClassFactoryLocal_p.h"
 #include "shell/modules/KPluginManager_p.h"
 #include "tests/support/OwnFolder.h"
@@ -124,6 +125,45 @@ TEST_F(Translator, ADeclaredPackageComesBeforeTheFileAndMayBeHostile) {
     EXPECT_GE(translator->takeStock(), 2);
     factory.setInstance(L"LangPackage.de", {});
   }
+}
+
+// Translates one text.
+class OneText final : public IBTranslator {
+  CORVIX_IDENTITY(OneText, 0x5A03D9E1, 0x92C76B4F, 0x0E18F5A3, 0xB7426D9C, IBTranslator)
+ public:
+  explicit OneText(const wchar_t* text) : text_(text) {}
+  const wchar_t* translate(const wchar_t*) override { return text_; }
+  const wchar_t* translateIn(const wchar_t*, const wchar_t*) override { return text_; }
+  const wchar_t* language() override { return L"de"; }
+  bool setLanguage(const wchar_t*) override { return false; }
+  i32 takeStock() override { return 0; }
+  bool knownAt(i32, KnownLanguage&) const noexcept override { return false; }
+  BNotifySender& sender() noexcept override { return sender_; }
+
+ private:
+  const wchar_t* text_;
+  BNotifySender sender_;
+};
+
+TEST(Sentence, TakesATranslationWithTheSamePlaces) {
+  const struct {
+    const wchar_t *own, *other, *composed;
+  } rows[] = {{L"Page %1 of %2", L"Seite %1 von %2", L"Seite a%2 von b"},
+              {L"Page %1 of %2", L"von %2 die %1.", L"von b die a%2."},
+              {L"Page %1 of %2", L"Seite %1", L"Page a%2 of b"},
+              {L"Page %1 of %2", L"%1 %1 %2", L"Page a%2 of b"},
+              {L"Page %1 of %2", L"%1 %2 %3", L"Page a%2 of b"},
+              {L"Page %1 of %2", L"%1 % %2 %0 %", L"a%2 % b %0 %"},
+              {L"%1 %", L"%1 Prozent", L"a%2 Prozent"},
+              {L"No place", L"Kein %1", L"No place"},
+              {L"%3 %9 %1%1", L"%3 %9 %1%1", L"%3 %9 a%2a%2"},
+              {L"", L"", L""},
+              {nullptr, L"", L""}};
+  for (const auto& row : rows) {
+    OneText translator(row.other);
+    EXPECT_EQ(composeSentence(&translator, row.own, {L"a%2", L"b"}), row.composed) << row.other;
+  }
+  EXPECT_EQ(composeSentence(nullptr, L"Page %1", {L"1"}), L"Page 1");
 }
 
 TEST_F(Translator, LeavesOutFilesThatAreNone) {

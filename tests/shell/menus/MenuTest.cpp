@@ -111,6 +111,16 @@ TEST(Menus, AKeyBelongsToTheActionThatClaimedItFirst) {
   const auto a = claims(L"Actions.a", L"Ctrl+F9"), b = claims(L"Actions.b", L"CTRL+f9"),
              again = claims(L"Actions.a", L"ctrl+F9"), none = claims(L"Actions.c", L"Hyper+X");
   EXPECT_EQ(shown(Program().merged({&a, &b, &again, &none})), "Menu.Main{a[Ctrl+F9]/a b/b a[Ctrl+F9]/c c/d}");
+  // All keys claimed by all: the first module has them.
+  Template all[3];
+  for (std::size_t i = 0; i < std::size(all); ++i) {
+    for (wchar_t key = L'A'; key <= L'Z'; ++key)
+      all[i].item(
+          {{L"Action", (L"Actions." + std::to_wstring(i)).c_str()}, {L"Key", (std::wstring(L"Ctrl+") + key).c_str()}});
+  }
+  Program program;
+  const Menus menus = program.merged({&all[0], &all[1], &all[2]});
+  for (i32 i = 0; i < menus[0]->childCount(); ++i) EXPECT_EQ(*menus[0]->childAt(i)->key() != 0, i < 26) << i;
 }
 
 TEST(Menus, WhatIsBeyondTheLimitsIsLeftOutAndTheRestStands) {
