@@ -215,7 +215,9 @@ bool InternetTransfer::put(u32 count, bool isEnd) noexcept {
   isAhead_ = filled_ >= goal_;
   isCut_ = isAhead_ && isFull_ && !room();
   if (isEnd || (isAhead_ && (!isFull_ || isCut_))) call_ = Call::None;
-  if (isWaiting_ && (call_ == Call::None || held() >= awaited_)) SetEvent(news_);
+  // While pieces are full, many small reads are woken once; should the next not come, who waits looks by itself.
+  const bool isEnough = held() >= awaited_ && (!isFull_ || held() >= kPieceBytes);
+  if (isWaiting_ && (call_ == Call::None || isEnough)) SetEvent(news_);
   return call_ != Call::None;
 }
 
