@@ -1,5 +1,6 @@
 // IAGDCCreator: makes drawing contexts. Ask the plug-in manager for "AGDC.Screen" (draws on a device context of the
-// caller's) or "AGDC.Memory" (draws into a bitmap of its own).
+// caller's) or "AGDC.Memory" (draws into a bitmap of its own); with the plug-in "smooth", for "AGDC.SmoothScreen" or
+// "AGDC.SmoothMemory", whose sizes are above 0.
 //
 //   auto creator = createObject<IAGDCCreator>(manager, L"AGDC.Memory");
 //   auto page = Ref<IAGDC>::adopt(creator->create(0, capability::kGdiPlus, nullptr, 640, 480));
@@ -15,7 +16,7 @@ constexpr u32 kMemoryTarget = 0x80000000;
 constexpr u32 kOtherTarget = 0x40000000;
 constexpr u32 kScreenTarget = 0x20000000;
 constexpr u32 kTargets = kMemoryTarget | kOtherTarget | kScreenTarget;
-constexpr u32 kGdiPlus = 0x00002000;  // smoothing, transforms, transparency: only the GDI+ contexts offer them
+constexpr u32 kGdiPlus = 0x00002000;  // smoothing, transforms, transparency: not in plain GDI
 constexpr u32 kCommon = 0x000013FF;
 }  // namespace capability
 

@@ -1,11 +1,10 @@
 #include "graphics/fonts/FMFontMachine_p.h"
 
+#include "core/baselib/system/CriticalSection.h"
 #include "core/baselib/system/ForeignCall.h"
 #include "graphics/fonts/FontSubstitutors_p.h"
 
 #include <algorithm>
-
-#include <windows.h>
 
 namespace corvix {
 
@@ -14,15 +13,23 @@ namespace {
 constinit IDeclaredFontCreators* declared = nullptr;
 constinit FMFontMachine* current = nullptr;  // the first that was made of those that live
 
+// Held while creators are asked, too: they and what they hold belong to one thread at a time, as all objects do.
+SCriticalSection& machineLock() {
+  static SCriticalSection lock;
+  return lock;
+}
+
 }  // namespace
 
 void setDeclaredFontCreators(IDeclaredFontCreators* creators) noexcept { declared = creators; }
 
 Ref<FMFontMachine> FMFontMachine::shared() {
+  const SCriticalSection::Lock lock(machineLock());
   return current ? Ref<FMFontMachine>::share(current) : make<FMFontMachine>();
 }
 
 FMFontMachine::FMFontMachine() {
+  const SCriticalSection::Lock lock(machineLock());
   own_.push_back(make<SystemFontSubstitutor>());
   own_.push_back(make<FakeSubstitutor>());
   if (!current) current = this;
@@ -34,38 +41,31 @@ FMFontMachine::~FMFontMachine() {
   if (declared) declared->forget();
 }
 
-bool FMFontMachine::begin(Turn& turn) noexcept {
-  const SCriticalSection::Lock lock(lock_);
-  for (const Turn* other = turns_; other; other = other->outer) {
-    if (other->creator == turn.creator && other->thread == turn.thread) return false;
-  }
-  turn.outer = turns_;
-  turns_ = &turn;
-  return true;
+void FMFontMachine::addRef() {
+  const SCriticalSection::Lock lock(machineLock());
+  IFMFontMachine::addRef();
 }
 
-void FMFontMachine::end(Turn& turn) noexcept {
-  const SCriticalSection::Lock lock(lock_);
-  Turn** place = &turns_;
-  while (*place != &turn) place = &(*place)->outer;
-  *place = turn.outer;
+bool FMFontMachine::release() {
+  const SCriticalSection::Lock lock(machineLock());
+  return IFMFontMachine::release();
 }
 
-// Creators are asked outside the lock: they may add and remove others, and ask the machine themselves.
+// Creators may add and remove others, and ask the machine themselves: they are passed over then.
 template <class Ask>
 IFMFont* FMFontMachine::askAll(const FontRequest* request, Ask askIt) {
+  const SCriticalSection::Lock lock(machineLock());
   const auto ask = [&](IFMFontCreator* creator) -> IFMFont* {
-    Turn turn = {creator, GetCurrentThreadId(), nullptr};
-    if (!begin(turn)) return nullptr;
+    for (const Turn* turn = turns_; turn; turn = turn->outer) {
+      if (turn->creator == creator) return nullptr;
+    }
+    const Turn turn = {creator, turns_};
+    turns_ = &turn;
     IFMFont* const font = callForeign(codeOf(creator), L"IFMFontCreator", [&] { return askIt(creator); });
-    end(turn);
+    turns_ = turn.outer;
     return font;
   };
-  Creators added;
-  {
-    const SCriticalSection::Lock lock(lock_);
-    added = added_;
-  }
+  const Creators added = added_;
   for (auto creator = added.rbegin(); creator != added.rend(); ++creator) {
     if (IFMFont* const font = ask(creator->get())) return font;
   }
@@ -104,17 +104,16 @@ IFMFont* FMFontMachine::fontWithGlyph(u32 codePoint, IFMFont* like) {
 
 void FMFontMachine::addCreator(IFMFontCreator* creator) {
   if (!creator) return;
-  const SCriticalSection::Lock lock(lock_);
+  const SCriticalSection::Lock lock(machineLock());
   added_.push_back(Ref<IFMFontCreator>::share(creator));
 }
 
 bool FMFontMachine::removeCreator(IFMFontCreator* creator) {
-  Ref<IFMFontCreator> gone;  // let go outside the lock
-  const SCriticalSection::Lock lock(lock_);
+  const SCriticalSection::Lock lock(machineLock());
   const auto found = std::find_if(added_.rbegin(), added_.rend(),
                                   [creator](const Ref<IFMFontCreator>& one) { return one.get() == creator; });
   if (found == added_.rend()) return false;
-  gone = std::move(*found);
+  const Ref<IFMFontCreator> gone = std::move(*found);  // let go when the list is whole
   added_.erase(std::next(found).base());
   return true;
 }

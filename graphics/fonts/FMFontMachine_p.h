@@ -3,7 +3,6 @@
 
 #include "core/baselib/objects/Ref.h"
 #include "core/baselib/objects/Singleton.h"
-#include "core/baselib/system/CriticalSection.h"
 #include "graphics/fonts/FontFinder.h"
 
 #include <vector>
@@ -32,7 +31,7 @@ class FMFontMachine final : public IFMFontMachine, public IFMFontChooser, public
                   IBSingleton)
 
  public:
-  // The machine of the process, made if there is none; it lasts as long as somebody holds it. [shell thread]
+  // The machine of the process, made if there is none; it lasts as long as somebody holds it. [any thread]
   static Ref<FMFontMachine> shared();
 
   FMFontMachine();
@@ -44,26 +43,24 @@ class FMFontMachine final : public IFMFontMachine, public IFMFontChooser, public
   IFMFont* fontWithGlyph(u32 codePoint, IFMFont* like) override;
   bool removeCreator(IFMFontCreator* creator) override;
 
+  // Text holds it for a moment, on whichever thread it is drawn.
+  void addRef() override;
+  bool release() override;
+
  private:
   using Creators = std::vector<Ref<IFMFontCreator>, HeapAllocator<Ref<IFMFontCreator>>>;
 
-  // A creator that is being asked, and by which thread.
+  // A creator that is being asked.
   struct Turn {
     IFMFontCreator* creator;
-    u32 thread;
-    Turn* outer;
+    const Turn* outer;
   };
-
-  // False when this thread is asking that creator already.
-  bool begin(Turn& turn) noexcept;
-  void end(Turn& turn) noexcept;
 
   // The first font that `ask` gets from a creator.
   template <class Ask>
   IFMFont* askAll(const FontRequest* request, Ask askIt);
 
-  SCriticalSection lock_;
-  Turn* turns_ = nullptr;
+  const Turn* turns_ = nullptr;
   Creators added_;  // the last is asked first
   Creators own_;    // in the order in which they are asked
 };

@@ -1,5 +1,7 @@
 // Fonts by name: what a document asks for, and what it gets. The library's IFMFontMachine is "IFMFontMachine.Instance",
-// one for everybody who creates it. Texts are valid as long as the object that returned them. [one thread at a time]
+// one for everybody who creates it. Texts are valid as long as the object that returned them. A font belongs to one
+// thread at a time. Text asks the machine from every thread that draws, and the machine asks its creators one after the
+// other: a creator does not wait for another thread that draws text.
 #pragma once
 
 #include "core/baselib/objects/SmartObject.h"

@@ -10,6 +10,7 @@
 
 #include <cstring>
 #include <limits>
+#include <thread>
 
 namespace corvix {
 namespace {
@@ -403,6 +404,26 @@ TEST(Text, DrawsGlyphsByTheirPlaces) {
     EXPECT_GE(ink.bottom, 39);
     EXPECT_GE(ink.right, 48);
   }
+}
+
+// All of them ask the one machine for characters that their fonts have not.
+TEST(Text, IsDrawnByThreadsOfTheirOwnFonts) {
+  const Ref<FMFontMachine> machine = FMFontMachine::shared();
+  const u32 refs = machine->refCount();
+  std::vector<std::pair<Ref<IAGDC>, Ref<IFMFont>>> kept;
+  std::vector<std::thread> threads;
+  for (int i = 0; i < 3; ++i) {
+    const Ref<IAGDC> page = makePage(kBoth[i % 2]);
+    const Ref<IFMFont> font = fontFor(i ? L"Helvetica" : L"Courier");
+    threads.emplace_back([page = page.get(), font = font.get()] {
+      for (wchar_t first = 0x4E00; first < 0x5600; first = static_cast<wchar_t>(first + 2)) {
+        EXPECT_TRUE(draw(*page, *font, 12, Matrix::translation(4, 30), {first, static_cast<wchar_t>(first + 1)}));
+      }
+    });
+    kept.push_back({page, font});
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(machine->refCount(), refs);
 }
 
 TEST(Text, LevelsFollowTheUsersSetting) {
