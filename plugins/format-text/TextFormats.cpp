@@ -97,11 +97,16 @@ class TextFormat : public BSmartObject, public IDocFormat {
     const u32 size = from ? readFully(*from, beginning.data(), beginning.size()) : 0;
     const std::string_view bytes(beginning.data(), size);
     const i32 encoding = encodingOf(bytes);
-    return (encoding >= ITextEditor::kUtf16Little && encoding <= ITextEditor::kUtf16BigMarked) ||
-           std::all_of(bytes.begin(), bytes.end(), [](char c) {
-             const auto byte = static_cast<unsigned char>(c);
-             return byte >= 32 || (byte >= '\b' && byte <= '\r') || byte == 27;
-           });
+    if (encoding == ITextEditor::kUtf16LittleMarked || encoding == ITextEditor::kUtf16BigMarked) return true;
+    const bool isLittle = encoding == ITextEditor::kUtf16Little, isBig = encoding == ITextEditor::kUtf16Big;
+    const std::size_t step = isLittle || isBig ? 2 : 1;
+    for (std::size_t i = 0; i + step <= bytes.size(); i += step) {
+      const auto first = static_cast<unsigned char>(bytes[i]);
+      const auto last = static_cast<unsigned char>(bytes[i + step - 1]);
+      const unsigned unit = isLittle ? first | last << 8 : isBig ? first << 8 | last : first;
+      if (unit < 32 && (unit < '\b' || unit > '\r') && unit != 27) return false;
+    }
+    return true;
   }
 };
 

@@ -18,6 +18,7 @@ class KReport final : public BSmartObject, public IBReport {
   const wchar_t* lineAt(i32 index) const noexcept override;
   void clear() noexcept override { lines_.clear(); }
 
+  void addLines(const KReport& from, i32 first);
   void take(KReport& other) noexcept { lines_.swap(other.lines_); }
 
  private:

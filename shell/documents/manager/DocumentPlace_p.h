@@ -4,6 +4,7 @@
 #include "core/baselib/Api.h"
 
 #include <string>
+#include <string_view>
 
 namespace corvix {
 
@@ -41,5 +42,8 @@ bool isWritable(const std::wstring& path) noexcept;
 
 // What the system says to an error: a sentence.
 std::wstring systemText(u32 error);
+
+// As names stand in sentences.
+inline std::wstring quoted(std::wstring_view text) { return L'"' + std::wstring(text) + L'"'; }
 
 }  // namespace corvix

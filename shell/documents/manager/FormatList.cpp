@@ -2,6 +2,7 @@
 
 #include "shell/documents/FileFilter.h"
 #include "shell/modules/KClassFactoryLocal_p.h"
+#include "shell/services/KReport_p.h"
 
 #include <algorithm>
 
@@ -173,6 +174,16 @@ i32 likelihoodOf(const DeclaredFormat& format, const u8* beginning, u32 size, st
   if (longest) return static_cast<i32>(Likelihood::Magic) + static_cast<i32>(longest);
   if (fitsPattern(format.pattern(), fileName)) return static_cast<i32>(Likelihood::Pattern);
   return static_cast<i32>(hasMagic ? Likelihood::None : Likelihood::Rest);
+}
+
+Ref<IDocFormat> makeFormat(const DeclaredFormat& format, KReport& report) {
+  const auto object = Ref<IBSmartObject>::adopt(format.entry->createObject());
+  auto result = object.as<IDocFormat>();
+  if (result) return result;
+  const ICreationReport* const creation = query<ICreationReport>(format.entry);
+  const std::wstring why = object ? L"it is no IDocFormat" : creation ? creation->reason() : L"it cannot be made";
+  report.addLine((std::wstring(format.textForUser()) + L": " + why).c_str());
+  return {};
 }
 
 }  // namespace corvix

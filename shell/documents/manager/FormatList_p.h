@@ -2,12 +2,16 @@
 #pragma once
 
 #include "core/baselib/objects/Collection.h"
+#include "core/baselib/objects/Ref.h"
 #include "shell/PluginManager.h"
+#include "shell/documents/DocFormat.h"
 
 #include <string_view>
 #include <vector>
 
 namespace corvix {
+
+class KReport;
 
 struct DeclaredFormat {
   IPluginInterface* entry;
@@ -47,6 +51,9 @@ class FormatList {
  private:
   std::vector<DeclaredFormat> formats_;
 };
+
+// Null, and a line in the report, when it cannot be made or is none.
+Ref<IDocFormat> makeFormat(const DeclaredFormat& format, KReport& report);
 
 // A Likelihood, larger for a longer beginning.
 i32 likelihoodOf(const DeclaredFormat& format, const u8* beginning, u32 size, std::wstring_view fileName) noexcept;

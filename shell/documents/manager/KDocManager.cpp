@@ -1,13 +1,10 @@
 #include "shell/documents/manager/KDocManager_p.h"
 
 #include "core/baselib/streams/BufferedOutputStream.h"
-#include "core/baselib/streams/ChunkInputStream.h"
 #include "core/baselib/system/Log.h"
 #include "core/baselib/system/PartFile_p.h"
 #include "shell/GlobalEvent.h"
-#include "shell/Locations.h"
-#include "shell/documents/DocFormat.h"
-#include "shell/documents/manager/FormatList_p.h"
+#include "shell/documents/manager/DocumentReader_p.h"
 #include "shell/documents/manager/WatchedStreams_p.h"
 #include "shell/history/StateHistory.h"
 #include "shell/language/Sentence.h"
@@ -21,20 +18,6 @@ namespace corvix {
 namespace {
 
 constexpr wchar_t kCaption[] = L"Teldane Quill";
-
-std::wstring quoted(std::wstring_view text) { return L'"' + std::wstring(text) + L'"'; }
-
-constexpr wchar_t kNoTexts[] = L": its documents do not tell their location, title and format";
-
-// What is shown and compared; a document has all of them, empty or not.
-bool hasTexts(IDocument& document) {
-  return callForeign(codeOf(&document), L"IDocument",
-                     [&] { return document.location() && document.title() && document.formatName(); });
-}
-
-void copyLines(const KReport& from, i32 index, KReport& to) {
-  for (; index < from.lineCount(); ++index) to.addLine(from.lineAt(index));
-}
 
 class DocumentEvent final : public BSmartObject, public IGlobalEvent, public IDocumentEvent {
   CORVIX_IDENTITY(DocumentEvent, 0x95471B69, 0x52AECF2D, 0xA1A89DD8, 0xADC34A53, BSmartObject, IGlobalEvent,
@@ -58,7 +41,7 @@ class DocumentEvent final : public BSmartObject, public IGlobalEvent, public IDo
 // From the beginning to the end of one operation: what it reports is the manager's report then, and in the log.
 class KDocManager::Operation {
  public:
-  explicit Operation(KDocManager& manager) : manager_(manager), report_(corvix::make<KReport>()) {}
+  explicit Operation(KDocManager& manager) : manager_(manager), report_(make<KReport>()) {}
   ~Operation() {
     for (i32 i = 0; i < report_->lineCount(); ++i) sWriteLog(L"%s\n", report_->lineAt(i));
     std::swap(manager_.report_, report_);
@@ -77,7 +60,7 @@ class KDocManager::Operation {
   Ref<KReport> report_;
 };
 
-KDocManager::KDocManager(IShell& shell) : shell_(shell), report_(corvix::make<KReport>()), recent_(*shell.settings()) {}
+KDocManager::KDocManager(IShell& shell) : shell_(shell), report_(make<KReport>()), recent_(*shell.settings()) {}
 
 KDocManager::~KDocManager() = default;
 
@@ -110,7 +93,7 @@ IDocument* KDocManager::documentAt(i32 index) const noexcept {
 // What cannot be told, for lack of memory, is in the log: the operation itself was done.
 void KDocManager::tell(const wchar_t* event, IDocument* document, const std::wstring& location) {
   try {
-    shell_.pluginManager()->raiseEvent(*corvix::make<DocumentEvent>(event, document, location));
+    shell_.pluginManager()->raiseEvent(*make<DocumentEvent>(event, document, location));
   } catch (const std::bad_alloc&) {
     sWriteLog(L"%s was not told to everybody: memory is short.\n", event);
   }
@@ -152,132 +135,6 @@ IBCollection* KDocManager::dialogFilters(bool forWriting) {
   return FormatList(*shell_.pluginManager()).filters(forWriting);
 }
 
-Ref<IDocFormat> KDocManager::make(const DeclaredFormat& format, KReport& report) {
-  const auto object = Ref<IBSmartObject>::adopt(format.entry->createObject());
-  auto result = object.as<IDocFormat>();
-  if (result) return result;
-  const ICreationReport* const creation = corvix::query<ICreationReport>(format.entry);
-  const std::wstring why = object ? L"it is no IDocFormat" : creation ? creation->reason() : L"it cannot be made";
-  report.addLine((std::wstring(format.textForUser()) + L": " + why).c_str());
-  return {};
-}
-
-Ref<IDocument> KDocManager::readBy(const DeclaredFormat& format, IDocFormat& object, BRAInputStream& stream,
-                                   KReport& report) {
-  const i32 before = report.lineCount();
-  const auto read = callForeign(codeOf(&object), L"IDocFormat", [&] {
-    stream.seek(0);
-    return Ref<IBSmartObject>::adopt(object.readDocument(&stream, &report));
-  });
-  auto document = read.as<IDocument>();
-  if (!document && report.lineCount() == before)
-    report.addLine(
-        (std::wstring(format.textForUser()) + (read ? L": what it reads is no document" : L": it cannot read it"))
-            .c_str());
-  return document;
-}
-
-// Those that are likely alike are asked how sure they are; who is not sure at all is not asked to read.
-Ref<IDocument> KDocManager::read(const DocumentPlace& place, bool& writes, KReport& report) {
-  const auto opened = Ref<IBStream>::adopt(openLocation(*shell_.pluginManager(), place.location.c_str()));
-  auto source = opened.as<BRAInputStream>();
-  if (const auto forward = opened.as<BInputStream>(); forward && !source)
-    source = corvix::make<BChunkInputStream>(forward);
-  if (!source || !source->isOpen()) {
-    report.addLine(L"Nothing can be read there.");
-    return {};
-  }
-  u8 beginning[FormatList::kLongestMagic];
-  const u32 known = readFully(*source, beginning, sizeof beginning);
-
-  const FormatList formats(*shell_.pluginManager());
-  struct Candidate {
-    const DeclaredFormat* format;
-    i32 likelihood;
-    Ref<IDocFormat> object;
-    i32 sureness;
-  };
-  std::vector<Candidate> candidates;
-  for (const DeclaredFormat& one : formats.all()) {
-    const i32 likelihood = one.reads ? likelihoodOf(one, beginning, known, place.title) : 0;
-    if (likelihood) {
-      candidates.push_back({&one, likelihood, {}, 0});
-    } else if (one.reads) {
-      report.addLine(
-          (std::wstring(one.textForUser()) + L": it neither begins nor is called as such files are").c_str());
-    }
-  }
-  std::stable_sort(candidates.begin(), candidates.end(),
-                   [](const Candidate& a, const Candidate& b) { return a.likelihood > b.likelihood; });
-
-  ShownProgress progress(shell_, source->size());
-  const auto stream = corvix::make<WatchedInputStream>(source, progress, place.location);
-  struct LettingGo {
-    WatchedInputStream& stream;
-    ~LettingGo() { stream.letGo(); }
-  } const lettingGo{*stream};
-
-  // Of those that should have read it, why they did not. Who is not sure leaves it to his like, not to those who know
-  // nothing of such files.
-  const auto refused = corvix::make<KReport>(), unsure = corvix::make<KReport>();
-  const auto isExpected = [](const Candidate& one) { return one.likelihood >= static_cast<i32>(Likelihood::Pattern); };
-  for (auto first = candidates.begin(); first != candidates.end();) {
-    const auto last = std::find_if(first, candidates.end(),
-                                   [&](const Candidate& one) { return one.likelihood != first->likelihood; });
-    for (auto one = first; one != last; ++one) {
-      const i32 before = report.lineCount();
-      one->object = make(*one->format, report);
-      if (!one->object) {
-        if (isExpected(*one)) copyLines(report, before, *refused);
-        continue;
-      }
-      one->sureness = callForeign(codeOf(one->object.get()), L"IDocFormat", [&] {
-        stream->seek(0);
-        return std::clamp(one->object->probe(stream.get()), 0, 255);
-      });
-      if (!one->sureness) report.addLine((std::wstring(one->format->textForUser()) + L": it is none of these").c_str());
-      if (isExpected(*one)) copyLines(report, before, *unsure);
-    }
-    std::stable_sort(first, last, [](const Candidate& a, const Candidate& b) { return a.sureness > b.sureness; });
-    for (; first != last; ++first) {
-      if (first->sureness && !progress.isStopped()) {
-        const i32 before = report.lineCount();
-        const auto document = readBy(*first->format, *first->object, *stream, report);
-        if (document && !progress.isStopped()) {
-          writes = first->format->writes;
-          if (const auto placed = document.as<IDocumentPlace>()) {
-            const bool isReadOnly = !writes || place.path.empty() || !isWritable(place.path);
-            placed->setPlace(place.location.c_str(), place.title.c_str(), first->format->name(), isReadOnly);
-          }
-          if (hasTexts(*document)) {
-            const auto told = corvix::make<KReport>();
-            if (!isExpected(*first)) copyLines(*unsure, 0, *refused);
-            if (refused->lineCount())
-              told->addLine(
-                  (quoted(place.title) + L" was opened as " + std::wstring(first->format->textForUser()) + L'.')
-                      .c_str());
-            copyLines(*refused, 0, *told);
-            copyLines(report, before, *told);
-            report.take(*told);
-            return document;
-          }
-          report.addLine((std::wstring(first->format->textForUser()) + kNoTexts).c_str());
-        }
-        if (isExpected(*first)) copyLines(report, before, *refused);
-      }
-      first->object.reset();
-    }
-    if (progress.isStopped()) break;
-  }
-  if (progress.isStopped()) {
-    report.clear();
-    report.addLine(L"It was stopped.");
-  } else if (candidates.empty()) {
-    report.addLine(L"No format is there that could read it: plug-ins bring them.");
-  }
-  return {};
-}
-
 IDocument* KDocManager::list(Ref<IDocument> document, const DocumentPlace& place, const FileState& state) {
   IDocument* const listed = document.get();
   rows_.push_back({std::move(document), place, state, false});
@@ -303,13 +160,12 @@ IDocument* KDocManager::openDocument(const wchar_t* location) {
   FileState state;
   if (const u32 error = place.path.empty() ? 0 : stateOf(place.path, state))
     return operation.fail(cannot + L' ' + systemText(error));
-  bool writes = false;
-  const auto document = read(place, writes, operation.report());
+  const auto document = DocumentReader(shell_, place, operation.report()).read();
   if (!document) {
-    const auto reasons = corvix::make<KReport>();
+    const auto reasons = make<KReport>();
     reasons->take(operation.report());
     operation.fail(cannot);
-    copyLines(*reasons, 0, operation.report());
+    operation.report().addLines(*reasons, 0);
     return nullptr;
   }
   if (Row* const row = findFile(place)) return row->document.get();  // somebody was faster, while progress was shown
@@ -329,7 +185,7 @@ IDocument* KDocManager::newDocument(const wchar_t* formatName) {
   const FormatList formats(*shell_.pluginManager());
   const DeclaredFormat* const format = formats.find(formatName ? formatName : L"");
   if (!format) return operation.fail(quoted(formatName ? formatName : L"") + L" is no format that a plug-in declares.");
-  const auto object = make(*format, operation.report());
+  const auto object = makeFormat(*format, operation.report());
   if (!object) return nullptr;
   const auto made = callForeign(codeOf(object.get()), L"IDocFormat",
                                 [&] { return Ref<IBSmartObject>::adopt(object->createDocument()); });
@@ -339,7 +195,7 @@ IDocument* KDocManager::newDocument(const wchar_t* formatName) {
   const std::wstring title = sentence(L"Untitled %1", std::to_wstring(untitled_ + 1));
   if (const auto placed = document.as<IDocumentPlace>())
     placed->setPlace(L"", title.c_str(), format->name(), !format->writes);
-  if (!hasTexts(*document)) return operation.fail(std::wstring(format->textForUser()) + kNoTexts);
+  if (!hasTexts(*document, *format, operation.report())) return nullptr;
   IDocument* const open = list(std::move(document), {{}, title, {}}, {});
   ++untitled_;
   tell(L"Document.Opened", open, {});
@@ -473,19 +329,19 @@ bool KDocManager::write(IDocument& document, const DocumentPlace& place, const D
     if (ask(DocQuestion::OverwriteChanged, document, question) != DocAnswer::Yes)
       return fail(L"It was changed by another program.");
   }
-  const auto object = make(format, report);
+  const auto object = makeFormat(format, report);
   if (!object) return false;
 
   u32 error = 0;
   PartFile part(place.path.c_str(), &error);
   if (!part) return fail(systemText(error));
-  const auto file = corvix::make<BFileOutputStream>();
+  const auto file = make<BFileOutputStream>();
   if (!file->open(part.path(), BFileOutputStream::Existing::Modify)) return fail(systemText(GetLastError()));
   bool isWritten = false;
   {
     ShownProgress progress(shell_, 0);
-    const auto watched = corvix::make<WatchedOutputStream>(file, progress);
-    const auto stream = corvix::make<BBufferedOutputStream>(watched);
+    const auto watched = make<WatchedOutputStream>(file, progress);
+    const auto stream = make<BBufferedOutputStream>(watched);
     isWritten = callForeign(codeOf(object.get()), L"IDocFormat",
                             [&] { return object->writeDocument(&document, stream.get(), &report); });
     isWritten = isWritten && stream->flush();

@@ -10,9 +10,6 @@
 
 namespace corvix {
 
-class BRAInputStream;
-class FormatList;
-class IDocFormat;
 struct DeclaredFormat;
 
 class KDocManager final : public BSmartObject, public IDocManager {
@@ -58,9 +55,6 @@ class KDocManager final : public BSmartObject, public IDocManager {
   DocAnswer ask(DocQuestion question, IDocument& document, const std::wstring& text);
   std::wstring sentence(const wchar_t* text, std::wstring_view part) const;  // in the user's language
 
-  Ref<IDocument> read(const DocumentPlace& place, bool& writes, KReport& report);
-  Ref<IDocument> readBy(const DeclaredFormat& format, IDocFormat& object, BRAInputStream& stream, KReport& report);
-  Ref<IDocFormat> make(const DeclaredFormat& format, KReport& report);
   bool save(IDocument& document, const DocumentPlace& place, const DeclaredFormat& format, KReport& report);
   bool write(IDocument& document, const DocumentPlace& place, const DeclaredFormat& format, KReport& report);
 

@@ -103,6 +103,7 @@ TEST_F(TextFormatTest, RefusesWhatIsNoText) {
   using namespace std::string_view_literals;
   const std::pair<std::string_view, const char*> rows[] = {
       {"a\0bcdef"sv, "Text: it is none of these"},
+      {"\0\1\2\3"sv, "Text: it is none of these"},
       {"\xFF\xFE"
        "a"sv,
        "ends in the middle of a unit"},
