@@ -149,7 +149,7 @@ mutate: setup
 bench:
 	@scripts/setup bench
 	$(call build,$(X64)bench)
-	@scripts/wine-run build/$(X64)bench/bin/corvix-bench.exe --json build/$(X64)bench.json $(ARGS)
+	@scripts/bench build/$(X64)bench/bin/corvix-bench.exe build/$(X64)bench.json $(ARGS)
 
 clang: setup
 	$(call build,$(X64)clang)

@@ -60,11 +60,16 @@ bool write(const std::string& path, const std::vector<Row>& rows, const std::set
   return file.good();
 }
 
-int run(const std::vector<std::string>& wanted, const std::string& json, const std::string& acceptedPath) {
+std::vector<const Area*> allAreas() {
   std::vector<const Area*> areas;
   for (const Area* area = Area::first; area; area = area->next) areas.push_back(area);
   std::sort(areas.begin(), areas.end(),
             [](const Area* a, const Area* b) { return std::string_view(a->name) < b->name; });
+  return areas;
+}
+
+int run(const std::vector<std::string>& wanted, const std::string& json, const std::string& acceptedPath) {
+  const std::vector<const Area*> areas = allAreas();
   for (const std::string& name : wanted) {
     if (std::none_of(areas.begin(), areas.end(), [&](const Area* area) { return name == area->name; }))
       throw std::runtime_error("there is no area \"" + name + "\"");
@@ -102,7 +107,12 @@ int main(int argc, char** argv) {
   app.add_option("--json", json, "Also write the rows to this file");
   app.add_option("--area", wanted, "Only these areas");
   app.add_option("--accepted", accepted, "The rows that may miss");
+  const CLI::Option* const listed = app.add_flag("--areas", "Only say which areas there are");
   CLI11_PARSE(app, argc, argv);
+  if (*listed) {
+    for (const Area* area : allAreas()) std::cout << area->name << '\n';
+    return 0;
+  }
   try {
     return run(wanted, json, accepted);
   } catch (const std::exception& exception) {

@@ -104,7 +104,7 @@ u64 catalogueCheck(const unsigned char* bytes, u64 size) noexcept {
     sum = (sum ^ word) * 0x85EBCA6B;
     sum ^= sum >> 15;
   };
-  constexpr u64 kStep = kSums * sizeof(u32);
+  constexpr u64 kStep = u64{kSums} * sizeof(u32);
   u64 at = 0;
   for (; at + kStep <= size; at += kStep) {
     for (u32 i = 0; i < kSums; ++i) add(sums[i], bytes + at + i * sizeof(u32));

@@ -59,7 +59,7 @@ Ref<IDocument> DocumentReader::read() {
     for (; first != last; ++first) {
       if (first->sureness && !progress.isStopped()) {
         const i32 before = report_.lineCount();
-        const auto document = readBy(*first, *stream);
+        auto document = readBy(*first, *stream);
         if (document && !progress.isStopped() && settle(*first, document)) {
           tellOf(*first, before);
           return document;
