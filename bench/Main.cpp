@@ -107,9 +107,10 @@ int main(int argc, char** argv) {
   app.add_option("--json", json, "Also write the rows to this file");
   app.add_option("--area", wanted, "Only these areas");
   app.add_option("--accepted", accepted, "The rows that may miss");
-  const CLI::Option* const listed = app.add_flag("--areas", "Only say which areas there are");
+  bool listsAreas = false;
+  app.add_flag("--areas", listsAreas, "Only say which areas there are");
   CLI11_PARSE(app, argc, argv);
-  if (*listed) {
+  if (listsAreas) {
     for (const Area* area : allAreas()) std::cout << area->name << '\n';
     return 0;
   }
