@@ -32,6 +32,7 @@ function(corvix_room)
     # that is several times faster than on the x87 stack.
     if(folder MATCHES "^graphics" AND room_SOURCES AND NOT MSVC)
         set_property(SOURCE ${room_SOURCES} TARGET_DIRECTORY corvix-objects APPEND PROPERTY COMPILE_OPTIONS -msse2 -mfpmath=sse)
+        set_property(SOURCE ${room_SOURCES} TARGET_DIRECTORY corvix-objects PROPERTY SKIP_PRECOMPILE_HEADERS ON) # which have not these options
     endif()
     if(room_WIDE)
         corvix_set_wide_options(corvix-objects ${room_WIDE})
@@ -94,6 +95,7 @@ get_property(CORVIX_PUBLIC_HEADERS GLOBAL PROPERTY corvix_public_headers)
 
 target_compile_definitions(corvix-objects PUBLIC CORVIX_BUILDING PRIVATE UNICODE _UNICODE WIN32_LEAN_AND_MEAN NOMINMAX _WIN32_WINNT=0x0601)
 target_include_directories(corvix-objects PUBLIC "${PROJECT_SOURCE_DIR}")
+corvix_precompile(corvix-objects <algorithm> <atomic> <memory> <string> <string_view> <vector> <windows.h>)
 
 # zlib goes into the library, so that no further file has to be shipped.
 find_library(CORVIX_ZLIB NAMES libz.a REQUIRED)
