@@ -20,6 +20,7 @@
 #include <fstream>
 #include <iterator>
 #include <map>
+#include <tuple>
 
 namespace {
 
@@ -50,6 +51,17 @@ IFMFont* fontOf(const std::string& path) {
 }
 
 Matrix toMatrix(const Six& six) { return {six.a, six.b, six.c, six.d, six.e, six.f}; }
+
+// Kept, as each scene is drawn seven times.
+const std::vector<Color>& pixelsOf(const std::string& kind, int width, int height) {
+  static std::map<std::tuple<std::string, int, int>, std::vector<Color>> known;
+  std::vector<Color>& pixels = known[{kind, width, height}];
+  if (pixels.empty()) {
+    for (int y = 0; y < height; ++y)
+      for (int x = 0; x < width; ++x) pixels.push_back(pixelOf(kind, width, height, x, y));
+  }
+  return pixels;
+}
 
 class Drawing final : public Canvas {
  public:
@@ -131,10 +143,9 @@ class Drawing final : public Canvas {
  private:
   Ref<IAGImage> made(const std::string& kind, int width, int height) {
     auto image = Ref<IAGImage>::adopt(page_.createImage(width, height, ColorModel::Argb, 0));
-    for (int y = 0; image && y < height; ++y) {
-      auto* const row = reinterpret_cast<Color*>(image->row(y));
-      for (int x = 0; x < width; ++x) row[x] = pixelOf(kind, width, height, x, y);
-    }
+    auto pixel = pixelsOf(kind, width, height).begin();
+    for (int y = 0; image && y < height; ++y, pixel += width)
+      std::copy_n(pixel, width, reinterpret_cast<Color*>(image->row(y)));
     return image;
   }
 

@@ -1,16 +1,21 @@
 #!/usr/bin/env python3
 """corvix-desk as its user has it, driven by steps: desk_test.py BIN_FOLDER SCRATCH_FOLDER PLUGIN,... EMULATOR...
 
+EMULATOR ends with corvix-on-desktop and the name of a desktop.
+
 Every row runs in a copy of its own with those plug-ins, so that settings, window places and the log are its own. Pictures
 are left in the scratch folder; docs/ has copies of some.
 """
 import re
 import shutil
+import subprocess
 import sys
 
 sys.dont_write_bytecode = True
 import desk as desks  # noqa: E402
-from desk import Desk, bin_folder, checkout, complain, plugins  # noqa: E402
+from desk import Desk, bin_folder, checkout, complain, emulator, plugins  # noqa: E402
+
+keeper = subprocess.Popen(emulator, stdin=subprocess.PIPE)  # of the desktop that the emulator puts programs on
 
 # What only shows what plug-ins declare loads none of them.
 desk = Desk("looks")
@@ -302,4 +307,5 @@ key Esc
 wait idle
 quit
 """)
+keeper.communicate()
 sys.exit(desks.wrong != 0)
