@@ -306,7 +306,7 @@ TEST_F(StreamContract, EveryWriterWritesTheSame) {
   writeAll(memory);
   EXPECT_TRUE(std::string(reinterpret_cast<const char*>(memory.data()), memory.size()) == expected);
 
-  for (const u32 buffer : {1u, 7u, 100000u}) {
+  for (const u32 buffer : {0u, 1u, 7u, 100000u}) {
     const auto receiver = make<BMemoryOutputStream>();
     BBufferedOutputStream buffered(receiver, buffer);
     writeAll(buffered);
