@@ -1,12 +1,14 @@
 #!/usr/bin/env python3
-"""Compares the slot orders of the public interfaces, by the rules of the Microsoft compiler, with slots.txt, for both word sizes.
+"""Compares the slots of the public interfaces, by the rules of the Microsoft compiler, with slots.txt, for both word sizes: their
+order, and what each gives and takes.
 
 check_slots.py CHECKOUT [--write]     (--write prints what slots.txt would have to say)
 
-Every class of the public headers that has an identity must be listed there unless it is final; others with slots may be.
+Every class of the public headers that has an identity, or is the first of its line with slots, must be listed there unless it is
+final; others with slots may be.
 
-Programs and plug-ins of other compilers call these slots by number: an order never changes. (GCC puts two
-destructors where that compiler has one; modules of the two cannot be mixed.)
+Programs and plug-ins of other compilers call these slots by number, with arguments of these types: neither ever changes. (GCC
+puts two destructors where that compiler has one; modules of the two cannot be mixed.)
 """
 import pathlib
 import re
@@ -35,6 +37,11 @@ def listed():
             classes.append((name, header, []))
             slots[name] = classes[-1][2]
     return classes
+
+
+def name_of(slot):
+    """The operation of a slot, without what it takes and gives."""
+    return re.search(r"\w+(?=\(|$)", slot).group()
 
 
 def above(name, bases):
@@ -73,6 +80,12 @@ def tables(checkout, source, processor):
     return run.stdout
 
 
+def spelt(slot):
+    """As slots.txt has it: what the operation gives and takes, by the names that the header has for the types."""
+    own = re.sub(r"(\w+::)+(?=\w+\()", "", slot.split(" [")[0], count=1)
+    return re.sub(r"(::)?corvix::", "", own)
+
+
 def primary_slots(dump, name):
     """The operations of the class's own table: the one that starts with the destructor, or the first."""
     found = []
@@ -81,8 +94,7 @@ def primary_slots(dump, name):
         if not re.search(rf"'corvix::{name}'(?: \(|$)|in 'corvix::{name}' \(", heading):
             continue
         slots = [m.group(1) for m in re.finditer(r"(?m)^ +\d+ \| (.*)$", table.split("Thunks for")[0].split("VFTable indices")[0])]
-        operations = [re.sub(r".*?::(~?\w+)\(.*", r"\1", s) for s in slots if not s.endswith(" RTTI")]
-        found.append(["destructor" if o.startswith("~") else o for o in operations])
+        found.append(["destructor" if "::~" in slot else spelt(slot) for slot in slots if not slot.endswith(" RTTI")])
     with_destructor = [slots for slots in found if slots and slots[0] == "destructor"]
     return (with_destructor or found or [[]])[0]
 

@@ -37,6 +37,7 @@ NEEDS_NONE = {
     "IDocumentPlace.setPlace": "the manager calls it, in the row of documents",
     "ISettingListener.onSettingChanged": TOLD,
     "ITextTarget": "drawText and its like call it, in the rows of text",
+    "QueryVisitor": TOLD,
     "SCriticalSection": "the system makes it a few words that are there already",
     "TimerData": "there is one, timerData, in the row of timers",
     "dataCSProc": PLAIN,
@@ -46,8 +47,8 @@ NEEDS_NONE = {
     "stype_info": PLAIN,
 }
 
-EXPORTED_CLASS = re.compile(r"\bclass\s+CORVIX_API\s+(\w+)")
-EXPORTED_FUNCTION = re.compile(r"\bCORVIX_API\s+[^;{}()=]*?(\w+)\s*\(")
+EXPORTED_CLASS = re.compile(r"\b(?:class|struct)\s+CORVIX_API\s+(\w+)")
+EXPORTED_FUNCTION = re.compile(r"^(?:\S[^;{}()\n]*)?\bCORVIX_API\s+[^;{}()=]*?(\w+)\s*\(", re.M)
 USES = re.compile(r"\b(\w+)\b")
 
 
@@ -59,12 +60,11 @@ def public_headers(checkout):
 
 
 def exported(checkout):
-    """What the headers export outside of classes: those and their members are told apart by the indentation."""
+    """What the headers export outside of classes: functions and members are told apart by the indentation."""
     for path in public_headers(checkout):
-        for line in identities.without_comments(path.read_text(encoding="utf-8")).splitlines():
-            found = EXPORTED_CLASS.search(line) or (EXPORTED_FUNCTION.search(line) if line[:1] != " " else None)
-            if found:
-                yield found.group(1), path.relative_to(checkout)
+        text = identities.without_comments(path.read_text(encoding="utf-8"))
+        for name in EXPORTED_CLASS.findall(text) + EXPORTED_FUNCTION.findall(text):
+            yield name, path.relative_to(checkout)
 
 
 def operations():
@@ -75,7 +75,7 @@ def operations():
         known[name] = list(slots)
         for slot in slots[len(inherited):]:
             if slot != "destructor":
-                yield name, slot, header
+                yield name, check_slots.name_of(slot), header
 
 
 def implemented(checkout):

@@ -3,11 +3,11 @@ import collections
 import pathlib
 import re
 
-# A class with one or more bases and its CORVIX_IDENTITY: where it stands, what it says (None where it has none), and the
-# names in the list of bases that the class declares, in their order.
+# A class with one or more bases, an identity or an operation that begins with `virtual`: where it stands, what its
+# CORVIX_IDENTITY says (None where it has none), and the names in the list of bases that the class declares, in their order.
 Class = collections.namedtuple("Class", "path line name words bases declared is_root is_final")
 
-CLASS = re.compile(r"\b(?:class|struct)\s+(?:CORVIX_API\s+)?(\w+)(?:<[^;{]*?>)?\s*(final\s*)?(?::\s*([^;{]*?))?\s*\{")
+CLASS = re.compile(r"\b(?:class|struct)\s+(?:(?:CORVIX_API|\[\[[^\]]*\]\]|alignas\([^)]*\))\s*)*(\w+)(?:<[^;{]*?>)?\s*(final\s*)?(?::\s*([^;{]*?))?\s*\{")
 LINE = re.compile(r"\bCORVIX_IDENTITY(_ROOT)?\(([^()]*)\)")
 
 
@@ -42,7 +42,7 @@ def in_file(checkout, path):
             parts = [part.strip() for part in line.group(2).replace("\n", " ").split(",")]
             yield Class(path, number, parts[0], words_of(parts[1:5]), names_in(" ".join(parts[5:])), declared,
                         bool(line.group(1)), bool(head.group(2)))
-        elif declared:
+        elif declared or re.search(r"\bvirtual\b", text[head.end():end]):
             yield Class(path, number, head.group(1), None, [], declared, False, bool(head.group(2)))
 
 
@@ -55,6 +55,6 @@ def in_tree(checkout, *folders):
 
 
 def public(checkout):
-    """Those with an identity in the public headers."""
+    """Those with an identity, or slots that no base has, in the public headers."""
     return [one for one in in_tree(checkout, "core", "shell", "graphics")
-            if one.words and one.path.endswith(".h") and not one.path.endswith("_p.h")]
+            if (one.words or not one.declared) and one.path.endswith(".h") and not one.path.endswith("_p.h")]
