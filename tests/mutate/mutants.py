@@ -24,7 +24,7 @@ MUTANTS = [
            "native", "IdentityWalk.*"),
     Mutant(BASELIB + "objects/ListenerList.cpp", "levels_.upper_bound(priority)", "levels_.lower_bound(priority)",
            "native", "NotifySenderTest.*"),
-    Mutant(BASELIB + "objects/ListenerList.cpp", "repeat->toldBy = entry->toldBy;", "", "native", "NotifySenderTest.*"),
+    Mutant(BASELIB + "objects/ListenerList.cpp", "repeat->toldBy = entry->toldBy;", "", "native", "NotifySenderRule.*"),
     Mutant(BASELIB + "objects/ListenerList.cpp", "if (isNeeded(*entry)) {\n    entry->previous", "if (false) {\n    entry->previous", "native", "NotifySenderTest.*"),
     Mutant(BASELIB + "objects/SmartObject.cpp", "everybody.hasListeners() ? deliverDestroy(everybody, &object) : own", "own",
            "native", "SmartObject.*"),
