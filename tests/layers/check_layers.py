@@ -4,7 +4,8 @@
 Includes point down the layers and, in the base library, down its floors; no folders include each other in a circle. A
 header is public, and installed, unless it is called X_p.h; an X_p.h is private to its folder unless it is listed here.
 What is outside the library includes public headers, but for those whose sources it compiles into itself.
-No source asks for the compiler's type information, and one header alone has operators for `new`.
+Every source is in a build list. None asks for the compiler's type information, and one header alone has operators for
+`new`.
 """
 import collections
 import pathlib
@@ -120,6 +121,16 @@ def sources(checkout, *folders):
     return sorted(path.relative_to(checkout).as_posix() for path in files if path.suffix in (".h", ".cpp"))
 
 
+def unbuilt(checkout, paths):
+    """Sources that no build list of their folder, one above it or in cmake/ names."""
+    shared = "".join(file.read_text(encoding="utf-8") for file in checkout.glob("cmake/*.cmake"))
+    for path in paths:
+        above = [folder / "CMakeLists.txt" for folder in (checkout / path).parents if inside(str(folder), str(checkout))]
+        lists = shared + "".join(file.read_text(encoding="utf-8") for file in above if file.is_file())
+        if path.endswith(".cpp") and not re.search(rf"(?<![\w-]){re.escape(path.rpartition('/')[2])}", lists):
+            yield path
+
+
 def includes(line, checkout):
     """(header of the checkout, None), (None, header of others), or a pair of None."""
     found = INCLUDE.match(line)
@@ -181,7 +192,10 @@ def faults(checkout):
                 yield f"{here} {fault}"
     for header in sorted(set(SHARED) - shared):
         yield f"{header}: is shared by this check, but nobody outside its folder includes it"
-    for path in sources(checkout, *OUTSIDE):
+    outside = sources(checkout, *(folder for folder in OUTSIDE if "/" not in folder))
+    for path in unbuilt(checkout, paths + outside):
+        yield f"{path}:1: no build list names it"
+    for path in outside:
         own = room(path, OUTSIDE)
         for number, line in enumerate((checkout / path).read_text(encoding="utf-8").splitlines(), 1):
             target, _ = includes(line, checkout)
@@ -195,7 +209,7 @@ def faults(checkout):
 
 
 def main():
-    found = list(faults(pathlib.Path(sys.argv[1])))
+    found = list(faults(pathlib.Path(sys.argv[1]).resolve()))
     print("\n".join(found) or "every include points down")
     return 1 if found else 0
 

@@ -3,6 +3,7 @@
 #include "core/baselib/memory/AutoRealizePool.h"
 #include "core/baselib/memory/Hibernatable.h"
 #include "core/baselib/memory/MemoryManager.h"
+#include "core/baselib/streams/BufferedOutputStream.h"
 #include "core/baselib/streams/FileInputStream.h"
 #include "core/baselib/streams/FileOutputStream.h"
 #include "core/baselib/streams/MemoryInputStream.h"
@@ -13,13 +14,26 @@
 #include "core/baselib/threads/TimerTable.h"
 #include "core/suppliers/RegisteredStreams.h"
 #include "core/suppliers/Supplier.h"
+#include "core/suppliers/decoding/PackDecodeStream.h"
+#include "core/suppliers/decoding/PackParams.h"
 #include "core/xml/XmlbinReader.h"
 #include "graphics/IAGDC.h"
 #include "graphics/IAGDCCreator.h"
-#include "graphics/fonts/FontMachine.h"
+#include "graphics/fonts/FontFinder.h"
+#include "graphics/text/Text.h"
 #include "shell/GlobalEvent.h"
 #include "shell/Locations.h"
+#include "shell/ModuleResources.h"
+#include "shell/ObjectWatch.h"
 #include "shell/Plugin.h"
+#include "shell/documents/BDocument.h"
+#include "shell/documents/DocManager.h"
+#include "shell/history/StateHistory.h"
+#include "shell/history/StateList.h"
+#include "shell/language/Translator.h"
+#include "shell/menus/MenuManager.h"
+#include "shell/services/Report.h"
+#include "shell/services/Secretary.h"
 #include "tests/support/OwnPlugin.h"
 
 #include <gtest/gtest.h>
@@ -107,7 +121,73 @@ const Row kShellRows[] = {
      [] {
        const auto fonts = createObject<IFMFontMachine>(manager(), L"IFMFontMachine.Instance");
        fonts->addCreator(nullptr);
-       return static_cast<bool>(Ref<IFMFont>::adopt(fonts->createFont(nullptr)));
+       const auto chooser = query<IFMFontChooser>(fonts.get());
+       return Ref<IFMFont>::adopt(fonts->createFont(nullptr)) && Ref<IFMFont>::adopt(chooser->createFontFor({})) &&
+              Ref<IFMFont>::adopt(chooser->fontWithGlyph(0, nullptr)) && !chooser->removeCreator(nullptr);
+     }},
+    {"settings without a name",
+     [] {
+       WideString text(L"as before");
+       settings().setValue(nullptr, nullptr, Variant(1));
+       settings().setAttribute(nullptr, nullptr, nullptr, nullptr);
+       settings().watch(nullptr, nullptr, nullptr, 0);
+       return !settings().getAttribute(L"Quality", L"SmartLines", nullptr, text) && text.view() == L"as before";
+     }},
+    {"readResource", [] { return !query<IModuleResources>(&own())->readResource(nullptr); }},
+    {"rowAt",
+     [] {
+       auto* const watch = query<IObjectWatch>(&manager());
+       ObjectsLeft row;
+       return !watch->rowAt(-1, row) && !watch->rowAt(watch->takeStock(), row);
+     }},
+    {"documents",
+     [] {
+       IDocManager& all = *shell().docManager();
+       all.forgetRecent(nullptr);
+       return !all.openDocument(nullptr) && !all.closeDocument(nullptr) && !all.newDocument(nullptr) &&
+              !all.saveDocument(nullptr) && !all.saveDocumentAs(nullptr, nullptr, nullptr) && !all.documentAt(-1) &&
+              !all.documentAt(all.documentCount()) && !all.recentAt(-1) && !all.recentAt(all.recentCount()) &&
+              all.setActiveDocument(nullptr) && !all.activeDocument();
+     }},
+    {"steps",
+     [] {
+       IStateHistory& history = *shell().stateHistory();
+       BDocument document;
+       document.setPlace(nullptr, nullptr, nullptr, false);
+       IStateList& steps = *history.listOf(&document);
+       steps.begin(nullptr);
+       const bool isAdded = steps.add(nullptr);
+       steps.end();
+       history.setActive(nullptr);
+       history.forget(nullptr);
+       return !isAdded && !steps.canGoBack() && steps.isAtSaved() && !history.listOf(nullptr) && !history.goBack();
+     }},
+    {"the language",
+     [] {
+       const auto translator = createObject<IBTranslator>(manager(), L"IBTranslator.Instance");
+       KnownLanguage known{};
+       return !*translator->translate(nullptr) && !*translator->translateIn(nullptr, nullptr) &&
+              translator->setLanguage(nullptr) && !translator->knownAt(-1, known) &&
+              !translator->knownAt(translator->takeStock(), known);
+     }},
+    {"menus",
+     [] {
+       const auto menus = createObject<IMenuManager>(manager(), L"IMenuManager.Instance");
+       return !menus->menu(nullptr) && !menus->menuAt(-1) && !menus->menuAt(menus->menuCount()) &&
+              whenHolds(nullptr, nullptr) && !whenHolds(L"x", nullptr);
+     }},
+    {"a report",
+     [] {
+       const auto object = Ref<IBSmartObject>::adopt(createReport());
+       IBReport& report = *query<IBReport>(object.get());
+       report.addLine(nullptr);
+       return !report.lineAt(-1) && !report.lineAt(report.lineCount()) && reportText(report).empty();
+     }},
+    {"the secretary",
+     [] {
+       const auto secretary = createObject<IBSecretary>(manager(), L"IBSecretary.Instance");
+       secretary->forget(nullptr);
+       return !secretary->keyFor(nullptr, 1);
      }},
 };
 
@@ -180,6 +260,12 @@ const Row kCoreRows[] = {
        return file.open() && file.write(nullptr, 3) == 0 && file.size() == 0 && memory.write(nullptr, 3) == 0 &&
               memory.size() == 0;
      }},
+    {"streams on none",
+     [] {
+       BBufferedOutputStream buffered{Ref<BOutputStream>()};
+       const auto unpacked = Ref<PackDecodeStream>::adopt(PackDecodeStream::create({}, *make<PackParams>()));
+       return !buffered.isOpen() && buffered.write("abc", 3) == 0 && !unpacked->isOpen() && unpacked->readByte() == -1;
+     }},
     {"a stream of nothing",
      [] {
        BMemoryInputStream none(nullptr, 5, BMemoryInputStream::Bytes::Copy);
@@ -229,6 +315,8 @@ TEST(NothingAskedFor, OfDrawing) {
     IAGDC& dc = *page;
     const auto image = Ref<IAGImage>::adopt(dc.createImage(4, 4, ColorModel::Indexed, 8));
     const PixelBox box{0, 0, 1, 1};
+    const auto fonts = createObject<IFMFontMachine>(manager(), L"IFMFontMachine.Instance");
+    const auto font = Ref<IFMFont>::adopt(fonts->createFont(nullptr));
     const struct {
       const char* call;
       bool isRefused;
@@ -258,6 +346,9 @@ TEST(NothingAskedFor, OfDrawing) {
                 {"drawImageThroughMemory", !dc.drawImageThroughMemory(nullptr, 0, 0)},
                 {"userToDevice", !dc.userToDevice(nullptr, 2) && dc.userToDevice(nullptr, 0)},
                 {"deviceToUser", !dc.deviceToUser(nullptr, 2) && dc.deviceToUser(nullptr, 0)},
+                {"drawText", !drawText(dc, *font, 10, Matrix(), nullptr, 3)},
+                {"drawGlyphs", !drawGlyphs(dc, *font, 10, Matrix(), nullptr, 3)},
+                {"textWidth", textWidth(*font, 10, nullptr, 3) == 0},
                 {"row", !image->row(-1) && !image->row(4)},
                 {"setPalette", !image->setPalette(nullptr, 2)},
                 {"pixelColor", !image->pixelColor(0, 0, nullptr)},
