@@ -196,8 +196,8 @@ const Row kCoreRows[] = {
     {"addListener",
      [] {
        BNotifySender sender;
-       sender.addListener(nullptr);
        sender.removeListener(nullptr);
+       sender.addListener(nullptr);
        return sender.listenerCount() == 0;
      }},
     {"broadcast",

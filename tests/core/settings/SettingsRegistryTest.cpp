@@ -205,6 +205,11 @@ TEST_F(SettingsRegistryTest, WhatCouldNotBeReadIsNeverWrittenOver) {
   }
   EXPECT_EQ(registry_.saveAll(*settings_), 0);
   EXPECT_EQ(start(declared), Variant(L"the user's")) << "its values";
+  RegSetValueExW(keyOf(L"G\\I").get(), L"Data", 0, REG_BINARY, reinterpret_cast<const BYTE*>("abc"), 3);
+  EXPECT_EQ(registry_.saveAll(*settings_), 0);
+  DWORD type = 0;
+  RegQueryValueExW(keyOf(L"G\\I").get(), L"Data", nullptr, &type, nullptr, nullptr);
+  EXPECT_EQ(type, DWORD{REG_BINARY}) << "what somebody has put there since the start";
 }
 
 TEST_F(SettingsRegistryTest, AnyNameIsAccepted) {

@@ -68,6 +68,8 @@ TEST(Contexts, TheCallersOwnDrawingHasTheirClipAndOrigin) {
     expectCoverage(*page, kBlack, box({7, 5, 17, 15}), "clipped");
     page->setOrigin(4.6, 3);
     PatBlt(page->deviceContext(), 3, 3, 2, 2, WHITENESS);
+    EXPECT_TRUE(page->setFillColor(kBlack) && page->fillRect(3, 3, 2, 2));
+    expectCoverage(*page, kBlack, box({7, 5, 17, 15}), "drawn right behind it");
     EXPECT_TRUE(page->resetClip() && page->setFillColor(kBlack) && page->setOrigin(0, 0));
     EXPECT_TRUE(page->fillRect(0, 0, 64, 48));
     expectCoverage(*page, kBlack, box({0, 0, 64, 48}), "as if nothing had been lent");
