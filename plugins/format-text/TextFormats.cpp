@@ -101,8 +101,8 @@ class TextFormat : public BSmartObject, public IDocFormat {
     const bool isLittle = encoding == ITextEditor::kUtf16Little, isBig = encoding == ITextEditor::kUtf16Big;
     const std::size_t step = isLittle || isBig ? 2 : 1;
     for (std::size_t i = 0; i + step <= bytes.size(); i += step) {
-      const auto first = static_cast<unsigned char>(bytes[i]);
-      const auto last = static_cast<unsigned char>(bytes[i + step - 1]);
+      const unsigned first = static_cast<unsigned char>(bytes[i]);
+      const unsigned last = static_cast<unsigned char>(bytes[i + step - 1]);
       const unsigned unit = isLittle ? first | last << 8 : isBig ? first << 8 | last : first;
       if (unit < 32 && (unit < '\b' || unit > '\r') && unit != 27) return false;
     }

@@ -63,7 +63,7 @@ bool boundsOf(const Figures& figures, const PixelBox& clip, PixelBox& box) noexc
   };
   box = {pixel(std::floor(low.x) - 1, clip.left, clip.right), pixel(std::floor(low.y) - 1, clip.top, clip.bottom),
          pixel(std::ceil(high.x) + 1, clip.left, clip.right), pixel(std::ceil(high.y) + 1, clip.top, clip.bottom)};
-  return cells < static_cast<double>(Rasterizer::kMostCells / 2);
+  return cells < static_cast<double>(Rasterizer::kMostCells) / 2;
 }
 
 }  // namespace

@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
-"""Breaks the code in one place after the other and sees whether the tests notice:  mutate.py [NUMBER...]
+"""Breaks the code in one place after the other and sees whether the tests notice:  mutate.py [--fit | NUMBER...]
 
 Works on a copy of the checkout in build/mutate, which is built as a whole once and then a file at a time. NUMBERs, as they are
-printed, choose some of the breaks in mutants.py. Exit code 1 when fewer than nine in ten were noticed of those that can be, or
-when a row does not fit the code any more.
+printed, choose some of the breaks in mutants.py; --fit only looks whether each has its place in the code. Exit code 1 when fewer
+than nine in ten were noticed of those that can be, or when a row does not fit the code any more.
 """
 import collections
 import os
@@ -109,10 +109,12 @@ def give_up(faults):
 
 
 def main():
-    chosen = {int(number) for number in sys.argv[1:]}
+    only_fit = sys.argv[1:] == ["--fit"]
+    chosen = set() if only_fit else {int(number) for number in sys.argv[1:]}
     mutants = [(number, mutant) for number, mutant in enumerate(MUTANTS, 1) if not chosen or number in chosen]
-    if give_up(list(misfits(mutants))):
-        return 1
+    misfitting = give_up(list(misfits(mutants)))
+    if misfitting or only_fit:
+        return misfitting
     TREE.mkdir(parents=True, exist_ok=True)
     copy_checkout()
     needed = [PROGRAMS[name] for name in dict.fromkeys(mutant.program for _, mutant in mutants)]

@@ -216,35 +216,6 @@ TEST(FMFontMachine, FindsFamiliesThatAreWrittenWithoutBlanks) {
   EXPECT_GT(found, 0);
 }
 
-TEST(FMFontMachine, StretchesToTheWidthsThatWereAskedFor) {
-  const u16 widths[] = {1000, 250, 0};
-  FontRequest request;
-  request.family = L"Helvetica-Narrow-Nobody-Has";
-  request.widths = widths;
-  request.firstCode = 'A';
-  request.widthCount = 3;
-  const auto advanceOf = [&](FontKind kind, u32 character) {
-    request.kind = kind;
-    const auto font = Ref<IFMFont>::adopt(FMFontMachine::shared()->createFontFor(request));
-    auto* const source = query<IFMFontSource>(font.get());
-    return source->advance(source->glyphOf(character));
-  };
-  EXPECT_EQ(advanceOf(FontKind::Type1, 'A'), 1.0);
-  EXPECT_EQ(advanceOf(FontKind::Type1, 'B'), 0.25);
-  EXPECT_EQ(advanceOf(FontKind::Type1, 'C'), advanceOf(FontKind::TrueType, 'C'));  // 0: not known
-  EXPECT_NE(advanceOf(FontKind::TrueType, 'A'), 1.0);  // not of a kind that the user's setting lists
-}
-
-TEST(FontKinds, AreReadFromTheSetting) {
-  const auto bit = [](FontKind kind) { return 1u << static_cast<u32>(kind); };
-  EXPECT_EQ(readFontKinds(L"Type1"), bit(FontKind::Type1));
-  EXPECT_EQ(readFontKinds(L"truetype|TYPE1; cid"),
-            bit(FontKind::Type1) | bit(FontKind::TrueType) | bit(FontKind::Type0));
-  EXPECT_EQ(readFontKinds(L"All"), 0x1Fu);
-  EXPECT_EQ(readFontKinds(L"Type"), 0u);
-  EXPECT_EQ(readFontKinds(L""), 0u);
-}
-
 struct Counter final : IGlyphSink {
   void moveTo(Point p) override { see(p); }
   void lineTo(Point p) override { see(p); }
@@ -256,10 +227,62 @@ struct Counter final : IGlyphSink {
   void see(Point p) {
     ++points;
     highest = std::min(highest, p.y);
+    furthest = std::max(furthest, p.x);
   }
   int points = 0;
-  double highest = 0;
+  double highest = 0, furthest = 0;
 };
+
+TEST(FMFontMachine, StretchesToTheWidthsThatWereAskedFor) {
+  const u16 widths[] = {1000, 250, 0};
+  FontRequest request;
+  request.family = L"Helvetica-Narrow-Nobody-Has";
+  request.widths = widths;
+  request.firstCode = 'A';
+  request.widthCount = 3;
+  const auto fontOf = [&](FontKind kind) {
+    request.kind = kind;
+    return Ref<IFMFont>::adopt(FMFontMachine::shared()->createFontFor(request));
+  };
+  const auto advanceOf = [&](FontKind kind, u32 character) {
+    const auto font = fontOf(kind);
+    auto* const source = query<IFMFontSource>(font.get());
+    return source->advance(source->glyphOf(character));
+  };
+  EXPECT_EQ(advanceOf(FontKind::Type1, 'A'), 1.0);
+  EXPECT_EQ(advanceOf(FontKind::Type1, 'B'), 0.25);
+  EXPECT_EQ(advanceOf(FontKind::Type1, 'C'), advanceOf(FontKind::TrueType, 'C'));  // 0: not known
+  EXPECT_NE(advanceOf(FontKind::TrueType, 'A'), 1.0);  // not of a kind that the user's setting lists
+
+  // What is drawn is stretched as well.
+  const auto stretched = fontOf(FontKind::Type1), own = fontOf(FontKind::TrueType);
+  for (const u32 character : {u32{'A'}, u32{'B'}, u32{'C'}}) {
+    double right[2] = {}, width[2] = {};
+    int i = 0;
+    for (IFMFont* const font : {stretched.get(), own.get()}) {
+      auto* const source = query<IFMFontSource>(font);
+      Counter seen;
+      GlyphCoverage coverage;
+      EXPECT_TRUE(source->outline(source->glyphOf(character), seen));
+      EXPECT_TRUE(source->coverage(source->glyphOf(character), 60, 65, coverage));
+      right[i] = seen.furthest;
+      width[i++] = coverage.width;
+    }
+    const double stretch = advanceOf(FontKind::Type1, character) / advanceOf(FontKind::TrueType, character);
+    EXPECT_NEAR(right[0], right[1] * stretch, 0.001) << character;
+    EXPECT_NEAR(width[0], width[1] * stretch, 2) << character;
+  }
+}
+
+TEST(FontKinds, AreReadFromTheSetting) {
+  const auto bit = [](FontKind kind) { return 1u << static_cast<u32>(kind); };
+  EXPECT_EQ(readFontKinds(L"Type1"), bit(FontKind::Type1));
+  EXPECT_EQ(readFontKinds(L"truetype|TYPE1; cid"),
+            bit(FontKind::Type1) | bit(FontKind::TrueType) | bit(FontKind::Type0));
+  EXPECT_EQ(readFontKinds(L"All"), 0x1Fu);
+  EXPECT_EQ(readFontKinds(L"Type"), 0u);
+  EXPECT_EQ(readFontKinds(L""), 0u);
+}
 
 TEST(FMFontMachine, DrawsABoxForWhatNoFontHas) {
   for (const u32 character : {0xE123u, 0x10FFFDu}) {

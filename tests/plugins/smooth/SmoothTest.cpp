@@ -4,6 +4,7 @@
 #include "graphics/IAGDCCreator.h"
 #include "graphics/Shading.h"
 #include "graphics/Tiles.h"
+#include "graphics/gdi/Gdi_p.h"
 #include "graphics/text/Text.h"
 #include "graphics/text/TextTarget.h"
 #include "plugins/smooth/Spans_p.h"
@@ -43,11 +44,13 @@ Ref<IAGDC> makePage(double width = 64, double height = 48) {
   return page;
 }
 
-u32 grey(IAGDC& page, i32 x, i32 y) {
+Color pixelOf(IAGDC& page, i32 x, i32 y) {
   Color color = 0;
   EXPECT_TRUE(page.getPixel(x, y, &color));
-  return redOf(color);
+  return color;
 }
+
+u32 grey(IAGDC& page, i32 x, i32 y) { return redOf(pixelOf(page, x, y)); }
 
 TEST(Smooth, CreatorsAnswerByMasksAndSizes) {
   const struct {
@@ -114,6 +117,87 @@ TEST(Smooth, ClipsStackWithSoftEdges) {
   EXPECT_EQ(page->savedClipCount(), 1000);
   for (int i = 0; i < 1000; ++i) EXPECT_TRUE(page->restoreClip());
   EXPECT_TRUE(page->isPointVisible(45, 45));
+}
+
+// Shapes, regions and coloured pictures: what the plain contexts draw, but for the edges. GDI+ has no ellipses.
+TEST(Smooth, DrawsWhereThePlainContextsDo) {
+  IPluginManager& manager = *IShell::getInstance()->pluginManager();
+  const auto plain = createObject<IAGDCCreator>(manager, L"AGDC.Memory");
+  const gdi::Region corner(CreateRectRgn(4, 4, 30, 20));
+  const gdi::Region two(CreateRectRgn(20, 10, 50, 40));
+  ASSERT_NE(CombineRgn(two.get(), two.get(), corner.get(), RGN_OR), ERROR);
+  const u8 pattern[8] = {0xF0, 0xF0, 0xF0, 0xF0, 0x0F, 0x0F, 0x0F, 0x0F};
+  const float swapRedAndBlue[25] = {0, 0, 1, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 1};
+  const ColorChange change = {rgb(60, 0, 0), kBlack};
+  const Point angle[] = {{2, 2}, {44, 2}, {44, 16}, {26, 16}, {26, 44}, {2, 44}};
+  const auto imageOf = [](IAGDC& page) {
+    auto image = Ref<IAGImage>::adopt(page.createImage(4, 3, ColorModel::Rgb, 0));
+    for (i32 i = 0; i < 36; ++i) image->row(i / 12)[i % 12] = i % 3 == 2 ? static_cast<u8>(5 * i) : u8{0};
+    return image;
+  };
+  const auto fill = [](IAGDC& page) { return page.fillRect(0, 0, 64, 48); };
+  constexpr u32 kGdi = 0, kGdiPlus = capability::kGdiPlus;
+  constexpr int kClose = 12, kEdges = 2;  // parts of the ink that may differ: strokes of three pixels are half edges
+  const struct {
+    const char* name;
+    u32 by;
+    int parts;
+    std::function<bool(IAGDC&)> draw;
+  } rows[] = {{"arc", kGdi, kEdges, [](IAGDC& p) { return p.arc(30, 24, 20, 12, 30, 200); }},
+              {"arc in pixels", kGdi, kEdges,
+               [](IAGDC& p) {
+                 return p.arcPixel({10, 8, 50, 40}, 60, 24, 30, 2);
+               }},
+              {"ellipse", kGdi, kEdges, [](IAGDC& p) { return p.ellipse(30, 24, 20, 12); }},
+              {"ellipse in pixels", kGdi, kEdges,
+               [](IAGDC& p) {
+                 return p.ellipsePixel({10, 8, 50, 40});
+               }},
+              {"filled ellipse", kGdi, kClose, [](IAGDC& p) { return p.fillEllipse(30, 24, 20, 12); }},
+              {"rectangle", kGdiPlus, kEdges, [](IAGDC& p) { return p.drawRectangle(10, 10, 30, 20); }},
+              {"pattern", kGdi, kClose, [&](IAGDC& p) { return p.patternRect(8, 8, 32, 24, pattern); }},
+              {"region", kGdiPlus, kClose, [&](IAGDC& p) { return p.clipRegion(two.get()) && fill(p); }},
+              {"region of one box", kGdiPlus, kClose, [&](IAGDC& p) { return p.clipRegion(corner.get()) && fill(p); }},
+              {"region in a clip", kGdiPlus, kClose,
+               [&](IAGDC& p) { return p.clipPolygon(angle, 6) && p.clipRegion(two.get()) && fill(p); }},
+              {"clip in a region", kGdiPlus, kClose,
+               [&](IAGDC& p) { return p.clipRegion(two.get()) && p.clipPolygon(angle, 6) && fill(p); }},
+              {"region instead of a clip", kGdiPlus, kClose,
+               [&](IAGDC& p) { return p.clipPolygon(angle, 6) && p.setClipRegion(two.get()) && fill(p); }},
+              {"region from an origin", kGdiPlus, kClose,
+               [&](IAGDC& p) { return p.setOrigin(5, 3) && p.clipRegion(two.get()) && fill(p) && p.setOrigin(0, 0); }},
+              {"no region", kGdiPlus, kClose,
+               [&](IAGDC& p) { return p.clipRegion(two.get()) && p.setClipRegion(nullptr) && fill(p); }},
+              {"image, offscreen", kGdiPlus, kClose,
+               [&](IAGDC& p) { return p.drawImageOffscreen(imageOf(p).get(), 4, 6, 40, 30); }},
+              {"recoloured", kGdiPlus, kClose,
+               [&](IAGDC& p) { return p.drawImageMatrix(imageOf(p).get(), 4, 6, 40, 30, swapRedAndBlue); }},
+              {"another colour", kGdiPlus, kClose,
+               [&](IAGDC& p) { return p.drawImageRemapped(imageOf(p).get(), 4, 6, 40, 30, &change, 1); }}};
+  for (const auto& row : rows) {
+    Ref<IAGDC> pages[] = {makePage(), Ref<IAGDC>::adopt(plain->create(row.by, 0, nullptr, 64, 48))};
+    for (const auto& page : pages) {
+      page->setFillColor(kBlack);
+      page->setLineWidth(3);
+      page->setSmoothing(255);
+      EXPECT_TRUE(row.draw(*page)) << row.name;
+    }
+    int ink = 0, apart = 0;
+    for (i32 i = 0; i < 64 * 48; ++i) {
+      const Color wanted = pixelOf(*pages[1], i % 64, i / 64), got = pixelOf(*pages[0], i % 64, i / 64);
+      for (int shift = 0; shift < 24; shift += 8) {
+        const int level = wanted >> shift & 255;
+        ink += 255 - level;
+        apart += std::abs(level - static_cast<int>(got >> shift & 255));
+      }
+      const double x = i % 64, y = i / 64;
+      EXPECT_EQ(pages[0]->isPointVisible(x, y), pages[1]->isPointVisible(x, y)) << row.name << ' ' << x << ' ' << y;
+      EXPECT_EQ(pages[0]->isRectVisible(x, y, 1, 1), pages[1]->isRectVisible(x, y, 1, 1))
+          << row.name << ' ' << x << ' ' << y;
+    }
+    EXPECT_GT(ink, 30000) << row.name;
+    EXPECT_LT(apart, ink / row.parts) << row.name;
+  }
 }
 
 TEST(Smooth, RefusesWhatIsNoDrawing) {
@@ -349,7 +433,7 @@ TEST(Smooth, TilesKeepTheOrderOfWhatIsDrawn) {
                }}};
   const auto draw = [](IAGDC& page, const std::function<bool(IAGDC&)>& between) {
     for (int i = 0; i < 3; ++i) {
-      page.setFillColor(rgb(200 - 50 * i, 80 * i, 40));
+      page.setFillColor(rgb(200 - 50 * static_cast<u32>(i), 80 * static_cast<u32>(i), 40));
       if (!page.fillEllipse(20 + 9 * i, 20 + 3 * i, 22, 19) || (i == 1 && !between(page))) return false;
     }
     return true;
