@@ -13,7 +13,7 @@ HERE = pathlib.Path(__file__).resolve().parent
 sys.path.insert(0, str(HERE.parents[2] / "support"))
 import identities  # noqa: E402
 
-FOLDERS = ("core", "shell", "graphics", "library", "plugins", "examples", "sdk", "bench", "tests")
+FOLDERS = ("core", "shell", "graphics", "library", "plugins", "examples", "tools/corvix", "sdk", "bench", "tests")
 ON_PURPOSE = {"tests/core/baselib/identity/mistakes.cpp"}
 
 
