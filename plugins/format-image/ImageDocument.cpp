@@ -5,6 +5,7 @@
 
 #include <windows.h>
 #include <objidl.h>
+#include <shlwapi.h>
 
 namespace Gdiplus {
 using std::max;
@@ -70,14 +71,12 @@ constexpr struct {
               {Gdiplus::Rotate270FlipNone, Gdiplus::RotateNoneFlipNone}};
 constexpr u32 kFirstOnItsSide = 5;
 
+// Of the bytes. That of CreateStreamOnHGlobal reads wild memory under Wine when a damaged file sends decoders behind
+// its end.
+MemoryStream streamOf(const u8* bytes, u32 count) { return MemoryStream(SHCreateMemStream(bytes, count)); }
+
 // The stream lives as long as the bitmap.
-Bitmap bitmapOf(IStream& stream, const u8* bytes, u32 count) {
-  ULONG written = 0;
-  if (FAILED(stream.Write(bytes, count, &written)) || written != count ||
-      FAILED(stream.Seek({}, STREAM_SEEK_SET, nullptr)))
-    return nullptr;
-  return Bitmap(Gdiplus::Bitmap::FromStream(&stream));
-}
+Bitmap bitmapOf(IStream& stream) { return Bitmap(Gdiplus::Bitmap::FromStream(&stream)); }
 
 bool turn(Gdiplus::Bitmap& bitmap, u32 orientation) {
   const auto& [turn, flip] = kTurns[orientation - 1];
@@ -106,8 +105,8 @@ const wchar_t* ImageDocument::read() {
   orientation_ = head.orientation;
   if (u64{head.size.width} * head.size.height > kMostPixels) return L"it has more than 64 million pixels";
   const Session session;
-  const MemoryStream stream = newStream();
-  const Bitmap bitmap = session && stream ? bitmapOf(*stream, bytes_.get(), count_) : nullptr;
+  const MemoryStream stream = streamOf(bytes_.get(), count_);
+  const Bitmap bitmap = session && stream ? bitmapOf(*stream) : nullptr;
   if (!isWhole(bitmap)) return L"it is damaged, or of a kind that the system cannot decode";
   const UINT frames = kind_ == ImageKind::Tiff ? bitmap->GetFrameCount(&Gdiplus::FrameDimensionPage) : 1;
   for (UINT i = 0; i < std::max(frames, 1u); ++i) {
@@ -130,8 +129,8 @@ bool ImageDocument::pageSize(i32 index, double* width, double* height) const noe
 
 Ref<IAGImage> ImageDocument::decode(i32 index, IAGDC& context) const {
   const Session session;
-  const MemoryStream stream = newStream();
-  const Bitmap bitmap = session && stream ? bitmapOf(*stream, bytes_.get(), count_) : nullptr;
+  const MemoryStream stream = streamOf(bytes_.get(), count_);
+  const Bitmap bitmap = session && stream ? bitmapOf(*stream) : nullptr;
   if (!isWhole(bitmap) ||
       (index && bitmap->SelectActiveFrame(&Gdiplus::FrameDimensionPage, static_cast<UINT>(index)) != Gdiplus::Ok) ||
       !turn(*bitmap, orientation_))
@@ -174,8 +173,8 @@ bool ImageDocument::encode(ImageKind kind, Encoded& bytes) const {
     return true;
   }
   const Session session;
-  const MemoryStream stream = newStream();
-  const Bitmap bitmap = session && stream ? bitmapOf(*stream, bytes_.get(), count_) : nullptr;
+  const MemoryStream stream = streamOf(bytes_.get(), count_);
+  const Bitmap bitmap = session && stream ? bitmapOf(*stream) : nullptr;
   return isWhole(bitmap) && turn(*bitmap, orientation_) && save(*bitmap, kind, bytes);
 }
 

@@ -228,6 +228,11 @@ TEST_F(ImageFormatTest, RefusesWhatIsTooLarge) {
 }
 
 TEST_F(ImageFormatTest, TakesDamagedFilesOfEachKind) {
+  std::string beyond = bmp();
+  beyond[13] = 8;  // its pixels lie behind the end of the file
+  EXPECT_FALSE(open(L"x.q", beyond));
+  EXPECT_NE(report().find("it is damaged"), std::string::npos) << report();
+  closeAll();
   std::mt19937 random(7);
   for (const std::string& whole : {bmp(), tiff(), fromHex(kJpeg)}) {
     for (int i = 0; i < soak(60, 5000); ++i) {
