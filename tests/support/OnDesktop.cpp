@@ -1,6 +1,7 @@
 // Runs programs where no other test's window takes their keys:
 //   corvix-on-desktop NAME PROGRAM ARGUMENTS...   runs it on that desktop; streams, folder and exit code are its own
-//   corvix-on-desktop NAME                        keeps the desktop until the input ends; making one takes a second
+//   corvix-on-desktop NAME                        makes the desktop, which takes a second, says so, and keeps it until
+//   the input ends
 #include <windows.h>
 #include <cstdio>
 #include <cwchar>
@@ -38,6 +39,8 @@ int wmain(int argc, wchar_t** argv) {
   if (!desktop || !SetThreadDesktop(desktop)) return std::fprintf(stderr, "no such desktop (%lu)\n", GetLastError()), 2;
   if (argc > 2) return run(argv[1], behindTwoWords(GetCommandLineW()));
   GetDesktopWindow();  // now it is made
+  std::puts("made");
+  std::fflush(stdout);
   while (std::getchar() != EOF) {
   }
   return 0;

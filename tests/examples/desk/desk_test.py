@@ -15,7 +15,9 @@ sys.dont_write_bytecode = True
 import desk as desks  # noqa: E402
 from desk import Desk, bin_folder, checkout, complain, emulator, plugins  # noqa: E402
 
-keeper = subprocess.Popen(emulator, stdin=subprocess.PIPE)  # of the desktop that the emulator puts programs on
+# Of the desktop that the emulator puts programs on. Two that make it at once may wait for each other.
+keeper = subprocess.Popen(emulator, stdin=subprocess.PIPE, stdout=subprocess.PIPE)
+keeper.stdout.readline()
 
 # What only shows what plug-ins declare loads none of them.
 desk = Desk("looks")
